@@ -1,0 +1,46 @@
+# Switches of the build, and `project_options`, which every target of the project links.
+
+set(IPOD_DEVICE_MANAGER_LIBRARY "" CACHE FILEPATH
+    "The platform's own libdevicemanager.so to link the service with; empty: the simulated player")
+option(IPOD_BUILD_SIMULATOR "Build the simulated player (a libdevicemanager.so) and what is tested with it" ON)
+option(IPOD_BUILD_BENCH "Build the programs under bench/" ON)
+option(IPOD_BUILD_FUZZERS "Build the programs under fuzz/ (clang only)" OFF)
+option(IPOD_WARNINGS_AS_ERRORS "Treat the compiler's warnings as errors" ${PROJECT_IS_TOP_LEVEL})
+set(IPOD_SANITIZER "" CACHE STRING "Sanitizers to build with: empty, address (with undefined) or thread")
+set_property(CACHE IPOD_SANITIZER PROPERTY STRINGS "" address thread)
+
+find_program(IPOD_CCACHE ccache)
+if(IPOD_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${IPOD_CCACHE}")
+endif()
+
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+pkg_check_modules(JSONCPP REQUIRED IMPORTED_TARGET jsoncpp)
+
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+add_library(project_options INTERFACE)
+target_compile_features(project_options INTERFACE cxx_std_20)
+target_include_directories(project_options INTERFACE "${PROJECT_SOURCE_DIR}")
+target_compile_options(project_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wformat=2 -Wnon-virtual-dtor -Woverloaded-virtual
+    # Log entries carry the source file: its path inside the project, not the build machine's.
+    "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
+if(IPOD_WARNINGS_AS_ERRORS)
+    target_compile_options(project_options INTERFACE -Werror)
+endif()
+target_link_libraries(project_options INTERFACE Threads::Threads)
+
+if(IPOD_SANITIZER STREQUAL "address")
+    set(IPOD_SANITIZER_FLAGS -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+elseif(IPOD_SANITIZER STREQUAL "thread")
+    set(IPOD_SANITIZER_FLAGS -fsanitize=thread -fno-omit-frame-pointer)
+elseif(IPOD_SANITIZER)
+    message(FATAL_ERROR "IPOD_SANITIZER is '${IPOD_SANITIZER}'; it takes address or thread")
+endif()
+if(IPOD_SANITIZER)
+    target_compile_options(project_options INTERFACE ${IPOD_SANITIZER_FLAGS})
+    target_link_options(project_options INTERFACE ${IPOD_SANITIZER_FLAGS})
+endif()
