@@ -1,0 +1,11 @@
+#include "JsonRpc/Networking.h"
+
+namespace networking {
+
+bool init() {
+    return true;
+}
+
+void cleanup() {}
+
+}  // namespace networking
