@@ -1,0 +1,4 @@
+// What libdevicemanager.so exports besides the C interface.
+#pragma once
+
+#define DEVICE_SIMULATOR_API __attribute__((visibility("default")))

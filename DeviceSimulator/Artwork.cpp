@@ -1,0 +1,25 @@
+#include "DeviceSimulator/Artwork.h"
+
+#include <algorithm>
+
+namespace DeviceSimulator {
+
+Result DeliverPicture(const Picture* picture, std::span<std::uint8_t> block, PictureSize& size) {
+    if (picture == nullptr) {
+        return kArtworkNotPresent;
+    }
+    if (picture->bytes.size() > block.size()) {
+        return kWrongSharedMemorySize;
+    }
+    const std::uint64_t length = std::uint64_t{picture->width} * picture->height * 2;
+    const auto room = static_cast<std::size_t>(std::min<std::uint64_t>(length, block.size()));
+    const auto end = std::copy(picture->bytes.begin(), picture->bytes.end(), block.begin());
+    const auto written = picture->bytes.size();
+    if (room > written) {
+        std::fill_n(end, room - written, std::uint8_t{0});
+    }
+    size = PictureSize{picture->height, picture->width};
+    return kSuccess;
+}
+
+}  // namespace DeviceSimulator

@@ -1,0 +1,213 @@
+// The C functions for the database and for browsing.
+//
+// A list of a large library may take a while to make, so none is made under the model's lock.
+#include <algorithm>
+
+#include "DeviceSimulator/Exports.h"
+#include "DeviceSimulator/Gate.h"
+#include "DeviceSimulator/Text.h"
+
+using namespace DeviceSimulator;
+
+namespace {
+
+/// `work`(session) under the model's lock.
+template <typename Work>
+Result InSession(Engine& engine, u32 ph, u32 dh, Work work) {
+    return engine.Loop().Locked([&](Model& model, TimePoint) {
+        BrowseSession* session = nullptr;
+        const Result result = model.FindSession(ph, dh, session);
+        return result == kSuccess ? work(*session) : result;
+    });
+}
+
+struct Parent {
+    i32 category;
+    u32 index;
+};
+
+/// The list that a query means.
+Result FindItems(Engine& engine, u32 ph, u32 dh, Parent parent, u32 category,
+                 std::shared_ptr<const ItemList>& items) {
+    std::vector<PathStep> path;
+    const Result result = InSession(engine, ph, dh, [&](const BrowseSession& session) {
+        return IsBrowsable(category) ? session.ParentPath(parent.category, parent.index, path)
+                                     : kInvalidCategory;
+    });
+    if (result == kSuccess) {
+        items = ItemsBelow(*engine.Music().Get(), path, category);
+    }
+    return result;
+}
+
+Result SelectOnce(Engine& engine, u32 ph, u32 dh, PathStep step, const std::vector<PathStep>& path,
+                  bool& isPathAsItWas) {
+    const auto library = engine.Music().Get();
+    const auto items = ItemsBelow(*library, path, step.category);
+    return engine.Loop().Locked([&](Model& model, TimePoint now) {
+        BrowseSession* session = nullptr;
+        const Result result = model.FindSession(ph, dh, session);
+        if (result != kSuccess) {
+            return result;
+        }
+        isPathAsItWas = session->Path() == path;
+        if (!isPathAsItWas) {
+            return kSuccess;
+        }
+        if (step.position >= items->size()) {
+            return kInvalidIndex;
+        }
+        if (step.category != kTrack) {
+            return session->Narrow(step);
+        }
+        Device* device = nullptr;
+        const Result found = model.FindPlayer(ph, dh, device);
+        if (found == kSuccess) {
+            device->player.Start(library, items, step.position, now);
+        }
+        return found;
+    });
+}
+
+Result Select(Engine& engine, u32 ph, u32 dh, PathStep step) {
+    for (;;) {
+        std::vector<PathStep> path;
+        Result result = InSession(engine, ph, dh, [&](const BrowseSession& session) {
+            path = session.Path();
+            return IsBrowsable(step.category) ? kSuccess : kInvalidCategory;
+        });
+        bool isPathAsItWas = true;
+        if (result == kSuccess) {
+            result = SelectOnce(engine, ph, dh, step, path, isPathAsItWas);
+        }
+        if (isPathAsItWas) {
+            return result;
+        }
+    }
+}
+
+Result CopyItems(const Library& library, u32 category, const ItemList& list, u32 start, u32& count,
+                 BrowseItem* items) {
+    if (start > list.size() || (start == list.size() && start > 0)) {
+        return kInvalidIndex;
+    }
+    if (items == nullptr && count > 0) {
+        return kWrongParameters;
+    }
+    count = std::min(count, static_cast<u32>(list.size()) - start);
+    for (u32 i = 0; i < count; ++i) {
+        CopyText(items[i].name, library.ItemName(category, list[start + i]));
+        items[i].id = start + i;
+    }
+    return kSuccess;
+}
+
+}  // namespace
+
+u32 eDevMgriPodStartBuildingDatabase(u32 ph, u32 dh, char* path) {
+    return PassGate(
+        DEVICE_SIMULATOR_KEY(eDevMgriPodStartBuildingDatabase),
+        [&](Engine& engine) {
+            return engine.Loop().Locked(
+                [&](Model& model, TimePoint now) { return model.StartDatabase(ph, dh, now); });
+        },
+        ph, dh, path);
+}
+
+u32 eDevMgriPodOpenMdBrowseSession(u32 ph, u32 dh, u32 mode) {
+    return PassGate(
+        DEVICE_SIMULATOR_KEY(eDevMgriPodOpenMdBrowseSession),
+        [&](Engine& engine) {
+            return engine.Loop().Locked([&](Model& model, TimePoint) { return model.OpenSession(ph, dh); });
+        },
+        ph, dh, mode);
+}
+
+u32 eDevMgriPodResetDatabase(u32 ph, u32 dh) {
+    return PassGate(
+        DEVICE_SIMULATOR_KEY(eDevMgriPodResetDatabase),
+        [&](Engine& engine) {
+            return InSession(engine, ph, dh, [](BrowseSession& session) {
+                session.Reset();
+                return kSuccess;
+            });
+        },
+        ph, dh);
+}
+
+u32 eDevMgriPodCloseMdBrowseSession(u32 ph, u32 dh) {
+    return PassGate(
+        DEVICE_SIMULATOR_KEY(eDevMgriPodCloseMdBrowseSession),
+        [&](Engine& engine) {
+            return engine.Loop().Locked([&](Model& model, TimePoint) { return model.CloseSession(ph, dh); });
+        },
+        ph, dh);
+}
+
+u32 eDevMgriPodBrowseOneLevelBack(u32 ph, u32 dh) {
+    return PassGate(
+        DEVICE_SIMULATOR_KEY(eDevMgriPodBrowseOneLevelBack),
+        [&](Engine& engine) {
+            return InSession(engine, ph, dh, [](BrowseSession& session) { return session.Back(); });
+        },
+        ph, dh);
+}
+
+u32 eDevMgriPodMdGetCategories(u32 ph, u32 dh, u32 category, u32* mask) {
+    return PassGate(
+        DEVICE_SIMULATOR_KEY(eDevMgriPodMdGetCategories),
+        [&](Engine& engine) -> u32 {
+            const Result result = InSession(engine, ph, dh, [](const BrowseSession&) { return kSuccess; });
+            if (result != kSuccess) {
+                return result;
+            }
+            return mask == nullptr ? kWrongParameters
+                                   : CategoriesBehind(*engine.Music().Get(), category, *mask);
+        },
+        ph, dh, category, mask);
+}
+
+u32 eDevMgriPodGetNumItems(u32 ph, u32 dh, i32 parentCategory, u32 parentIndex, u32 category, u32* count) {
+    return PassGate(
+        DEVICE_SIMULATOR_KEY(eDevMgriPodGetNumItems),
+        [&](Engine& engine) -> u32 {
+            std::shared_ptr<const ItemList> list;
+            const Result result = FindItems(engine, ph, dh, {parentCategory, parentIndex}, category, list);
+            if (result != kSuccess) {
+                return result;
+            }
+            if (count == nullptr) {
+                return kWrongParameters;
+            }
+            *count = static_cast<u32>(list->size());
+            return kSuccess;
+        },
+        ph, dh, parentCategory, parentIndex, category, count);
+}
+
+u32 eDevMgriPodGetItems(u32 ph, u32 dh, i32 parentCategory, u32 parentIndex, u32 category, u32 start,
+                        u32* count, BrowseItem* items) {
+    return PassGate(
+        DEVICE_SIMULATOR_KEY(eDevMgriPodGetItems),
+        [&](Engine& engine) -> u32 {
+            std::shared_ptr<const ItemList> list;
+            const Result result = FindItems(engine, ph, dh, {parentCategory, parentIndex}, category, list);
+            if (result != kSuccess) {
+                return result;
+            }
+            if (count == nullptr) {
+                return kWrongParameters;
+            }
+            return CopyItems(*engine.Music().Get(), category, *list, start, *count, items);
+        },
+        ph, dh, parentCategory, parentIndex, category, start, InOut<u32>{count}, items);
+}
+
+u32 eDevMgriPodSelectCategorizedIndex(u32 ph, u32 dh, u32 category, u32 index) {
+    return PassGate(
+        DEVICE_SIMULATOR_KEY(eDevMgriPodSelectCategorizedIndex),
+        [&](Engine& engine) {
+            return Select(engine, ph, dh, {category, index});
+        },
+        ph, dh, category, index);
+}

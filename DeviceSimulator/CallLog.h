@@ -1,0 +1,59 @@
+// The record of the calls that were made.
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "DeviceSimulator/FunctionId.h"
+#include "DeviceSimulator/Simulator.h"
+
+namespace DeviceSimulator {
+
+/// The numbers that a call was handed.
+struct CallArguments {
+    static constexpr std::size_t kMost = 8;
+
+    std::array<std::int64_t, kMost> numbers{};
+    std::size_t count = 0;
+    std::string text;
+};
+
+/// Every member may be called from any thread.
+class CallLog {
+  public:
+    /// Of more calls, the oldest are forgotten: a player that runs for days does not grow.
+    static constexpr std::size_t kMostCalls = 16'384;
+
+    /// A number to hand to End.
+    std::uint64_t Begin(FunctionId function, CallArguments arguments);
+    void End(std::uint64_t call, std::uint32_t result);
+
+    std::vector<CallRecord> Records(std::optional<FunctionId> only) const;
+    void Clear();
+    /// Waits until `function` has begun at least `times` times since the last Clear.
+    bool WaitFor(FunctionId function, std::size_t times, std::chrono::milliseconds timeout) const;
+
+  private:
+    struct Call {
+        FunctionId function;
+        CallArguments arguments;
+        std::uint32_t result;
+        std::uint64_t thread;
+    };
+
+    mutable std::mutex m_mutex;
+    mutable std::condition_variable m_begun;
+    mutable std::size_t m_waiters = 0;
+    std::deque<Call> m_calls;
+    std::uint64_t m_firstCall = 0;  // the number of m_calls.front()
+    std::array<std::size_t, kFunctionCount> m_counts{};
+};
+
+}  // namespace DeviceSimulator

@@ -1,0 +1,47 @@
+// The members of a control command, read by type.
+#pragma once
+
+#include <json/json.h>
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "DeviceSimulator/FunctionId.h"
+
+namespace DeviceSimulator {
+
+/// The readers note the first thing that is wrong and then give a default; so all are read before Error() is
+/// asked. A member that is absent is wrong only where no default is given.
+class ControlFields {
+  public:
+    explicit ControlFields(const Json::Value& command) : m_command(command) {}
+
+    /// Empty while nothing is wrong.
+    const std::string& Error() const { return m_error; }
+    void Complain(std::string_view member, std::string_view what);
+
+    void AllowOnly(std::span<const std::string_view> members);
+    bool Has(std::string_view member) const { return Find(member) != nullptr; }
+    std::uint32_t Number(std::string_view member, std::optional<std::uint32_t> otherwise = {});
+    std::optional<std::uint32_t> OptionalNumber(std::string_view member);
+    std::string Text(std::string_view member, std::optional<std::string> otherwise = {});
+    std::vector<std::uint32_t> Numbers(std::string_view member);
+    /// None when absent.
+    std::vector<std::string> Texts(std::string_view member);
+    /// A device-manager function by its name.
+    FunctionId Function(std::string_view member);
+    /// A device type by word or number; `otherwise` when absent.
+    std::uint32_t Type(std::string_view member, std::uint32_t otherwise);
+
+  private:
+    const Json::Value* Find(std::string_view member) const;
+
+    const Json::Value& m_command;
+    std::string m_error;
+};
+
+}  // namespace DeviceSimulator

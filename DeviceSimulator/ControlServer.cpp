@@ -1,0 +1,204 @@
+#include "DeviceSimulator/ControlServer.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+
+#include "DeviceSimulator/ControlCommands.h"
+#include "DeviceSimulator/Thread.h"
+
+namespace DeviceSimulator {
+
+namespace {
+
+/// Longer than this no client may keep an answer waiting.
+constexpr timeval kSendTimeout{5, 0};
+/// After a failed accept, for want of descriptors or memory.
+constexpr int kAcceptPauseMs = 100;
+
+bool FillAddress(const std::string& path, sockaddr_un& address) {
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof(address.sun_path)) {
+        errno = ENAMETOOLONG;
+        return false;
+    }
+    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+    return true;
+}
+
+const sockaddr* Generic(const sockaddr_un& address) {
+    return reinterpret_cast<const sockaddr*>(&address);
+}
+
+/// A run that has ended leaves its socket behind; anything else at the path stays.
+void RemoveStale(const std::string& path, const sockaddr_un& address) {
+    struct stat status {};
+    if (lstat(path.c_str(), &status) != 0 || !S_ISSOCK(status.st_mode)) {
+        return;
+    }
+    const UniqueFd probe(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (probe && connect(probe.Get(), Generic(address), sizeof(address)) != 0 && errno == ECONNREFUSED) {
+        unlink(path.c_str());
+    }
+}
+
+UniqueFd Listen(const std::string& path) {
+    sockaddr_un address{};
+    if (!FillAddress(path, address)) {
+        return UniqueFd{};
+    }
+    RemoveStale(path, address);
+    UniqueFd listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    // The mode of the socket to be: set before bind, so that it never stands open to others.
+    const bool isGood = listener && fchmod(listener.Get(), S_IRUSR | S_IWUSR) == 0 &&
+                        bind(listener.Get(), Generic(address), sizeof(address)) == 0 &&
+                        listen(listener.Get(), static_cast<int>(ControlServer::kMostClients)) == 0;
+    return isGood ? std::move(listener) : UniqueFd{};
+}
+
+bool SendAll(int socket, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t sent = send(socket, text.data(), text.size(), MSG_NOSIGNAL);
+        if (sent < 0 && errno == EINTR) {
+            continue;
+        }
+        if (sent <= 0) {
+            return false;
+        }
+        text.remove_prefix(static_cast<std::size_t>(sent));
+    }
+    return true;
+}
+
+/// Gone for good: one that has only closed its own half still wants its answer.
+bool HasHungUp(int socket) {
+    pollfd state{socket, 0, 0};
+    return poll(&state, 1, 0) > 0;
+}
+
+}  // namespace
+
+std::unique_ptr<ControlServer> ControlServer::Open(const std::string& path) {
+    UniqueFd listener = Listen(path);
+    if (!listener) {
+        std::fprintf(stderr, "device simulator: no control socket at %s: %s\n", path.c_str(),
+                     std::strerror(errno));
+        return nullptr;
+    }
+    return std::unique_ptr<ControlServer>(new ControlServer(std::move(listener), path));
+}
+
+ControlServer::ControlServer(UniqueFd listener, std::string path)
+    : m_listener(std::move(listener)),
+      m_path(std::move(path)),
+      m_thread(StartThread("devmgr-control", [this] { Accept(); })) {}
+
+ControlServer::~ControlServer() {
+    m_isStopping = true;
+    shutdown(m_listener.Get(), SHUT_RDWR);
+    m_thread.join();
+    for (Client& client : m_clients) {
+        shutdown(client.socket.Get(), SHUT_RDWR);
+        client.thread.join();
+    }
+    unlink(m_path.c_str());
+}
+
+void ControlServer::Accept() {
+    while (!m_isStopping) {
+        UniqueFd socket(accept4(m_listener.Get(), nullptr, nullptr, SOCK_CLOEXEC));
+        Reap();
+        if (socket) {
+            Admit(std::move(socket));
+        } else if (errno != EINTR && !m_isStopping) {
+            poll(nullptr, 0, kAcceptPauseMs);
+        }
+    }
+}
+
+void ControlServer::Admit(UniqueFd socket) {
+    const int fd = socket.Get();
+    setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &kSendTimeout, sizeof(kSendTimeout));
+    const std::lock_guard lock(m_mutex);
+    if (m_clients.size() >= kMostClients) {
+        SendAll(fd, "{\"error\":\"too many clients\",\"ok\":false}\n");
+        return;
+    }
+    Client& client = m_clients.emplace_back();
+    client.socket = std::move(socket);
+    try {
+        client.thread = StartThread("devmgr-control", [this, &client] {
+            Serve(client.socket.Get());
+            shutdown(client.socket.Get(), SHUT_RDWR);
+            client.isDone = true;
+        });
+    } catch (const std::exception&) {
+        m_clients.pop_back();
+    }
+}
+
+void ControlServer::Serve(int socket) const {
+    std::string pending;
+    std::array<char, 4096> buffer;
+    for (;;) {
+        const ssize_t count = recv(socket, buffer.data(), buffer.size(), 0);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count <= 0) {
+            // What a client sends last need not end in a line end.
+            if (!pending.empty()) {
+                Answer(socket, pending);
+            }
+            return;
+        }
+        pending.append(buffer.data(), static_cast<std::size_t>(count));
+        if (!AnswerLines(socket, pending)) {
+            return;
+        }
+    }
+}
+
+bool ControlServer::AnswerLines(int socket, std::string& pending) const {
+    std::size_t start = 0;
+    for (auto end = pending.find('\n'); end != std::string::npos; end = pending.find('\n', start)) {
+        if (!Answer(socket, std::string_view(pending).substr(start, end - start))) {
+            return false;
+        }
+        start = end + 1;
+    }
+    pending.erase(0, start);
+    if (pending.size() > kLongestLine) {
+        SendAll(socket, "{\"error\":\"the line is too long\",\"ok\":false}\n");
+        return false;
+    }
+    return true;
+}
+
+bool ControlServer::Answer(int socket, std::string_view line) const {
+    if (line.find_first_not_of(" \t\r") == std::string_view::npos) {
+        return true;
+    }
+    const std::string answer = AnswerControlLine(line, [&] { return m_isStopping || HasHungUp(socket); });
+    return SendAll(socket, answer + "\n");
+}
+
+void ControlServer::Reap() {
+    const std::lock_guard lock(m_mutex);
+    std::erase_if(m_clients, [](Client& client) {
+        const bool isDone = client.isDone;
+        if (isDone) {
+            client.thread.join();
+        }
+        return isDone;
+    });
+}
+
+}  // namespace DeviceSimulator

@@ -1,0 +1,53 @@
+// The control socket: lets a person or a test outside of the process lead the simulated player.
+#pragma once
+
+#include <atomic>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "DeviceSimulator/UniqueFd.h"
+
+namespace DeviceSimulator {
+
+/// A Unix stream socket that only this user may open (mode 0600). Every client has a thread of its own, so
+/// one that hangs keeps nobody else waiting.
+class ControlServer {
+  public:
+    static constexpr std::size_t kMostClients = 8;
+    static constexpr std::size_t kLongestLine = std::size_t{64} * 1024;
+
+    /// Listens at `path`, in place of a socket there that nobody listens at. Null, with the reason on stderr,
+    /// when that does not work.
+    static std::unique_ptr<ControlServer> Open(const std::string& path);
+    ~ControlServer();
+    ControlServer(const ControlServer&) = delete;
+    ControlServer& operator=(const ControlServer&) = delete;
+
+  private:
+    struct Client {
+        UniqueFd socket;
+        std::thread thread;
+        std::atomic<bool> isDone{false};
+    };
+
+    ControlServer(UniqueFd listener, std::string path);
+    void Accept();
+    void Admit(UniqueFd socket);
+    void Serve(int socket) const;
+    /// False when the connection is to be closed.
+    bool AnswerLines(int socket, std::string& pending) const;
+    bool Answer(int socket, std::string_view line) const;
+    void Reap();
+
+    const UniqueFd m_listener;
+    const std::string m_path;
+    std::atomic<bool> m_isStopping{false};
+    std::mutex m_mutex;
+    std::list<Client> m_clients;  // guarded by m_mutex
+    std::thread m_thread;
+};
+
+}  // namespace DeviceSimulator

@@ -1,0 +1,21 @@
+// Covers for music that has none of its own.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+#include "DeviceSimulator/Picture.h"
+#include "DeviceSimulator/PictureCodec.h"
+
+namespace DeviceSimulator {
+
+/// A colour gradient with a pattern, the same one for the same names. Any thread may call.
+RgbImage DrawCoverImage(PictureSize size, std::string_view name, std::string_view artist);
+
+/// The cover of the album numbered `album`: a colour gradient with a pattern, the same one for the same
+/// names. The number gives the size (320, 480, 640 or 300 square; one of 32 is 600 x 300); one of 32 has none
+/// (null). Any thread may call.
+std::shared_ptr<const Picture> DrawCover(std::uint32_t album, std::string_view name, std::string_view artist);
+
+}  // namespace DeviceSimulator

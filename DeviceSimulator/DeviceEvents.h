@@ -1,0 +1,22 @@
+// The event records of devices that come and go, as each device type has them.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "DeviceSimulator/Device.h"
+
+namespace DeviceSimulator {
+
+/// As MakeEvent, for words and texts that come in at run time. Words beyond the sixth are left out; texts are
+/// cut where the record ends.
+DeviceEvent PackEvent(std::span<const std::uint32_t> words, std::span<const std::string_view> texts);
+
+/// What is told of a device that is plugged in: the connection, then the authentication of a player.
+std::vector<DeviceEvent> MakeArrivalEvents(const DeviceIdentity& device);
+
+DeviceEvent MakeDisconnectEvent(const DeviceIdentity& device);
+
+}  // namespace DeviceSimulator

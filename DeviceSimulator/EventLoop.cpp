@@ -1,0 +1,98 @@
+#include "DeviceSimulator/EventLoop.h"
+
+#include <algorithm>
+
+#include "DeviceSimulator/Thread.h"
+
+namespace DeviceSimulator {
+
+void EventLoop::Reset(SimulatorOptions options, std::shared_ptr<const Clock> clock) {
+    std::unique_lock lock(m_mutex);
+    m_model.Reset(std::move(options));
+    m_clock = std::move(clock);
+    m_deliveredCount = m_model.LastSequence();
+    WaitWhileRunning(lock, m_runningProcess);
+    m_changed.notify_all();
+    m_delivered.notify_all();
+}
+
+Result EventLoop::Deregister(std::uint32_t process) {
+    std::unique_lock lock(m_mutex);
+    const Result result = m_model.Deregister(process, m_clock->Now());
+    if (result == kSuccess) {
+        WaitWhileRunning(lock, process);
+    }
+    return result;
+}
+
+void EventLoop::Drain() {
+    std::unique_lock lock(m_mutex);
+    Settle(m_clock->Now());
+    m_delivered.wait(lock, [this, target = m_model.LastSequence()] { return m_deliveredCount >= target; });
+}
+
+void EventLoop::ClockMoved() {
+    const std::lock_guard lock(m_mutex);
+    Settle(m_clock->Now());
+}
+
+/// Collects what has happened and wakes the thread, but only when there is something new for it: a call that
+/// changes nothing wakes nobody.
+void EventLoop::Settle(TimePoint now) {
+    m_model.Advance(now);
+    const auto due = m_model.NextDue();
+    const bool isNeeded =
+        m_model.HasPending() || (due && *due <= now) || (due && (!m_sleepsUntil || *due < *m_sleepsUntil));
+    if (!isNeeded) {
+        return;
+    }
+    if (!m_thread.joinable()) {
+        m_thread = StartThread("devmgr-events", [this] { Run(); });
+    } else if (m_isSleeping) {
+        m_isSleeping = false;
+        m_changed.notify_one();
+    }
+}
+
+void EventLoop::Run() {
+    std::unique_lock lock(m_mutex);
+    for (;;) {
+        m_model.Advance(m_clock->Now());
+        if (m_model.HasPending()) {
+            Deliver(lock, m_model.TakePending());
+            continue;
+        }
+        const auto clock = m_clock;
+        m_sleepsUntil = m_model.NextDue();
+        m_isSleeping = true;
+        clock->Wait(m_changed, lock, m_sleepsUntil);
+        m_isSleeping = false;
+    }
+}
+
+void EventLoop::Deliver(std::unique_lock<std::mutex>& lock, const PendingEvent& pending) {
+    for (const std::uint32_t process : m_model.Targets(pending)) {
+        // A callback before this one may have deregistered it.
+        const DeviceEventCallback callback = m_model.Processes().Callback(process);
+        if (callback == nullptr) {
+            continue;
+        }
+        m_runningProcess = process;
+        lock.unlock();
+        callback(&pending.event, process);
+        lock.lock();
+        m_runningProcess = 0;
+        m_delivered.notify_all();
+    }
+    m_deliveredCount = std::max(m_deliveredCount, pending.sequence);
+    m_delivered.notify_all();
+}
+
+void EventLoop::WaitWhileRunning(std::unique_lock<std::mutex>& lock, std::uint32_t process) {
+    if (process == 0 || m_thread.get_id() == std::this_thread::get_id()) {
+        return;
+    }
+    m_delivered.wait(lock, [&] { return m_runningProcess != process; });
+}
+
+}  // namespace DeviceSimulator

@@ -1,0 +1,44 @@
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+#include <optional>
+#include <string_view>
+
+#include "DeviceSimulator/Library.h"
+
+namespace DeviceSimulator {
+
+namespace {
+
+// A million tracks are ten times what any player holds, and still fit the memory of a small machine.
+constexpr std::size_t kMaxSyntheticTracks = 1000000;
+
+std::optional<std::size_t> TrackNumber(std::string_view text) {
+    std::size_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc{} || end != text.data() + text.size() || number > kMaxSyntheticTracks) {
+        return std::nullopt;
+    }
+    return number;
+}
+
+}  // namespace
+
+std::unique_ptr<Library> MakeLibraryFromEnvironment() {
+    const char* const folder = std::getenv("DEVICE_SIMULATOR_LIBRARY");
+    if (folder != nullptr && *folder != '\0') {
+        return ScanMusicFolder(folder);
+    }
+    const char* const tracks = std::getenv("DEVICE_SIMULATOR_TRACKS");
+    if (tracks != nullptr && *tracks != '\0') {
+        if (const auto number = TrackNumber(tracks)) {
+            return MakeSyntheticLibrary(*number);
+        }
+        std::cerr << "DEVICE_SIMULATOR_TRACKS is '" << tracks << "', not a number from 0 to "
+                  << kMaxSyntheticTracks << "; the built-in library is used\n";
+    }
+    return MakeBuiltInLibrary();
+}
+
+}  // namespace DeviceSimulator

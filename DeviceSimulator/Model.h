@@ -1,0 +1,102 @@
+// Everything that the simulated device manager knows: processes, their memory, devices, and what is yet to be
+// told.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "DeviceSimulator/Device.h"
+#include "DeviceSimulator/ProcessRegistry.h"
+#include "DeviceSimulator/SharedMemory.h"
+#include "DeviceSimulator/Simulator.h"
+
+namespace DeviceSimulator {
+
+/// An event on its way to the callbacks.
+struct PendingEvent {
+    DeviceEvent event;
+    /// Only for the processes that have this device open by the time of delivery; 0: for all.
+    std::uint64_t instance = 0;
+    /// Counts up from 1.
+    std::uint64_t sequence = 0;
+};
+
+/// Knows no clock and no thread: whoever holds it locks it and hands it the time.
+class Model {
+  public:
+    explicit Model(SimulatorOptions options = {}) { Reset(std::move(options)); }
+    void Reset(SimulatorOptions options);
+
+    // Processes
+
+    Result Register(DeviceEventCallback callback, std::uint32_t& process, TimePoint now);
+    Result Deregister(std::uint32_t process, TimePoint now);
+    const ProcessRegistry& Processes() const { return m_processes; }
+    Result AllocateMemory(std::uint32_t process, std::uint32_t size, std::uint32_t& block);
+    Result FreeMemory(std::uint32_t process, std::uint32_t block);
+    /// Empty when `process` has no such block.
+    std::span<std::uint8_t> Memory(std::uint32_t process, std::uint32_t block) const {
+        return m_memory.Bytes(process, block);
+    }
+
+    // Devices
+
+    /// The handle; 0 when the one asked for is taken.
+    std::uint32_t Plug(const DeviceDescription& description);
+    bool Unplug(std::uint32_t handle);
+    const std::vector<std::unique_ptr<Device>>& Devices() const { return m_devices; }
+    /// The devices of the device list, in the order in which they came.
+    std::vector<const Device*> Listed() const;
+    Result Open(std::uint32_t process, std::uint32_t handle);
+    Result Close(std::uint32_t process, std::uint32_t handle, TimePoint now);
+    Result StartDatabase(std::uint32_t process, std::uint32_t handle, TimePoint now);
+    Result OpenSession(std::uint32_t process, std::uint32_t handle);
+    Result CloseSession(std::uint32_t process, std::uint32_t handle);
+
+    // What a call works on. Each checks what comes before it and writes its out argument on success only.
+
+    /// A player that `process` has opened.
+    Result FindPlayer(std::uint32_t process, std::uint32_t handle, Device*& device);
+    /// Its browse session.
+    Result FindSession(std::uint32_t process, std::uint32_t handle, BrowseSession*& session);
+
+    // Events
+
+    void Fire(const DeviceEvent& event) { Push(event, 0); }
+    /// Lets everything happen that is due up to `now`; what there is to tell is then pending.
+    void Advance(TimePoint now);
+    /// When the next thing happens by itself.
+    std::optional<TimePoint> NextDue() const;
+    bool HasPending() const { return !m_pending.empty(); }
+    PendingEvent TakePending();
+    /// The sequence number of the newest event so far.
+    std::uint64_t LastSequence() const { return m_lastSequence; }
+    std::vector<std::uint32_t> Targets(const PendingEvent& pending) const;
+
+  private:
+    Device* Find(std::uint32_t handle) const;
+    Result FindListed(std::uint32_t process, std::uint32_t handle, Device*& device) const;
+    Result FindOpened(std::uint32_t process, std::uint32_t handle, Device*& device) const;
+    std::uint32_t FreeHandle();
+    void PlugPlanned(TimePoint now);
+    void Push(const DeviceEvent& event, std::uint64_t instance);
+
+    SimulatorOptions m_options;
+    std::optional<TimePoint> m_plugAt;  // the devices that are there at start
+    bool m_hasPlugged = false;
+    ProcessRegistry m_processes;
+    SharedMemory m_memory;
+    std::vector<std::unique_ptr<Device>> m_devices;
+    std::uint32_t m_nextHandle = 1;
+    std::uint64_t m_nextInstance = 1;
+    std::deque<PendingEvent> m_pending;
+    std::uint64_t m_lastSequence = 0;
+};
+
+}  // namespace DeviceSimulator

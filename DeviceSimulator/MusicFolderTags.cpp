@@ -1,0 +1,154 @@
+#include "DeviceSimulator/MusicFolderTags.h"
+
+#include <attachedpictureframe.h>
+#include <fileref.h>
+#include <flacfile.h>
+#include <glib.h>
+#include <id3v2tag.h>
+#include <mp4file.h>
+#include <mpegfile.h>
+#include <tpropertymap.h>
+#include <wavfile.h>
+#include <xiphcomment.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <string_view>
+
+namespace DeviceSimulator {
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// Collects pictures, a front cover in front.
+class Pictures {
+  public:
+    void Add(const TagLib::ByteVector& data, bool isFront) {
+        Bytes bytes(data.begin(), data.end());
+        if (isFront && !m_hasFront) {
+            m_pictures.insert(m_pictures.begin(), std::move(bytes));
+            m_hasFront = true;
+        } else {
+            m_pictures.push_back(std::move(bytes));
+        }
+    }
+
+    void AddFrom(const TagLib::ID3v2::Tag* tag) {
+        if (tag == nullptr) {
+            return;
+        }
+        for (const auto* frame : tag->frameList("APIC")) {
+            if (const auto* picture = dynamic_cast<const TagLib::ID3v2::AttachedPictureFrame*>(frame)) {
+                Add(picture->picture(), picture->type() == TagLib::ID3v2::AttachedPictureFrame::FrontCover);
+            }
+        }
+    }
+
+    void AddFrom(const TagLib::List<TagLib::FLAC::Picture*>& pictures) {
+        for (const auto* picture : pictures) {
+            Add(picture->data(), picture->type() == TagLib::FLAC::Picture::FrontCover);
+        }
+    }
+
+    void AddFrom(const TagLib::MP4::Tag& tag) {
+        for (const auto& picture : tag.item("covr").toCoverArtList()) {
+            Add(picture.data(), false);
+        }
+    }
+
+    std::vector<Bytes> Take() { return std::move(m_pictures); }
+
+  private:
+    std::vector<Bytes> m_pictures;
+    bool m_hasFront = false;
+};
+
+/// Each format keeps its pictures in a place of its own.
+std::vector<Bytes> PicturesOf(TagLib::File& file) {
+    Pictures pictures;
+    if (auto* mpeg = dynamic_cast<TagLib::MPEG::File*>(&file)) {
+        pictures.AddFrom(mpeg->ID3v2Tag());
+    } else if (auto* wav = dynamic_cast<TagLib::RIFF::WAV::File*>(&file)) {
+        pictures.AddFrom(wav->ID3v2Tag());
+    } else if (auto* flac = dynamic_cast<TagLib::FLAC::File*>(&file)) {
+        pictures.AddFrom(flac->pictureList());
+    } else if (auto* xiph = dynamic_cast<TagLib::Ogg::XiphComment*>(file.tag())) {
+        pictures.AddFrom(xiph->pictureList());
+    } else if (auto* mp4 = dynamic_cast<TagLib::MP4::Tag*>(file.tag())) {
+        pictures.AddFrom(*mp4);
+    }
+    return pictures.Take();
+}
+
+std::string Name(const TagLib::String& text) {
+    return CleanName(text.to8Bit(true));
+}
+
+/// The number in front, as of "3" or "3/12"; 0 when there is none.
+std::uint32_t Number(const TagLib::StringList& values) {
+    if (values.isEmpty()) {
+        return 0;
+    }
+    const std::string text = values.front().to8Bit(true);
+    std::uint32_t number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+TrackTags TagsOf(const TagLib::PropertyMap& properties) {
+    const auto all = [&properties](const char* key) { return Name(properties[key].toString(", ")); };
+    const auto first = [&properties](const char* key) {
+        const auto& values = properties[key];
+        return values.isEmpty() ? std::string() : Name(values.front());
+    };
+    TrackTags tags;
+    tags.title = all("TITLE");
+    tags.artist = all("ARTIST");
+    tags.album = first("ALBUM");
+    tags.albumArtist = all("ALBUMARTIST");
+    tags.genre = first("GENRE");
+    tags.composer = all("COMPOSER");
+    tags.disc = Number(properties["DISCNUMBER"]);
+    tags.track = Number(properties["TRACKNUMBER"]);
+    tags.compilation = Number(properties["COMPILATION"]) != 0;
+    return tags;
+}
+
+std::optional<MusicFile> Read(const std::filesystem::path& path) {
+    TagLib::FileRef reference(path.c_str());
+    const TagLib::AudioProperties* const sound = reference.audioProperties();
+    if (sound == nullptr || sound->sampleRate() <= 0 || sound->lengthInMilliseconds() <= 0) {
+        return std::nullopt;
+    }
+    MusicFile file;
+    file.tags = TagsOf(reference.file()->properties());
+    if (file.tags.title.empty()) {
+        file.tags.title = CleanName(path.stem().native());
+    }
+    file.tags.durationMs = static_cast<std::uint32_t>(sound->lengthInMilliseconds());
+    file.tags.sampleRate = static_cast<std::uint32_t>(sound->sampleRate());
+    file.pictures = PicturesOf(*reference.file());
+    return file;
+}
+
+}  // namespace
+
+bool IsMusicFile(const std::filesystem::path& path) {
+    constexpr std::array<std::string_view, 10> kExtensions{".mp3",  ".m4a", ".mp4", ".m4b",  ".aac",
+                                                           ".flac", ".ogg", ".oga", ".opus", ".wav"};
+    std::string extension = path.extension().native();
+    std::transform(extension.begin(), extension.end(), extension.begin(), g_ascii_tolower);
+    return std::find(kExtensions.begin(), kExtensions.end(), extension) != kExtensions.end();
+}
+
+std::optional<MusicFile> ReadMusicFile(const std::filesystem::path& path) {
+    try {
+        return Read(path);
+    } catch (const std::exception&) {
+        return std::nullopt;  // whatever a damaged file led the tag library into
+    }
+}
+
+}  // namespace DeviceSimulator

@@ -1,0 +1,25 @@
+// What a music file says of itself.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <vector>
+
+#include "DeviceSimulator/LibraryBuilder.h"
+
+namespace DeviceSimulator {
+
+struct MusicFile {
+    TrackTags tags;  ///< the title is the file's name where the tags have none
+    std::vector<std::vector<std::uint8_t>> pictures;  ///< as they are embedded; a front cover comes first
+};
+
+/// By its name: mp3, m4a, mp4, m4b, aac, flac, ogg, oga, opus or wav.
+bool IsMusicFile(const std::filesystem::path& path);
+
+/// None when the file cannot be read, or holds no sound of a known length. Does not throw. Any thread may
+/// call.
+std::optional<MusicFile> ReadMusicFile(const std::filesystem::path& path);
+
+}  // namespace DeviceSimulator

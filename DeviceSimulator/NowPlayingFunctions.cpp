@@ -1,0 +1,160 @@
+// The C functions that tell what plays.
+#include <algorithm>
+
+#include "DeviceSimulator/Artwork.h"
+#include "DeviceSimulator/Exports.h"
+#include "DeviceSimulator/Gate.h"
+#include "DeviceSimulator/Text.h"
+
+using namespace DeviceSimulator;
+
+namespace {
+
+/// The playing track of a device, found under the model's lock and used without it.
+struct PlayingTrack {
+    std::shared_ptr<const Library> library;
+    u32 number = 0;
+};
+
+Result FindPlayingTrack(const Device& device, PlayingTrack& track) {
+    const PlayQueue& queue = device.player.Queue();
+    if (device.player.State() == PlayState::Stopped) {
+        return kNotPlaying;
+    }
+    track = {queue.Music(), queue.TrackAt(queue.Position())};
+    return kSuccess;
+}
+
+/// A cover may have to be drawn first, so it is fetched without the model's lock.
+Result DeliverAlbumArt(Engine& engine, u32 ph, u32 dh, u32 block, PictureSize& size) {
+    PlayingTrack track;
+    const Result result = engine.Loop().Locked([&](Model& model, TimePoint) {
+        Device* device = nullptr;
+        const Result found = model.FindPlayer(ph, dh, device);
+        if (found != kSuccess) {
+            return found;
+        }
+        return model.Memory(ph, block).empty() ? kWrongSharedMemory : FindPlayingTrack(*device, track);
+    });
+    if (result != kSuccess) {
+        return result;
+    }
+    const auto cover = track.library->Cover(track.number);
+    return engine.Loop().Locked([&](Model& model, TimePoint) {
+        // The block may have been given back meanwhile.
+        const auto bytes = model.Memory(ph, block);
+        return bytes.empty() ? kWrongSharedMemory : DeliverPicture(cover.get(), bytes, size);
+    });
+}
+
+TrackMetadataRecord MakeMetadata(const TrackInfo& info) {
+    TrackMetadataRecord record;
+    CopyText(record.title, info.title);
+    CopyText(record.album, info.album);
+    CopyText(record.artist, info.artist);
+    CopyText(record.genre, info.genre);
+    CopyText(record.composer, info.composer);
+    return record;
+}
+
+}  // namespace
+
+u32 eDevMgriPodGetPlayStatus(u32 ph, u32 dh, u32* status) {
+    return PassPlayerGate(
+        DEVICE_SIMULATOR_KEY(eDevMgriPodGetPlayStatus),
+        [&](const Device& device, TimePoint) {
+            if (status == nullptr) {
+                return kWrongParameters;
+            }
+            *status = static_cast<u32>(device.player.State());
+            return kSuccess;
+        },
+        ph, dh, status);
+}
+
+u32 eDevMgriPodGetPlayingTrackElapsedAndTotaltime(u32 ph, u32 dh, u32* elapsed, u32* total) {
+    return PassPlayerGate(
+        DEVICE_SIMULATOR_KEY(eDevMgriPodGetPlayingTrackElapsedAndTotaltime),
+        [&](const Device& device, TimePoint now) {
+            if (elapsed == nullptr || total == nullptr) {
+                return kWrongParameters;
+            }
+            if (device.player.State() == PlayState::Stopped) {
+                return kNotPlaying;
+            }
+            *elapsed = device.player.ElapsedMs(now);
+            *total = device.player.TotalMs();
+            return kSuccess;
+        },
+        ph, dh, elapsed, total);
+}
+
+u32 eDevMgriPodGetPlayingTrackMetaData(u32 ph, u32 dh, TrackMetadataRecord* record) {
+    return PassPlayerGate(
+        DEVICE_SIMULATOR_KEY(eDevMgriPodGetPlayingTrackMetaData),
+        [&](const Device& device, TimePoint) {
+            if (record == nullptr) {
+                return kWrongParameters;
+            }
+            PlayingTrack track;
+            const Result result = FindPlayingTrack(device, track);
+            if (result == kSuccess) {
+                *record = MakeMetadata(track.library->Track(track.number));
+            }
+            return result;
+        },
+        ph, dh, record);
+}
+
+u32 eDevMgriPodGetPlayingTrackAlbumArt(u32 ph, u32 dh, u32* height, u32* width, u32 block) {
+    return PassGate(
+        DEVICE_SIMULATOR_KEY(eDevMgriPodGetPlayingTrackAlbumArt),
+        [&](Engine& engine) {
+            PictureSize size;
+            Result result = DeliverAlbumArt(engine, ph, dh, block, size);
+            if (result == kSuccess && (height == nullptr || width == nullptr)) {
+                result = kWrongParameters;
+            }
+            if (result == kSuccess) {
+                *height = size.height;
+                *width = size.width;
+            }
+            return result;
+        },
+        ph, dh, InOut<u32>{height}, InOut<u32>{width}, block);
+}
+
+u32 eDevMgriPodGetNumPlayingTracks(u32 ph, u32 dh, u32* count, u32* index) {
+    return PassPlayerGate(
+        DEVICE_SIMULATOR_KEY(eDevMgriPodGetNumPlayingTracks),
+        [&](const Device& device, TimePoint) {
+            if (count == nullptr || index == nullptr) {
+                return kWrongParameters;
+            }
+            *count = device.player.Queue().Count();
+            *index = device.player.Queue().Position();
+            return kSuccess;
+        },
+        ph, dh, count, index);
+}
+
+u32 eDevMgriPodGetPlayingList(u32 ph, u32 dh, u32 start, u32* count, BrowseItem* items) {
+    return PassPlayerGate(
+        DEVICE_SIMULATOR_KEY(eDevMgriPodGetPlayingList),
+        [&](const Device& device, TimePoint) {
+            const PlayQueue& queue = device.player.Queue();
+            if (count == nullptr || (items == nullptr && *count > 0)) {
+                return kWrongParameters;
+            }
+            if (start > queue.Count() || (start == queue.Count() && start > 0)) {
+                return kInvalidIndex;
+            }
+            *count = std::min(*count, queue.Count() - start);
+            for (u32 i = 0; i < *count; ++i) {
+                CopyText(items[i].name, queue.InfoAt(start + i).title);
+                items[i].id = start + i;
+            }
+            return kSuccess;
+        },
+        ph, dh, start, InOut<u32>{count}, items);
+}

@@ -1,0 +1,88 @@
+// The playing half of a device: what plays, where it stands in it, and what it tells of that.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "DeviceSimulator/Clock.h"
+#include "DeviceSimulator/PlayQueue.h"
+#include "DeviceSimulator/Values.h"
+
+namespace DeviceSimulator {
+
+struct PlayerEvent {
+    std::uint32_t id = 0;
+    std::uint32_t value = 0;
+    bool operator==(const PlayerEvent&) const = default;
+};
+
+/// Knows no clock: every operation is handed the time, which never runs backwards. Not locked: the model's
+/// lock guards it.
+class Player {
+  public:
+    explicit Player(std::uint32_t seed) : m_queue(seed) {}
+
+    /// Plays `tracks`, which are not empty, from the position `start` in them.
+    void Start(std::shared_ptr<const Library> library, std::shared_ptr<const ItemList> tracks,
+               std::uint32_t start, TimePoint now);
+    /// Plays the entry `index` of the now-playing list.
+    Result Select(std::uint32_t index, TimePoint now);
+
+    /// Plays on, or from the start of the current track when stopped; kInStopState with an empty queue.
+    Result Play(TimePoint now);
+    Result Pause(TimePoint now);
+    void Stop(TimePoint now);
+    Result Skip(SkipDirection direction, TimePoint now);
+    Result StartSeek(SeekDirection direction, TimePoint now);
+    void EndSeek(TimePoint now);
+
+    void SetShuffle(ShuffleMode mode, TimePoint now);
+    void SetRepeat(RepeatMode mode);
+    RepeatMode Repeat() const { return m_repeat; }
+
+    /// Stands still without telling, and tells the sample rate anew when it goes on: nobody listens.
+    void Rest(TimePoint now);
+
+    /// Lets everything happen that is due up to `now`.
+    void Advance(TimePoint now);
+    /// When the next thing happens by itself; none while nothing moves.
+    std::optional<TimePoint> NextDue() const;
+    /// What there is to tell since the last time, in order.
+    std::vector<PlayerEvent> TakeEvents();
+
+    PlayState State() const { return m_state; }
+    const PlayQueue& Queue() const { return m_queue; }
+    std::uint32_t ElapsedMs(TimePoint now) const;
+    std::uint32_t TotalMs() const;
+
+  private:
+    using Nanoseconds = std::chrono::nanoseconds;
+
+    bool IsSeeking() const { return m_state == PlayState::FastForward || m_state == PlayState::Rewind; }
+    int Speed() const;
+    Nanoseconds Duration() const;
+    Nanoseconds PositionAt(TimePoint now) const;
+    TimePoint EndsAt() const;
+    void MoveTo(Nanoseconds position, TimePoint now);
+    void SetState(PlayState state, TimePoint now);
+    void BeginTrack(std::uint32_t position, TimePoint now);
+    void BeginPlaying(std::uint32_t position, TimePoint now);
+    void ReachEnd(TimePoint now);
+    void Halt(TimePoint now);
+    void Tell(std::uint32_t id, std::uint32_t value = 0) { m_events.push_back({id, value}); }
+
+    PlayQueue m_queue;
+    RepeatMode m_repeat = RepeatMode::None;
+    PlayState m_state = PlayState::Stopped;
+    PlayState m_beforeSeek = PlayState::Playing;
+    Nanoseconds m_position{0};  // at m_since
+    TimePoint m_since{};
+    TimePoint m_nextTick{};
+    std::uint32_t m_toldSampleRate = 0;
+    std::vector<PlayerEvent> m_events;
+};
+
+}  // namespace DeviceSimulator

@@ -1,0 +1,44 @@
+// What a script makes of the next calls: slower ones, failing ones.
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <optional>
+
+#include "DeviceSimulator/FunctionId.h"
+
+namespace DeviceSimulator {
+
+/// Every member may be called from any thread.
+class ScriptEngine {
+  public:
+    /// A later order for the same function takes the place of an earlier one. `times` of UINT32_MAX never
+    /// runs out.
+    void Fail(FunctionId function, std::uint32_t code, std::uint32_t times);
+    void Delay(FunctionId function, std::chrono::milliseconds time, std::uint32_t times);
+    /// Also releases the calls that are being delayed.
+    void Clear();
+
+    /// Sleeps as long as the next call of `function` is to be delayed.
+    void ApplyDelay(FunctionId function);
+    /// The code with which the next call of `function` is to fail.
+    std::optional<std::uint32_t> NextFailure(FunctionId function);
+
+  private:
+    struct Script {
+        std::uint32_t failCode = 0;
+        std::uint32_t failTimes = 0;
+        std::chrono::milliseconds delay{0};
+        std::uint32_t delayTimes = 0;
+    };
+
+    std::mutex m_mutex;
+    std::condition_variable m_cleared;
+    std::uint64_t m_generation = 0;
+    std::array<Script, kFunctionCount> m_scripts{};
+};
+
+}  // namespace DeviceSimulator

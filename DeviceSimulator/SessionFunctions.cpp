@@ -1,0 +1,128 @@
+// The C functions for processes, their memory and the devices.
+#include <algorithm>
+
+#include "DeviceSimulator/Exports.h"
+#include "DeviceSimulator/Gate.h"
+#include "DeviceSimulator/Text.h"
+
+using namespace DeviceSimulator;
+
+u32 eDevMgrRegisterProcess(u32* ph, DeviceEventCallback callback) {
+    return PassGate(
+        DEVICE_SIMULATOR_KEY(eDevMgrRegisterProcess),
+        [&](Engine& engine) -> u32 {
+            if (ph == nullptr) {
+                return kWrongParameters;
+            }
+            engine.Music().Prepare();
+            return engine.Loop().Locked(
+                [&](Model& model, TimePoint now) { return model.Register(callback, *ph, now); });
+        },
+        ph, callback);
+}
+
+u32 eDevMgrDeRegisterProcess(u32 ph) {
+    return PassGate(
+        DEVICE_SIMULATOR_KEY(eDevMgrDeRegisterProcess),
+        [&](Engine& engine) { return engine.Loop().Deregister(ph); }, ph);
+}
+
+u32 eDevMgrAllocateSharedMemory(u32 ph, u32* size, u32* block) {
+    return PassGate(
+        DEVICE_SIMULATOR_KEY(eDevMgrAllocateSharedMemory),
+        [&](Engine& engine) -> u32 {
+            return engine.Loop().Locked([&](Model& model, TimePoint) -> Result {
+                if (size == nullptr || block == nullptr) {
+                    return kWrongParameters;
+                }
+                return model.AllocateMemory(ph, *size, *block);
+            });
+        },
+        ph, InOut<u32>{size}, block);
+}
+
+u32 eDevMgrDeAllocateSharedMemory(u32 ph, u32 block) {
+    return PassGate(
+        DEVICE_SIMULATOR_KEY(eDevMgrDeAllocateSharedMemory),
+        [&](Engine& engine) {
+            return engine.Loop().Locked([&](Model& model, TimePoint) { return model.FreeMemory(ph, block); });
+        },
+        ph, block);
+}
+
+u32 eDevMgrGetNumDevices(u32 ph, u32* count) {
+    return PassGate(
+        DEVICE_SIMULATOR_KEY(eDevMgrGetNumDevices),
+        [&](Engine& engine) {
+            return engine.Loop().Locked([&](Model& model, TimePoint) -> Result {
+                if (!model.Processes().Contains(ph)) {
+                    return kProcessNotRegistered;
+                }
+                if (count == nullptr) {
+                    return kWrongParameters;
+                }
+                *count = static_cast<u32>(model.Listed().size());
+                return kSuccess;
+            });
+        },
+        ph, count);
+}
+
+u32 eDevMgrGetDeviceList(u32 ph, DeviceRecord* list, u32 reserved, u32* count) {
+    return PassGate(
+        DEVICE_SIMULATOR_KEY(eDevMgrGetDeviceList),
+        [&](Engine& engine) {
+            return engine.Loop().Locked([&](Model& model, TimePoint) -> Result {
+                if (!model.Processes().Contains(ph)) {
+                    return kProcessNotRegistered;
+                }
+                if (count == nullptr || reserved != 0 || (list == nullptr && *count > 0)) {
+                    return kWrongParameters;
+                }
+                const auto devices = model.Listed();
+                *count = std::min(*count, static_cast<u32>(devices.size()));
+                std::transform(devices.begin(), devices.begin() + *count, list,
+                               [](const Device* device) { return MakeRecord(device->identity); });
+                return kSuccess;
+            });
+        },
+        ph, list, reserved, InOut<u32>{count});
+}
+
+u32 eDevMgrOpenDevice(u32 ph, u32 dh) {
+    return PassGate(
+        DEVICE_SIMULATOR_KEY(eDevMgrOpenDevice),
+        [&](Engine& engine) {
+            return engine.Loop().Locked([&](Model& model, TimePoint) { return model.Open(ph, dh); });
+        },
+        ph, dh);
+}
+
+u32 eDevMgrCloseDevice(u32 ph, u32 dh) {
+    return PassGate(
+        DEVICE_SIMULATOR_KEY(eDevMgrCloseDevice),
+        [&](Engine& engine) {
+            return engine.Loop().Locked(
+                [&](Model& model, TimePoint now) { return model.Close(ph, dh, now); });
+        },
+        ph, dh);
+}
+
+u32 eDevMgrGetiPodInfo(u32 ph, u32 dh, IpodInfo* info) {
+    return PassPlayerGate(
+        DEVICE_SIMULATOR_KEY(eDevMgrGetiPodInfo),
+        [&](const Device& device, TimePoint) {
+            if (info == nullptr) {
+                return kWrongParameters;
+            }
+            *info = IpodInfo{};
+            CopyText(info->name, device.identity.name);
+            info->major = 7;
+            info->minor = 1;
+            info->revision = 2;
+            CopyText(info->serial, device.identity.serial);
+            CopyText(info->model, "SIM100");
+            return kSuccess;
+        },
+        ph, dh, info);
+}

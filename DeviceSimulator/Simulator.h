@@ -1,0 +1,114 @@
+// Leads the simulated player from inside the process that has loaded it: plugs devices, scripts answers,
+// fires events and reads back the calls that were made. The control socket does the same from outside.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "DeviceManager/DeviceManager.h"
+#include "DeviceSimulator/Api.h"
+#include "DeviceSimulator/Functions.h"
+
+namespace DeviceSimulator {
+
+class Library;
+
+/// One call that was made, in the order in which the calls began.
+struct CallRecord {
+    std::string name;  ///< for example "eDevMgriPodPlay"
+    std::vector<std::int64_t>
+        arguments;     ///< the numbers handed in, out pointers left out; in/out values as they came in
+    std::string text;  ///< a text argument, else empty
+    std::uint32_t result = 0;  ///< the code answered; 0 while the call is still running
+    std::uint64_t thread = 0;  ///< the kernel's thread id
+};
+
+/// A device to plug in. What is left out gets a likely value.
+struct DeviceDescription {
+    std::uint32_t type = 17;  ///< device type: 0 to 13 stick, 14 to 16 iAP, 17 to 19 iAP2, 26 hub ...
+    std::optional<std::uint32_t> handle;  ///< none: the next free one
+    std::string name;                     ///< empty: a name that fits the type
+    std::optional<std::uint32_t> productId;
+    std::optional<std::uint32_t> vendorId;
+};
+
+/// How the model runs. The defaults are those of a real player.
+struct SimulatorOptions {
+    std::chrono::milliseconds plugDelay{300};  ///< from registration to the device that is there at start
+    std::chrono::milliseconds databaseBuildTime{1000};  ///< of an iAP2 device
+    std::vector<DeviceDescription> devices;             ///< plugged in at start
+    std::shared_ptr<const Library> library;             ///< null: the built-in one
+};
+
+/// Every function's stand-in; an empty one leaves the model's own answer. A stand-in runs on the caller's
+/// thread, without any lock of the simulator's held, so it may block and may call back into the simulator.
+struct StandIns {
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a member's name takes none
+#define DEVICE_SIMULATOR_STAND_IN(name) std::function<decltype(::name)> name;
+    DEVICE_MANAGER_FUNCTIONS(DEVICE_SIMULATOR_STAND_IN)
+#undef DEVICE_SIMULATOR_STAND_IN
+};
+
+/// The one simulated device manager of the process. Every operation may be called from any thread.
+class DEVICE_SIMULATOR_API Simulator {
+  public:
+    static constexpr std::uint32_t kForEver = UINT32_MAX;
+
+    static Simulator& Instance();
+
+    /// Forgets devices, scripts, stand-ins, calls and registrations, and starts over. No call may be running
+    /// and none of the old callbacks is made afterwards.
+    void Reset(SimulatorOptions options = {});
+
+    /// Plugs a device in, at once, with the events that a player sends. Returns its handle; 0, and plugs
+    /// nothing in, when the handle asked for is taken.
+    std::uint32_t Plug(const DeviceDescription& device);
+    /// False when no such device is plugged in.
+    bool Unplug(std::uint32_t handle);
+
+    /// Makes the next `times` calls of `name` answer `code` and do nothing else. False: no such function.
+    bool Fail(std::string_view name, std::uint32_t code, std::uint32_t times = kForEver);
+    /// Makes the next `times` calls of `name` take that long before they do their work.
+    bool Delay(std::string_view name, std::chrono::milliseconds time, std::uint32_t times = kForEver);
+    /// Takes back what Fail and Delay asked for.
+    void ClearScripts();
+    /// Replaces the stand-ins, all at once. What Fail asks for goes before them.
+    void SetStandIns(StandIns standIns);
+
+    /// Hands `event` to every registered callback, on the simulator's event thread, in order with its own
+    /// events.
+    void Fire(const DeviceEvent& event);
+    /// Returns once every event fired or due so far has been delivered. Never call it from the callback.
+    void Drain();
+
+    /// The newest 16,384 of them; older ones are forgotten.
+    std::vector<CallRecord> Calls() const;
+    /// The calls of one function.
+    std::vector<CallRecord> Calls(std::string_view name) const;
+    void ClearCalls();
+    /// Waits until `name` has been called (begun) at least `times` times since the last ClearCalls or Reset.
+    bool WaitForCall(std::string_view name, std::size_t times, std::chrono::milliseconds timeout) const;
+
+    Simulator(const Simulator&) = delete;
+    Simulator& operator=(const Simulator&) = delete;
+
+  private:
+    Simulator();
+    ~Simulator();
+
+    class State;
+    std::unique_ptr<State> m_state;
+};
+
+/// An event record: the words in order (missing ones 0), then the texts packed one after another, each with
+/// its NUL.
+DEVICE_SIMULATOR_API DeviceEvent MakeEvent(std::initializer_list<std::uint32_t> words,
+                                           std::initializer_list<std::string_view> texts = {});
+
+}  // namespace DeviceSimulator

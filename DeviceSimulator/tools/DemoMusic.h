@@ -1,0 +1,14 @@
+// A small set of music files for demonstrations and tests.
+#pragma once
+
+#include <filesystem>
+
+#include "DeviceSimulator/tools/DemoMusicEncoder.h"
+
+namespace DeviceSimulator {
+
+/// Writes six albums (20 tracks of 5 to 20 seconds in four formats, with tags and pictures) and a playlist
+/// below `folder`, which is made where it is missing. The same files at every call.
+DemoError MakeDemoMusic(const std::filesystem::path& folder);
+
+}  // namespace DeviceSimulator
