@@ -1,0 +1,33 @@
+// Turns the picture that the device delivered into the text that clients get.
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "DeviceManager/DeviceManager.h"
+
+/// A picture as it lies in the shared-memory block. The bytes are not owned.
+struct DeliveredPicture {
+    u32 height = 0;             ///< as the device reported it, in pixels
+    u32 width = 0;              ///< as the device reported it, in pixels
+    u32 length = 0;             ///< bytes that a picture of that size takes; may be more than can be read
+    std::span<const u8> bytes;  ///< what of them can be read; empty: there is no picture
+};
+
+struct AlbumArt {
+    std::string text;  ///< base64
+    u32 height = 0;    ///< to report to clients; not the true size of a picture that was shrunk
+    u32 width = 0;
+};
+
+/// Bytes of a picture of the reported size, modulo 2^32. Where one of the two is 0 the other is the length.
+u32 AlbumArtLength(u32 height, u32 width);
+
+/// The picture for clients: as it stands up to a reported height of 320, else as a small JPEG that is
+/// reported as 100 x 100. The picture's bytes must not change meanwhile. Throws vips::VError when the bytes
+/// are no JPEG, are one of a size that cannot be shrunk, or one of more than 16 million pixels. One thread
+/// at a time.
+AlbumArt ConvertAlbumArt(const DeliveredPicture& picture);
+
+/// The picture's bytes as they stand, with the delivered size.
+AlbumArt EncodeAsDelivered(const DeliveredPicture& picture);

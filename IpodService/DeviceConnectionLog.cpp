@@ -1,0 +1,132 @@
+// What the log tells of devices that come and go.
+
+#include "IpodService/DeviceEventLog.h"
+#include "IpodService/DeviceManagerNames.h"
+#include "IpodService/ResultCodes.h"
+#include "ServiceUtil/Logger.h"
+
+namespace {
+
+constexpr u32 kMounted = 6;
+constexpr u32 kMountFailed = 7;
+constexpr u32 kNameField = 255;  ///< bytes that a mass-storage device's name has before its mount path
+
+void LogText(const char* label, const EventText& text) {
+    LOG_INFO("%s%.*s\n", label, text.Length(), text.Data());
+}
+
+void LogProductAndVendor(const DeviceEventView& event) {
+    LOG_INFO("Product Id is 0x%x\n", event.Word(3));
+    LOG_INFO("Vendor Id is 0x%x\n", event.Word(4));
+}
+
+void LogNoMedium(const DeviceEventView& event) {
+    LOG_INFO("MASS STORAGE DEVICE CONNECTED WITHOUT MEDIA.\n");
+    LogText("Device name is: ", event.Text(0));
+    LogProductAndVendor(event);
+    LogText("Mount path is: ", event.Text(1));
+    LOG_INFO("PLEASE INSERT MEDIA TO CONTINUE\n");
+    LOG_INFO("Probable Device handle is %d\n\n", event.Signed(5));
+}
+
+// The name may have two bytes a character: single zero bytes are part of it.
+void LogWideName(const DeviceEventView& event) {
+    for (u32 i = 0; i < kNameField; ++i) {
+        if (event.Byte(i) == 0 && event.Byte(i + 1) == 0)
+            break;
+        LOG_INFO("%c", event.Byte(i));
+    }
+}
+
+void LogMassStorage(const DeviceEventView& event) {
+    LOG_INFO("Mass storage device is connected. Type is %s\n", DeviceTypeName(event.Word(1)));
+    if (event.Word(2) == kMountFailed)
+        LOG_INFO("Mount failed");
+    if (event.Word(2) != kMounted)
+        return;
+    LOG_INFO("Mount passed.\n");
+    LOG_INFO("Device name is: ");
+    LogWideName(event);
+    LOG_INFO("\n");
+    LogProductAndVendor(event);
+    LOG_INFO("Device handle is %d\n", event.Signed(5));
+    LogText("Mount path is: ", event.TextAt(kNameField));
+    LogText("Serial     is: ", event.TextAfter(kNameField));
+}
+
+void LogMtp(const DeviceEventView& event) {
+    LogText("Device name is: ", event.Text(0));
+    LOG_INFO("Name length is %d\n", event.Signed(5));
+    LogProductAndVendor(event);
+    LOG_INFO("Device handle is %d\n", event.Signed(2));
+    LogText("Device Node is ", event.Text(1));
+    LogText("Device Serial is ", event.Text(2));
+}
+
+void LogIap(const DeviceEventView& event) {
+    LOG_INFO("Device is iAP %s\n", DeviceTypeName(event.Word(1)));
+    LogText("Device name is: ", event.Text(0));
+    LogProductAndVendor(event);
+    LOG_INFO("Device handle is %d\n", event.Signed(2));
+    LogText("Device node is ", event.Text(1));
+    LogText("Device Serial is ", event.Text(2));
+}
+
+void LogHub(const char* what, const DeviceEventView& event) {
+    LOG_INFO("PID of %s HUB is 0x%x\n", what, event.Word(2));
+    LOG_INFO("VID of %s HUB is 0x%x\n", what, event.Word(3));
+}
+
+void LogGoneDevice(const DeviceEventView& event) {
+    const u32 type = event.Word(1);
+    const u32 second = event.Word(5);
+    const EventText name = event.Text(0);
+    LOG_INFO(
+        "Type of disconnected device is %s\nHandle of disconnected device is %d\n"
+        "Product ID of disconnected device is 0x%x\nVendor ID of disconnected device is 0x%x\n"
+        "Name of disconnected device is %.*s\n",
+        DeviceTypeName(type), event.Signed(2), event.Word(3), event.Word(4), name.Length(), name.Data());
+    if (DeviceType::IsMassStorage(type))
+        LogText("Mount path of discoonected device is ", event.TextAt(second));
+    else if (type <= DeviceType::kLastMtp)
+        LogText("Node of discoonected MTP/iAP device is ", event.TextAt(second));
+    LogText("Serial of disconected device is ",
+            type <= DeviceType::kLastMtp ? event.TextAfter(second) : event.TextAt(second));
+    LOG_INFO("if you are in FS browse, press \"x\" and come out as device is disconnected\n");
+    LOG_INFO("if you are in iPod Menu, press \"c\" to return to main menu\n\n");
+}
+
+}  // namespace
+
+void DeviceEventLog::Connected(const DeviceEventView& event) {
+    const u32 type = event.Word(1);
+    if (type == DeviceType::kNoMedium) {
+        LogNoMedium(event);
+    } else if (DeviceType::IsMassStorage(type)) {
+        LogMassStorage(event);
+    } else if (type == DeviceType::kMtpNormal) {
+        LogMtp(event);
+    } else if (DeviceType::IsIap(type) || DeviceType::IsIap2(type)) {
+        LogIap(event);
+    } else if (type == DeviceType::kUnsupported) {
+        LOG_INFO("Connected device is unsupported.\n");
+    } else if (type == DeviceType::kUnknown) {
+        LOG_INFO("USB device is connected. Yet unknown. Reading.\n");
+        LOG_INFO("Another Connected event will be received if connected device is supported.\n");
+    } else if (type == DeviceType::kHub) {
+        LOG_INFO("HUB is connected.\n");
+        LogHub("connected", event);
+    }
+}
+
+void DeviceEventLog::Disconnected(const DeviceEventView& event) {
+    const u32 type = event.Word(1);
+    if (type == DeviceType::kHub) {
+        LOG_INFO("HUB is disconnected\n");
+        LogHub("disconnected", event);
+    } else if (type == DeviceType::kUnknown) {
+        LOG_INFO("Unknown device disconnected\n");
+    } else {
+        LogGoneDevice(event);
+    }
+}

@@ -1,0 +1,114 @@
+// Shuffle, repeat, volume, charging and what the device tells of itself.
+
+#include <algorithm>
+
+#include "IpodService/BrowseLevel.h"
+#include "IpodService/DeviceManagerNames.h"
+#include "IpodService/IpodManager.h"
+#include "IpodService/RecordText.h"
+
+namespace {
+
+constexpr std::chrono::milliseconds kSettingBusyPause{500};
+constexpr i32 kMinMilliamps = 500;
+constexpr i32 kMaxMilliamps = 1000;
+constexpr i32 kMaxVolume = 255;
+
+// A mode that was read, or the failure's outcome in its place.
+i32 ModeOrOutcome(u32 code, u32 mode) {
+    return code == ResultCode::kSuccess ? static_cast<i32>(mode) : Outcome(code);
+}
+
+}  // namespace
+
+i32 IpodManager::GetShuffle() {
+    u32 mode = 0;
+    const u32 code = OnDevice(DeviceCall("eDevMgriPodGetShuffleSetting").RepeatedWhileBusy(kSettingBusyPause),
+                              eDevMgriPodGetShuffleSetting, &mode);
+    return ModeOrOutcome(code, mode);
+}
+
+i32 IpodManager::SetShuffle(u32 mode) {
+    const u32 code = OnDevice(DeviceCall("eDevMgriPodSetShuffleSetting"), eDevMgriPodSetShuffleSetting, mode);
+    if (code == ResultCode::kSuccess)
+        LOG_INFO("iPod Shuffle status changed to %s\n", ShuffleModeName(mode));
+    return Outcome(code);
+}
+
+i32 IpodManager::GetRepeat() {
+    u32 mode = 0;
+    const u32 code = OnDevice(DeviceCall("eDevMgriPodGetRepeatSetting").RepeatedWhileBusy(kSettingBusyPause),
+                              eDevMgriPodGetRepeatSetting, &mode);
+    return ModeOrOutcome(code, mode);
+}
+
+i32 IpodManager::SetRepeat(u32 mode) {
+    const u32 code = OnDevice(DeviceCall("eDevMgriPodSetRepeatSetting"), eDevMgriPodSetRepeatSetting, mode);
+    if (code == ResultCode::kSuccess)
+        LOG_INFO("iPod Repeat status changed to %s\n", RepeatModeName(mode));
+    return Outcome(code);
+}
+
+i32 IpodManager::GetVolume() {
+    u8 mute = 0;
+    u8 volume = 0;
+    const u32 code = OnDevice(DeviceCall("eDevmgriPodGetVolume"), eDevmgriPodGetVolume, &mute, &volume);
+    if (code == ResultCode::kSuccess)
+        LOG_INFO("iPod mute status is %s and volume is %d\n", mute != 0 ? "TRUE" : "FALSE", volume);
+    return Outcome(code);
+}
+
+i32 IpodManager::SetVolume(i32 level) {
+    // The flag is the one that reads back as the mute status.
+    const u8 flag = level >= 1 ? 1 : 0;
+    const u8 volume = static_cast<u8>(std::clamp(level, 0, kMaxVolume));
+    return Outcome(OnDevice(DeviceCall("eDevmgriPodSetVolume"), eDevmgriPodSetVolume, flag, volume));
+}
+
+i32 IpodManager::GetNowPlayingAppName() {
+    char* text = nullptr;
+    const u32 code =
+        OnDevice(DeviceCall("eDevMgriPodGetNowPlayingAppname"), eDevMgriPodGetNowPlayingAppname, &text);
+    const std::unique_ptr<char, FreeDeleter> name(text);
+    if (code == ResultCode::kSuccess)
+        LOG_INFO("Now playing App is: %s\n\n", name != nullptr ? name.get() : "");
+    return Outcome(code);
+}
+
+i32 IpodManager::GetBatteryPowerState() {
+    BatteryState state{};
+    const u32 code =
+        OnDevice(DeviceCall("eDevMgriPodGetBatteryPowerState"), eDevMgriPodGetBatteryPowerState, &state);
+    if (code == ResultCode::kSuccess) {
+        LOG_INFO("Power State of iPod %d\n", state.powerState);
+        LOG_INFO("Battery level %d\n", state.level);
+    }
+    return Outcome(code);
+}
+
+i32 IpodManager::SetInternalBatteryChargeState(i32 allow) {
+    LOG_INFO("0 -- Apple device should not charge its internal battery\n");
+    LOG_INFO("1 -- Apple device may charge its internal battery\n");
+    const u8 state = allow != 0 ? 1 : 0;
+    return Outcome(OnDevice(DeviceCall("eDevMgriPodSetInternalBatteryChargeState"),
+                            eDevMgriPodSetInternalBatteryChargeState, state));
+}
+
+i32 IpodManager::SetMaxCurrent(i32 milliamps) {
+    const u16 sent = static_cast<u16>(std::clamp(milliamps, kMinMilliamps, kMaxMilliamps));
+    return Outcome(OnDevice(DeviceCall("eDevMgriPodSetMaxCurrent"), eDevMgriPodSetMaxCurrent, sent));
+}
+
+void IpodManager::LogDeviceInfo() {
+    IpodInfo info{};
+    if (OnDevice(DeviceCall("eDevMgrGetiPodInfo"), eDevMgrGetiPodInfo, &info) != ResultCode::kSuccess)
+        return;
+    const RecordText name(info.name);
+    const RecordText serial(info.serial);
+    const RecordText model(info.model);
+    LOG_INFO(
+        "iPod name          : %.*s\niPod SW version    : %d:%d:%d\niPod Serial Number : %.*s\n"
+        "iPod Model Number  : %.*s\n",
+        name.Length(), name.Data(), info.major, info.minor, info.revision, serial.Length(), serial.Data(),
+        model.Length(), model.Data());
+}

@@ -1,0 +1,157 @@
+#include "IpodService/IpodRequestServer.h"
+
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <thread>
+
+#include "IpodService/MainLoop.h"
+#include "JsonRpc/Networking.h"
+#include "JsonRpc/RpcMethod.h"
+#include "ServiceUtil/Logger.h"
+
+namespace {
+
+constexpr int kBindTries = 33;
+constexpr std::chrono::milliseconds kBindPause{250};
+constexpr unsigned kConnectedWaitMs = 25;  ///< keeps status and time polls prompt
+constexpr unsigned kIdleWaitMs = 1000;
+
+struct Method {
+    const char* name;
+    bool (CIpodRequestHandler::*member)(const Json::Value&, Json::Value&);
+};
+
+constexpr std::array kMethods = {
+    Method{"start", &CIpodRequestHandler::Start},
+    Method{"stop", &CIpodRequestHandler::Stop},
+    Method{"exit", &CIpodRequestHandler::Exit},
+    Method{"isIpodConnected", &CIpodRequestHandler::IsIpodConnected},
+    Method{"setRepeatMode", &CIpodRequestHandler::SetRepeatMode},
+    Method{"getRepeatMode", &CIpodRequestHandler::GetRepeatMode},
+    Method{"enableShuffle", &CIpodRequestHandler::EnableShuffle},
+    Method{"isShuffleEnabled", &CIpodRequestHandler::IsShuffleEnabled},
+    Method{"getCurrentTrackInfo", &CIpodRequestHandler::GetCurrentTrackInfo},
+    Method{"getCurrentAlbumArt", &CIpodRequestHandler::GetCurrentAlbumArt},
+    Method{"getCurrentAlbumArtDelayed", &CIpodRequestHandler::GetCurrentAlbumArtDelayed},
+    Method{"playFirst", &CIpodRequestHandler::PlayFirst},
+    Method{"play", &CIpodRequestHandler::Play},
+    Method{"pause", &CIpodRequestHandler::Pause},
+    Method{"playPause", &CIpodRequestHandler::PlayPause},
+    Method{"next", &CIpodRequestHandler::Next},
+    Method{"previous", &CIpodRequestHandler::Previous},
+    Method{"getBrowseList", &CIpodRequestHandler::GetBrowseList},
+    Method{"selectBrowseItem", &CIpodRequestHandler::SelectBrowseItem},
+    Method{"selectBrowseBack", &CIpodRequestHandler::SelectBrowseBack},
+    Method{"filterBrowseList", &CIpodRequestHandler::FilterBrowseList},
+    Method{"fastForwardSong", &CIpodRequestHandler::FastForwardSong},
+    Method{"rewindSong", &CIpodRequestHandler::RewindSong},
+    Method{"resetBrowseList", &CIpodRequestHandler::ResetBrowseList},
+    Method{"isTrackPaused", &CIpodRequestHandler::IsTrackPaused},
+    Method{"getSongList", &CIpodRequestHandler::GetSongList},
+    Method{"getNextAlphaNumericIndex", &CIpodRequestHandler::GetNextAlphaNumericIndex},
+    Method{"getPrevAlphaNumericIndex", &CIpodRequestHandler::GetPrevAlphaNumericIndex},
+    Method{"getHasPlayableData", &CIpodRequestHandler::GetHasPlayableData},
+};
+static_assert(kMethods.size() == 29);
+
+}  // namespace
+
+CIpodRequestServer::CIpodRequestServer(DeviceFolders folders)
+    : m_manager(this, std::move(folders)), m_handler(&m_manager) {}
+
+CIpodRequestServer::~CIpodRequestServer() {
+    // A device manager that refused to let the process go may still be sending events.
+    const std::lock_guard lock(m_notificationMutex);
+    m_tcpServer.reset();
+}
+
+void CIpodRequestServer::Start(const std::string& address, u16 port) {
+    m_tcpServer = std::make_unique<Json::Rpc::TcpServer>(address, port);
+    if (!networking::init()) {
+        LOG_ERROR("Networking initialization failed\n");
+        return;
+    }
+    for (const Method& method : kMethods)
+        m_tcpServer->AddMethod(std::make_unique<Json::Rpc::RpcMethod<CIpodRequestHandler>>(
+            m_handler, method.member, method.name));
+}
+
+void CIpodRequestServer::Run() {
+    m_serverRunning = true;
+    if (!BindWithRetries())
+        return;
+    if (!m_tcpServer->Listen()) {
+        m_serverRunning = false;
+        LOG_FATAL("Ipod Service - Listen failed\n");
+        return;
+    }
+    if (m_manager.ResetAuthCoprocessor()) {
+        Serve();
+        StopManager();
+    } else {
+        LOG_ERROR("Cannot gpio_ac_rst_cycle successfully \n");
+    }
+    CloseTcpServer();
+}
+
+bool CIpodRequestServer::BindWithRetries() {
+    // An earlier run may have left the port in use for a while.
+    for (int tries = 1; !m_tcpServer->Bind(); ++tries) {
+        LOG_WARN("Ipod Service - Bind failed\n");
+        if (tries == kBindTries) {
+            m_serverRunning = false;
+            LOG_FATAL("Ipod Service - Bind failed\n");
+            return false;
+        }
+        std::this_thread::sleep_for(kBindPause);
+    }
+    return true;
+}
+
+void CIpodRequestServer::Serve() {
+    m_serverRunning = true;
+    while (!m_manager.IsExitRequested()) {
+        try {
+            RunPass();
+        } catch (const std::exception& error) {
+            // Out of memory, at worst. What the pass was about is lost, the next one starts afresh.
+            LOG_ERROR("Ipod Service - pass given up: %s\n", error.what());
+        }
+    }
+}
+
+void CIpodRequestServer::RunPass() {
+    m_tcpServer->WaitMessage(m_manager.IsDeviceConnected() ? kConnectedWaitMs : kIdleWaitMs);
+    m_manager.UpdateConnection();
+    m_manager.ProcessDelayedStreamRestart();
+    m_manager.ProcessDelayedAlbumArt();
+    m_manager.UpdatePlayStatus();
+    m_manager.UpdateTrackTime();
+    m_manager.ProcessDelayedClose();
+}
+
+void CIpodRequestServer::StopManager() {
+    m_manager.CloseBrowseSession();
+    m_manager.CloseDevice();
+    m_manager.Shutdown();
+}
+
+void CIpodRequestServer::CloseTcpServer() {
+    LOG_DEBUG("Stop JSON-RPC TCP server\n");
+    m_tcpServer->Close();
+    networking::cleanup();
+}
+
+void CIpodRequestServer::OnSignal(int signalNumber) {
+    if (signalNumber != SIGINT && signalNumber != SIGTERM)
+        return;
+    if (m_manager.IsExitRequested()) {
+        LOG_WARN("Double Exit signal caught: %d\n", signalNumber);
+        std::exit(1);
+    }
+    LOG_WARN("Exit signal caught: %d\n", signalNumber);
+    MainLoop::Quit();
+    m_manager.RequestExit();
+}

@@ -1,0 +1,61 @@
+// The service's hub: the JSON-RPC server and its loop, and the notifications that go to every client.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "DeviceManager/DeviceManager.h"
+#include "IpodService/IIpodNotifications.h"
+#include "IpodService/IpodManager.h"
+#include "IpodService/IpodRequestHandler.h"
+#include "JsonRpc/TcpServer.h"
+#include "ServiceUtil/ISignalListener.h"
+
+class CIpodRequestServer final : public ISignalListener, public IIpodNotifications {
+  public:
+    /// Main thread. `folders` as the manager takes them.
+    explicit CIpodRequestServer(DeviceFolders folders = {});
+    /// Main thread, once Run has returned.
+    ~CIpodRequestServer() override;
+
+    /// Sets the TCP server up with the 29 methods. Once, by the main thread, before Run. Failures are logged.
+    void Start(const std::string& address, u16 port);
+
+    /// The server loop: serves clients and steps the manager until an exit is requested. Body of the server
+    /// thread; lets no exception out.
+    void Run();
+
+    /// The first SIGTERM or SIGINT stops the service in order, any later one ends the process with status 1.
+    /// The signal handler's thread.
+    void OnSignal(int signalNumber) override;
+
+    // Reports of the manager: one notification each, to every client connected. Server thread and callback
+    // thread.
+
+    void OnTrackInfo(bool isPlaying, const NowPlayingPosition& position, const TrackMetadata& metadata,
+                     const TrackTimes& times) override;
+    void OnTrackTimes(const TrackTimes& times) override;
+    void OnTrackTime(u32 time) override;
+    void OnConnection(bool connected) override;
+    void OnAlbumArt(const std::string& albumArt, u32 width, u32 height, int trackIndex) override;
+    void OnTrackPaused(bool paused) override;
+
+  private:
+    bool BindWithRetries();
+    void Serve();
+    void RunPass();
+    void StopManager();
+    void CloseTcpServer();
+    void Notify(const char* method, Json::Value params);
+    void Broadcast(const Json::Value& notification);
+
+    /// Makes one notification's sends a unit, so that every client sees them in the same order. Declared
+    /// first: the manager may still be reporting while it is destroyed.
+    std::mutex m_notificationMutex;
+    IpodManager m_manager;
+    std::unique_ptr<Json::Rpc::TcpServer> m_tcpServer;  ///< set before the threads start, null after the end
+    CIpodRequestHandler m_handler;
+    std::atomic<bool> m_serverRunning{false};
+};

@@ -1,0 +1,59 @@
+// The service's process: log, command line, request server, main loop, and the way down again.
+
+#include <gst/gst.h>
+
+#include <string>
+#include <system_error>
+#include <thread>
+
+#include "IpodService/CommandLine.h"
+#include "IpodService/IpodRequestServer.h"
+#include "IpodService/MainLoop.h"
+#include "ServiceUtil/Logger.h"
+#include "ServiceUtil/SignalHandler.h"
+
+namespace {
+
+constexpr const char* kLogPath = "/home/root/ipod.log";
+constexpr u16 kPort = 8883;
+
+// Without a server thread the process still runs its main loop until a signal.
+std::thread StartServerThread(CIpodRequestServer& server) {
+    try {
+        return std::thread([&server] { server.Run(); });
+    } catch (const std::system_error&) {
+        return {};
+    }
+}
+
+// Returns once a signal has ended the main loop and the server thread has finished its own stop.
+void RunUntilSignal(CIpodRequestServer& server, int argc, char** argv) {
+    std::thread serverThread = StartServerThread(server);
+    gst_init(&argc, &argv);
+    MainLoop mainLoop;
+    mainLoop.Run();
+    g_print("Returned, stopping streaming\n");
+    if (serverThread.joinable())
+        serverThread.join();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLogger& logger = CLogger::Instance();
+    // A file that cannot be opened leaves the log on standard output.
+    logger.Open(kLogPath);
+    logger.SetLevel(LogLevel::kInfo);
+    const std::string address = ApplyCommandLine(argc, argv, logger);
+
+    constexpr int kStatus = 0;
+    {
+        CIpodRequestServer server;
+        CSignalHandler::Instance().Register(&server);
+        server.Start(address, kPort);
+        RunUntilSignal(server, argc, argv);
+        CSignalHandler::Instance().Unregister(&server);
+        LOG_WARN("Exiting applet status: %d\n", kStatus);
+    }
+    return kStatus;
+}
