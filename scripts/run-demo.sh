@@ -1,0 +1,170 @@
+#!/usr/bin/env bash
+# Starts the service over a simulated player, shows a short session and stays up until Ctrl-C.
+#
+#   scripts/run-demo.sh [--unconfined] [FOLDER]
+#
+# FOLDER holds the music of the player (mp3, m4a, flac, ogg, opus, with tags); without it a few files are made.
+# The service runs in a private file system and is reached on 127.0.0.1:8883. --unconfined runs it on the machine's
+# own file system, where it writes /home/root/ipod.log and deletes files: see below.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+. scripts/lib/packages.sh
+. scripts/lib/sandbox.sh
+. scripts/lib/rpc.sh
+
+BUILD=$PWD/build/demo
+STATE=$BUILD/state # what the demo writes: the service's /home/root, the music that it makes
+PORT=8883
+
+confined=yes
+music=
+service= # process to signal
+shell_job=
+
+usage() { sed -n '2,/^set/{/^set/d;s/^# \{0,1\}//;p}' "$0"; }
+
+parse_arguments() {
+    while [ $# -gt 0 ]; do
+        case $1 in
+            --unconfined) confined=no ;;
+            -h | --help) usage; exit 0 ;;
+            -*) usage >&2; exit 2 ;;
+            *) music=$1 ;;
+        esac
+        shift
+    done
+    if [ -n "$music" ] && [ ! -d "$music" ]; then
+        echo "There is no folder $music" >&2
+        exit 2
+    fi
+}
+
+build() {
+    need_packages "${BUILD_PACKAGES[@]}" "${RUN_PACKAGES[@]}"
+    echo "== Building the service and the simulated player"
+    mkdir -p "$STATE/home"
+    cmake --preset demo >"$BUILD/configure.log" 2>&1 || { cat "$BUILD/configure.log"; exit 1; }
+    cmake --build --preset demo
+}
+
+make_music() {
+    if [ -z "$music" ]; then
+        music=$STATE/music
+        [ -d "$music" ] || { echo "== Making a few music files"; "$BUILD/DeviceSimulator/make-demo-music" "$music"; }
+    fi
+    music=$(cd "$music" && pwd)
+    echo "== The player holds the music of $music"
+}
+
+explain_unconfined() {
+    cat <<END
+   The service writes /home/root/ipod.log, keeps /home/root/iap2db, and when it closes a device it deletes
+   there every file with .db in its name and, in /, every file with .pls in its name:
+END
+    ls -d /*.[pP][lL][sS]* /home/root/iap2db/*.[dD][bB]* 2>/dev/null | sed 's/^/     /' || true
+}
+
+start_confined() {
+    make_sandbox "$STATE/home" --ro-bind "$BUILD" "$BUILD" --ro-bind "$music" "$music" \
+        --bind "$STATE" "$STATE" --setenv GST_REGISTRY "$STATE/gstreamer-registry" --chdir /
+    if ! sandbox_works; then
+        cat >&2 <<END
+This machine refuses user namespaces, so there is no private file system to run the service in.
+To run it on the machine's own: scripts/run-demo.sh --unconfined
+END
+        explain_unconfined >&2
+        exit 1
+    fi
+    local status_pipe=$STATE/bwrap-status
+    rm -f "$status_pipe"
+    mkfifo "$status_pipe"
+    # A session of its own: the terminal's Ctrl-C reaches this script alone, which passes on one signal.
+    "${SANDBOX[@]}" --json-status-fd 9 -- "$BUILD/IpodService/ipod-service" 9>"$status_pipe" &
+    shell_job=$!
+    exec 8<"$status_pipe"
+    local line
+    read -r -t 10 line <&8 || true
+    [[ $line =~ \"child-pid\":\ *([0-9]+) ]] && service=${BASH_REMATCH[1]}
+    [ -n "$service" ] || { echo "bubblewrap did not start the service." >&2; exit 1; }
+}
+
+start_unconfined() {
+    echo "== Running on this machine's own file system"
+    explain_unconfined
+    setsid "$BUILD/IpodService/ipod-service" &
+    shell_job=$!
+    service=$shell_job
+}
+
+# Passes one SIGTERM on and ends with the service's own status.
+stop_service() {
+    local status=$?
+    trap - EXIT
+    trap '' INT TERM
+    if [ -n "$service" ]; then
+        echo
+        echo "== Stopping the service (SIGTERM)"
+        kill -TERM "$service" 2>/dev/null || true
+        status=0
+        wait "$shell_job" || status=$?
+        echo "== The service ended with status $status"
+    fi
+    exit "$status"
+}
+
+start_service() {
+    if rpc_open "$PORT" 2>/dev/null; then
+        echo "Something listens on 127.0.0.1:$PORT already; stop it first." >&2
+        exit 1
+    fi
+    export DEVICE_SIMULATOR_LIBRARY=$music DEVICE_SIMULATOR_CONTROL=$STATE/control
+    trap stop_service EXIT
+    trap exit INT TERM
+    if [ $confined = yes ]; then start_confined; else start_unconfined; fi
+    local tries
+    for ((tries = 0; tries < 100; ++tries)); do
+        rpc_open "$PORT" 2>/dev/null && return
+        kill -0 "$service" 2>/dev/null || break
+        sleep 0.1
+    done
+    echo "The service does not answer on port $PORT." >&2
+    exit 1
+}
+
+show_session() {
+    echo "== A session on 127.0.0.1:$PORT  (> sent, < received; lines without id are notifications)"
+    rpc_show_notification ipodConnectionNotification 15
+    rpc_wait_until '{"jsonrpc":"2.0","method":"getHasPlayableData","id":"ready"}' '"hasPlayableData":true' 15
+    rpc_show getBrowseList
+    rpc_show play
+    rpc_show_notification trackInfoNotification 5
+    rpc_show getCurrentTrackInfo
+    rpc_show next
+    rpc_show_notification trackInfoNotification 5
+    rpc_show_notification trackTimeNotification 5
+    rpc_show pause
+    rpc_show_notification trackPausedNotification 5
+    rpc_show playPause
+    rpc_show_notification trackPausedNotification 5
+}
+
+parse_arguments "$@"
+build
+make_music
+start_service
+show_session
+cat <<END
+== The service is up on 127.0.0.1:$PORT. In another shell, for example:
+
+     exec 3<>/dev/tcp/127.0.0.1/$PORT
+     echo '{"jsonrpc":"2.0","method":"playPause","id":1}' >&3; head -n 3 <&3
+
+   Its log: $([ $confined = yes ] && echo "$STATE/home" || echo /home/root)/ipod.log
+   The player's control socket: $STATE/control
+   Ctrl-C stops it.
+END
+while kill -0 "$service" 2>/dev/null; do
+    # The shell reads on, so that the service never waits for this client.
+    rpc_discard 1
+done
+wait "$shell_job"
