@@ -1,3 +1,5 @@
+#include <functional>
+
 #include "tests/IpodService/BrowseFixture.h"
 
 namespace {
@@ -95,7 +97,7 @@ TEST_F(BrowseModel, EmptiesTheStackWithEverySessionCallThatFails) {
     for (const auto operation :
          {&IpodManager::ResetDatabase, &IpodManager::OpenBrowseSession, &IpodManager::CloseBrowseSession}) {
         Enter(Category::kArtist);
-        EXPECT_EQ((manager.*operation)(), -43);
+        EXPECT_EQ(std::invoke(operation, manager), -43);
         EXPECT_EQ(manager.BrowseOneLevelBack(), 1);
     }
     EXPECT_NE(manager.State(), ConnectionState::BrowseReady);

@@ -2,10 +2,36 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <regex>
 #include <sstream>
 
 #include "ServiceUtil/Logger.h"
+
+namespace {
+
+constexpr std::size_t kTimeLength = sizeof "[2026-01-31 23:59:59]" - 1;
+constexpr std::size_t kTagLength = sizeof "[INFO ]" - 1;
+
+// Whether an entry begins here: "[time][LEVEL][file:line]\n\t".
+bool IsEntry(std::string_view text) {
+    return text.size() > kTimeLength + kTagLength && text[0] == '[' && text[5] == '-' && text[14] == ':' &&
+           text[kTimeLength - 1] == ']' && text[kTimeLength] == '[' &&
+           text[kTimeLength + kTagLength - 1] == ']' && text[kTimeLength + kTagLength] == '[';
+}
+
+std::string Messages(std::string_view log) {
+    std::string messages;
+    for (std::size_t at = 0; at < log.size();) {
+        if (!IsEntry(log.substr(at))) {
+            messages += log[at++];
+            continue;
+        }
+        messages.append(log.substr(at + kTimeLength, kTagLength)).append(" ");
+        at = log.find("\n\t", at) + 2;
+    }
+    return messages;
+}
+
+}  // namespace
 
 void RecordedNotifications::Record(std::string text) {
     const std::lock_guard lock(m_mutex);
@@ -68,8 +94,7 @@ std::string CapturedLog::Take() {
     all << stream.rdbuf();
     const std::string text = all.str().substr(m_taken);
     m_taken += text.size();
-    static const std::regex header(R"(\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\](\[[A-Z ]+\])\[[^\]]*:\d+\]\n\t)");
-    return std::regex_replace(text, header, "$1 ");
+    return Messages(text);
 }
 
 ScratchFolder::ScratchFolder() {

@@ -1,0 +1,83 @@
+// The files that stand for a sound card: what the player sends, what was played, and whether the card is
+// there. They lie in the folder that DEVICE_SIMULATOR_AUDIO names when a device is opened; without it the
+// player sends silence and what is played goes nowhere.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+
+namespace DeviceSimulator {
+
+constexpr std::uint32_t kSoundChannels = 2;
+constexpr std::size_t kFrameBytes = kSoundChannels * 2;  ///< 16 bits a sample
+
+class FileDescriptor {
+  public:
+    explicit FileDescriptor(int descriptor = -1) : m_descriptor(descriptor) {}
+    ~FileDescriptor();
+    FileDescriptor(FileDescriptor&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
+    FileDescriptor& operator=(FileDescriptor&& other) noexcept {
+        std::swap(m_descriptor, other.m_descriptor);
+        return *this;
+    }
+
+    bool IsOpen() const { return m_descriptor >= 0; }
+    int Get() const { return m_descriptor; }
+
+  private:
+    int m_descriptor;
+};
+
+/// A path in the folder of the sound files, empty without such a folder.
+std::string SoundFilePath(const char* name);
+
+bool SoundFileExists(const std::string& path);
+
+/// The one rate that the player sends at, from "capture.rate": 44,100 Hz when that file says nothing
+/// sensible.
+std::uint32_t ReadCaptureRate();
+
+/// "capture.pcm", a file or a FIFO of S16LE stereo frames.
+class CaptureFile {
+  public:
+    CaptureFile();
+
+    /// Fills `frames` frames: with what there is to read now, then with silence. Never blocks.
+    void Read(void* into, std::size_t frames);
+
+  private:
+    std::size_t ReadBytes(char* into, std::size_t size);
+
+    std::string m_path;
+    FileDescriptor m_file;
+    std::array<char, kFrameBytes> m_partial{};  ///< of a frame whose rest has not come yet
+    std::size_t m_partialSize = 0;
+};
+
+/// "playback.wav": what has been played since the device was last set up.
+class PlaybackFile {
+  public:
+    PlaybackFile();
+    ~PlaybackFile();
+    PlaybackFile(const PlaybackFile&) = delete;
+    PlaybackFile& operator=(const PlaybackFile&) = delete;
+
+    /// Starts the file over. `rate` in Hz.
+    void Begin(std::uint32_t rate);
+    /// What cannot be written is lost, as it is to a loudspeaker.
+    void Write(const void* from, std::size_t frames);
+
+  private:
+    void StartOver();
+    void WriteHeader();
+
+    std::string m_path;
+    FileDescriptor m_file;
+    std::uint32_t m_rate = 0;
+    std::uint32_t m_dataBytes = 0;
+};
+
+}  // namespace DeviceSimulator
