@@ -18,7 +18,7 @@ Result DeliverPicture(const Picture* picture, std::span<std::uint8_t> block, Pic
     if (room > written) {
         std::fill_n(end, room - written, std::uint8_t{0});
     }
-    size = PictureSize{picture->height, picture->width};
+    size = PictureSize{picture->width, picture->height};
     return kSuccess;
 }
 

@@ -9,11 +9,6 @@
 
 namespace DeviceSimulator {
 
-struct PictureSize {
-    std::uint32_t height = 0;
-    std::uint32_t width = 0;
-};
-
 /// Writes `picture` (null: the track has none) to the start of `block` and zeros behind it, as far as its
 /// size or the block goes. `size` is written on success only.
 Result DeliverPicture(const Picture* picture, std::span<std::uint8_t> block, PictureSize& size);

@@ -1,9 +1,10 @@
 // The C functions for the database and for browsing.
 //
 // A list of a large library may take a while to make, so none is made under the model's lock.
+#include "DeviceSimulator/Exports.h"
+
 #include <algorithm>
 
-#include "DeviceSimulator/Exports.h"
 #include "DeviceSimulator/Gate.h"
 #include "DeviceSimulator/Text.h"
 

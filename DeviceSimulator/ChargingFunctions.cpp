@@ -1,8 +1,9 @@
 // The C functions for charging, volume and the playing application.
+#include "DeviceSimulator/Exports.h"
+
 #include <cstdlib>
 #include <cstring>
 
-#include "DeviceSimulator/Exports.h"
 #include "DeviceSimulator/Gate.h"
 
 using namespace DeviceSimulator;

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 
+#include "DeviceSimulator/ArtworkVariant.h"
 #include "DeviceSimulator/ControlFields.h"
 #include "DeviceSimulator/DeviceEvents.h"
 #include "DeviceSimulator/Engine.h"
@@ -113,6 +114,19 @@ Json::Value Delay(ControlFields& fields, const IsAborted&) {
     return Success();
 }
 
+Json::Value Artwork(ControlFields& fields, const IsAborted&) {
+    const auto variant = FindArtworkVariant(fields.Text("variant", "as-is"));
+    const std::chrono::milliseconds inProgress{fields.Number("inProgress", 0)};
+    if (!variant) {
+        fields.Complain("variant", "must be one of " + std::string(ArtworkVariantWords()));
+    }
+    if (!fields.Error().empty()) {
+        return Failure(fields.Error());
+    }
+    Engine::Instance().Scripts().SetArtwork({*variant, inProgress});
+    return Success();
+}
+
 Json::Value Event(ControlFields& fields, const IsAborted&) {
     const std::vector<std::uint32_t> words = fields.Numbers("words");
     const std::vector<std::string> texts = fields.Texts("texts");
@@ -206,15 +220,16 @@ struct Command {
     Json::Value (*run)(ControlFields&, const IsAborted&);
 };
 
-constexpr std::array<Command, 9> kCommands{{{"calls", {"call"}, Calls},
-                                            {"clear", {"what"}, Clear},
-                                            {"delay", {"call", "milliseconds", "times"}, Delay},
-                                            {"devices", {}, Devices},
-                                            {"event", {"words", "texts"}, Event},
-                                            {"fail", {"call", "code", "times"}, Fail},
-                                            {"plug", {"type", "handle", "name", "product", "vendor"}, Plug},
-                                            {"unplug", {"handle"}, Unplug},
-                                            {"wait", {"call", "times", "timeout"}, Wait}}};
+constexpr std::array<Command, 10> kCommands{{{"artwork", {"variant", "inProgress"}, Artwork},
+                                             {"calls", {"call"}, Calls},
+                                             {"clear", {"what"}, Clear},
+                                             {"delay", {"call", "milliseconds", "times"}, Delay},
+                                             {"devices", {}, Devices},
+                                             {"event", {"words", "texts"}, Event},
+                                             {"fail", {"call", "code", "times"}, Fail},
+                                             {"plug", {"type", "handle", "name", "product", "vendor"}, Plug},
+                                             {"unplug", {"handle"}, Unplug},
+                                             {"wait", {"call", "times", "timeout"}, Wait}}};
 
 /// False with what is wrong in `error`.
 bool Parse(std::string_view line, Json::Value& command, std::string& error) {

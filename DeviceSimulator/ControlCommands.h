@@ -18,12 +18,15 @@
 //       "times"     for ever
 //   {"command":"event","words":[8,61000]}
 //       "texts"     none; packed one after another
+//   {"command":"artwork"}                what becomes of every track's cover
+//       "variant"   "as-is" (default), "none", "truncated", "not-jpeg", "narrow", "huge", "limit"
+//       "inProgress" 0; milliseconds from a track's beginning during which its cover is being fetched
 //   {"command":"calls"}                  answers the "calls" that were made, oldest first
 //       "call"      all functions
 //   {"command":"wait","call":"eDevMgriPodPlay"}   answers once the call has begun, since the last clear
 //       "times"     1
 //       "timeout"   5000 (milliseconds, at most 600000)
-//   {"command":"clear"}                  forgets the calls and takes fail and delay back
+//   {"command":"clear"}                  forgets the calls and takes fail, delay and artwork back
 //       "what"      only "calls", or only "scripts"
 #pragma once
 

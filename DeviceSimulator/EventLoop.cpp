@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "DeviceSimulator/CaptureRate.h"
 #include "DeviceSimulator/Thread.h"
 
 namespace DeviceSimulator {
@@ -71,6 +72,12 @@ void EventLoop::Run() {
 }
 
 void EventLoop::Deliver(std::unique_lock<std::mutex>& lock, const PendingEvent& pending) {
+    if (pending.instance != 0 && pending.event.words[0] == kSampleRate) {
+        // Whoever hears of the new rate opens the device again at once, and has to find it there.
+        lock.unlock();
+        SetCaptureRate(pending.event.words[1]);
+        lock.lock();
+    }
     for (const std::uint32_t process : m_model.Targets(pending)) {
         // A callback before this one may have deregistered it.
         const DeviceEventCallback callback = m_model.Processes().Callback(process);

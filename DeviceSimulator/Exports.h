@@ -1,4 +1,5 @@
-// DeviceManager.h with its functions made visible outside of the library.
+// DeviceManager.h with its functions made visible outside of the library. Included first: what comes before
+// it and declares them too would leave them hidden.
 #pragma once
 
 #pragma GCC visibility push(default)

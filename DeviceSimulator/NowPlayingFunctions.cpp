@@ -1,8 +1,10 @@
 // The C functions that tell what plays.
+#include "DeviceSimulator/Exports.h"
+
 #include <algorithm>
 
 #include "DeviceSimulator/Artwork.h"
-#include "DeviceSimulator/Exports.h"
+#include "DeviceSimulator/ArtworkVariant.h"
 #include "DeviceSimulator/Gate.h"
 #include "DeviceSimulator/Text.h"
 
@@ -14,6 +16,7 @@ namespace {
 struct PlayingTrack {
     std::shared_ptr<const Library> library;
     u32 number = 0;
+    TimePoint began;
 };
 
 Result FindPlayingTrack(const Device& device, PlayingTrack& track) {
@@ -21,25 +24,29 @@ Result FindPlayingTrack(const Device& device, PlayingTrack& track) {
     if (device.player.State() == PlayState::Stopped) {
         return kNotPlaying;
     }
-    track = {queue.Music(), queue.TrackAt(queue.Position())};
+    track = {queue.Music(), queue.TrackAt(queue.Position()), device.player.TrackBegan()};
     return kSuccess;
 }
 
 /// A cover may have to be drawn first, so it is fetched without the model's lock.
 Result DeliverAlbumArt(Engine& engine, u32 ph, u32 dh, u32 block, PictureSize& size) {
     PlayingTrack track;
-    const Result result = engine.Loop().Locked([&](Model& model, TimePoint) {
+    const ArtworkScript script = engine.Scripts().Artwork();
+    const Result result = engine.Loop().Locked([&](Model& model, TimePoint now) {
         Device* device = nullptr;
         const Result found = model.FindPlayer(ph, dh, device);
         if (found != kSuccess) {
             return found;
         }
-        return model.Memory(ph, block).empty() ? kWrongSharedMemory : FindPlayingTrack(*device, track);
+        const Result playing =
+            model.Memory(ph, block).empty() ? kWrongSharedMemory : FindPlayingTrack(*device, track);
+        return playing == kSuccess && now - track.began < script.inProgress ? kArtworkInProgress : playing;
     });
     if (result != kSuccess) {
         return result;
     }
-    const auto cover = track.library->Cover(track.number);
+    const auto cover = ApplyArtworkVariant(script.variant, track.library->Cover(track.number),
+                                           track.library->Track(track.number));
     return engine.Loop().Locked([&](Model& model, TimePoint) {
         // The block may have been given back meanwhile.
         const auto bytes = model.Memory(ph, block);

@@ -6,6 +6,13 @@
 
 namespace DeviceSimulator {
 
+/// In pixels.
+struct PictureSize {
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    bool operator==(const PictureSize&) const = default;
+};
+
 /// JPEG bytes with the size that they decode to, in pixels. bytes.size() <= width * height * 2.
 struct Picture {
     std::vector<std::uint8_t> bytes;

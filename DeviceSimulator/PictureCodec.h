@@ -17,12 +17,6 @@ constexpr std::uint32_t kMaxCoverSide = 640;
 /// Pictures that claim more pixels are refused: what they would need to be decoded is not worth a cover.
 constexpr std::uint64_t kMaxPixels = 32U << 20;
 
-struct PictureSize {
-    std::uint32_t width = 0;
-    std::uint32_t height = 0;
-    bool operator==(const PictureSize&) const = default;
-};
-
 /// Rows of red, green, blue, without padding.
 struct RgbImage {
     RgbImage() = default;

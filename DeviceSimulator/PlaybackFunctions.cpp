@@ -1,5 +1,6 @@
 // The C functions that lead the player.
 #include "DeviceSimulator/Exports.h"
+
 #include "DeviceSimulator/Gate.h"
 
 using namespace DeviceSimulator;

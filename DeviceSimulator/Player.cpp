@@ -237,6 +237,7 @@ void Player::SetState(PlayState state, TimePoint now) {
 
 void Player::BeginTrack(std::uint32_t position, TimePoint now) {
     m_queue.SetPosition(position);
+    m_trackBegan = now;
     MoveTo(0ns, now);
     Tell(kTrackChanged);
     const std::uint32_t rate = m_queue.InfoAt(position).sampleRate;

@@ -55,6 +55,8 @@ class Player {
 
     PlayState State() const { return m_state; }
     const PlayQueue& Queue() const { return m_queue; }
+    /// When the current track began, from its start or anew.
+    TimePoint TrackBegan() const { return m_trackBegan; }
     std::uint32_t ElapsedMs(TimePoint now) const;
     std::uint32_t TotalMs() const;
 
@@ -81,6 +83,7 @@ class Player {
     Nanoseconds m_position{0};  // at m_since
     TimePoint m_since{};
     TimePoint m_nextTick{};
+    TimePoint m_trackBegan{};
     std::uint32_t m_toldSampleRate = 0;
     std::vector<PlayerEvent> m_events;
 };

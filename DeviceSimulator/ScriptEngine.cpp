@@ -28,9 +28,20 @@ void ScriptEngine::Delay(FunctionId function, std::chrono::milliseconds time, st
     m_scripts[IndexOf(function)].delayTimes = times;
 }
 
+void ScriptEngine::SetArtwork(ArtworkScript script) {
+    const std::lock_guard lock(m_mutex);
+    m_artwork = script;
+}
+
+ArtworkScript ScriptEngine::Artwork() {
+    const std::lock_guard lock(m_mutex);
+    return m_artwork;
+}
+
 void ScriptEngine::Clear() {
     const std::lock_guard lock(m_mutex);
     m_scripts = {};
+    m_artwork = {};
     ++m_generation;
     m_cleared.notify_all();
 }

@@ -9,8 +9,14 @@
 #include <optional>
 
 #include "DeviceSimulator/FunctionId.h"
+#include "DeviceSimulator/Simulator.h"
 
 namespace DeviceSimulator {
+
+struct ArtworkScript {
+    ArtworkVariant variant = ArtworkVariant::AsIs;
+    std::chrono::milliseconds inProgress{0};
+};
 
 /// Every member may be called from any thread.
 class ScriptEngine {
@@ -19,6 +25,8 @@ class ScriptEngine {
     /// runs out.
     void Fail(FunctionId function, std::uint32_t code, std::uint32_t times);
     void Delay(FunctionId function, std::chrono::milliseconds time, std::uint32_t times);
+    void SetArtwork(ArtworkScript script);
+    ArtworkScript Artwork();
     /// Also releases the calls that are being delayed.
     void Clear();
 
@@ -39,6 +47,7 @@ class ScriptEngine {
     std::condition_variable m_cleared;
     std::uint64_t m_generation = 0;
     std::array<Script, kFunctionCount> m_scripts{};
+    ArtworkScript m_artwork;
 };
 
 }  // namespace DeviceSimulator

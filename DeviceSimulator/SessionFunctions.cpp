@@ -1,7 +1,8 @@
 // The C functions for processes, their memory and the devices.
+#include "DeviceSimulator/Exports.h"
+
 #include <algorithm>
 
-#include "DeviceSimulator/Exports.h"
 #include "DeviceSimulator/Gate.h"
 #include "DeviceSimulator/Text.h"
 

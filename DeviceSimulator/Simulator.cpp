@@ -52,6 +52,10 @@ bool Simulator::Delay(std::string_view name, std::chrono::milliseconds time, std
     return function.has_value();
 }
 
+void Simulator::SetArtwork(ArtworkVariant variant, std::chrono::milliseconds inProgress) {
+    m_state->Started().Scripts().SetArtwork({variant, inProgress});
+}
+
 void Simulator::ClearScripts() {
     m_state->Started().Scripts().Clear();
 }

@@ -38,6 +38,17 @@ struct DeviceDescription {
     std::optional<std::uint32_t> vendorId;
 };
 
+/// What becomes of every track's cover.
+enum class ArtworkVariant {
+    AsIs,
+    None,       ///< the track has no cover
+    Truncated,  ///< a JPEG cut in the middle
+    NotJpeg,    ///< bytes that are no picture, reported as 640 x 640
+    Narrow,     ///< 90 x 480 pixels
+    Huge,       ///< 2000 x 2000 pixels
+    Limit,      ///< 320 x 320 pixels: the highest that the service passes on as it stands
+};
+
 /// How the model runs. The defaults are those of a real player.
 struct SimulatorOptions {
     std::chrono::milliseconds plugDelay{300};  ///< from registration to the device that is there at start
@@ -76,7 +87,9 @@ class DEVICE_SIMULATOR_API Simulator {
     bool Fail(std::string_view name, std::uint32_t code, std::uint32_t times = kForEver);
     /// Makes the next `times` calls of `name` take that long before they do their work.
     bool Delay(std::string_view name, std::chrono::milliseconds time, std::uint32_t times = kForEver);
-    /// Takes back what Fail and Delay asked for.
+    /// Makes every cover such a one, and has it "in progress" (code 105) for that long after a track begins.
+    void SetArtwork(ArtworkVariant variant, std::chrono::milliseconds inProgress = {});
+    /// Takes back what Fail, Delay and SetArtwork asked for.
     void ClearScripts();
     /// Replaces the stand-ins, all at once. What Fail asks for goes before them.
     void SetStandIns(StandIns standIns);

@@ -29,6 +29,7 @@ enum Result : std::uint32_t {
     kNotPlaying = 74,
     kInvalidIndex = 100,
     kDatabaseBuildInProgress = 103,
+    kArtworkInProgress = 105,
     kUnknownFailure = 106
 };
 

@@ -21,6 +21,9 @@ inline constexpr unsigned kBatchRequests = 1024;
 /// error and not executed: a small batch of requests for pictures must not eat the unit's memory.
 inline constexpr std::size_t kBatchReplyBytes = std::size_t{16} * 1024 * 1024;
 
+/// After a reply of so many bytes the memory that it took is given back to the system.
+inline constexpr std::size_t kTrimReplyBytes = std::size_t{1024} * 1024;
+
 /// Clients connected at a time; the next one is accepted and closed at once.
 inline constexpr std::size_t kClients = 256;
 

@@ -2,6 +2,7 @@
 
 #include <arpa/inet.h>
 #include <fcntl.h>
+#include <malloc.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
@@ -201,7 +202,7 @@ void TcpServer::Dispatch(const Client& client) {
             client->phase = client->phase == Phase::Ended ? Phase::Finished : client->phase;
             return;
         }
-        if (SendResponse(client, Answer(*text)) < 0) {
+        if (!Reply(client, *text)) {
             return;
         }
         if (text->kind == FramedText::Kind::TooLong) {
@@ -212,6 +213,18 @@ void TcpServer::Dispatch(const Client& client) {
         }
     }
     client->hasBacklog = true;
+}
+
+/// False when the client did not take it.
+bool TcpServer::Reply(const Client& client, const FramedText& text) {
+    std::string reply = Answer(text);
+    const bool isTaken = SendResponse(client, reply) >= 0;
+    if (reply.size() >= Limits::kTrimReplyBytes) {
+        // A long list is built of hundreds of thousands of small blocks, which the allocator would keep.
+        std::string().swap(reply);
+        ::malloc_trim(0);
+    }
+    return isTaken;
 }
 
 void TcpServer::Discard(ClientConnection& client) {

@@ -72,6 +72,7 @@ class TcpServer : public Server {
     void Serve(const Client& client);
     void Receive(ClientConnection& client);
     void Dispatch(const Client& client);
+    bool Reply(const Client& client, const FramedText& text);
     void Discard(ClientConnection& client);
     void RemoveFinished();
     void AcceptClients();

@@ -16,6 +16,9 @@ BUILD=$PWD/build/demo
 STATE=$BUILD/state # what the demo writes: the service's /home/root, the music that it makes
 PORT=8883
 
+# The simulated sound card: what the player sends, what came out of the unit.
+export ALSA_CONFIG_PATH=$BUILD/DeviceSimulator/alsa/asound.conf DEVICE_SIMULATOR_AUDIO=$STATE/sound
+
 confined=yes
 music=
 service= # process to signal
@@ -54,6 +57,21 @@ make_music() {
     fi
     music=$(cd "$music" && pwd)
     echo "== The player holds the music of $music"
+}
+
+# Half a minute of a 441 Hz tone at 44,100 Hz, for the player to send: stereo, 100 frames a period.
+make_tone() {
+    mkdir -p "$DEVICE_SIMULATOR_AUDIO"
+    local tone=$DEVICE_SIMULATOR_AUDIO/capture.pcm period="" doubled i
+    [ ! -f "$tone" ] || return 0
+    period=$(awk 'BEGIN { for (i = 0; i < 100; ++i) {
+        v = int(8000 * sin(i * 6.2831853 / 100)); if (v < 0) v += 65536
+        b = sprintf("\\%03o\\%03o", v % 256, v / 256); printf "%s%s", b, b } }')
+    printf '%b' "${period//\\/\\0}" >"$tone.new"
+    for ((i = 0; i < 14; ++i)); do
+        cat "$tone.new" "$tone.new" >"$tone.doubled" && mv "$tone.doubled" "$tone.new"
+    done
+    mv "$tone.new" "$tone"
 }
 
 explain_unconfined() {
@@ -131,17 +149,51 @@ start_service() {
     exit 1
 }
 
+# The level of the last half second that came out of the unit, in per cent of full scale.
+show_sound_level() {
+    tail -c 88200 "$DEVICE_SIMULATOR_AUDIO/playback.wav" | od -An -v -t d2 | awk '
+        { for (i = 1; i <= NF; ++i) { v = $i < 0 ? -$i : $i; if (v > top) top = v } }
+        END { printf "   # what came out of the unit: peak level %.1f %% of full scale\n", top / 327.68 }'
+}
+
+# The root, the songs, where the next initial begins, a filter.
+show_browsing() {
+    rpc_show getBrowseList
+    rpc_show selectBrowseItem '{"itemId":32}'
+    rpc_show getBrowseList '{"startIndex":0,"itemCount":3}'
+    rpc_show getNextAlphaNumericIndex '{"startIndex":0}'
+    rpc_show filterBrowseList '{"searchText":"an"}'
+    rpc_show getBrowseList '{"startIndex":0,"itemCount":3}'
+    rpc_show resetBrowseList
+}
+
+show_picture() {
+    rpc_show getCurrentAlbumArt
+    local bytes
+    bytes=$(sed -n 's/.*"albumArt":"\([^"]*\)".*/\1/p' <<<"$RPC_SEEN" | tail -n 1 | base64 -d 2>/dev/null | wc -c)
+    echo "   # a picture of $bytes bytes"
+}
+
+show_sound() {
+    rpc_show start
+    rpc_collect 2
+    show_sound_level
+    rpc_show stop
+}
+
 show_session() {
     echo "== A session on 127.0.0.1:$PORT  (> sent, < received; lines without id are notifications)"
     rpc_show_notification ipodConnectionNotification 15
     rpc_wait_until '{"jsonrpc":"2.0","method":"getHasPlayableData","id":"ready"}' '"hasPlayableData":true' 15
-    rpc_show getBrowseList
+    show_browsing
     rpc_show play
     rpc_show_notification trackInfoNotification 5
     rpc_show getCurrentTrackInfo
+    show_picture
     rpc_show next
     rpc_show_notification trackInfoNotification 5
     rpc_show_notification trackTimeNotification 5
+    show_sound
     rpc_show pause
     rpc_show_notification trackPausedNotification 5
     rpc_show playPause
@@ -151,6 +203,7 @@ show_session() {
 parse_arguments "$@"
 build
 make_music
+make_tone
 start_service
 show_session
 cat <<END

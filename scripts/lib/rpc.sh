@@ -46,6 +46,14 @@ rpc_show_until() {
     return 1
 }
 
+# rpc_collect SECONDS: shows what arrives in that time.
+rpc_collect() {
+    local line deadline=$((SECONDS + $1))
+    while [ $SECONDS -lt $deadline ]; do
+        read -r -t 1 line <&3 && rpc_show_line "$line"
+    done
+}
+
 # rpc_wait_until REQUEST TEXT SECONDS: repeats a request, unseen, until its answer holds TEXT.
 rpc_wait_until() {
     local line deadline=$((SECONDS + $3))

@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <functional>
 #include <map>
+#include <memory>
+#include <ostream>
 #include <set>
 #include <string>
 #include <thread>
@@ -51,10 +53,16 @@ unsigned char LetterOf(std::string name) {
     return static_cast<unsigned char>(c >= 'A' && c <= 'Z' ? c + 32 : c);
 }
 
-class EveryLibrary : public testing::TestWithParam<std::function<std::unique_ptr<Library>()>> {};
+struct Maker {
+    const char* name;
+    std::unique_ptr<Library> (*make)();
+    friend std::ostream& operator<<(std::ostream& out, const Maker& maker) { return out << maker.name; }
+};
+
+class EveryLibrary : public testing::TestWithParam<Maker> {};
 
 TEST_P(EveryLibrary, ListsAreSortedByLetterAndHoldEachEntryOnce) {
-    const auto library = GetParam()();
+    const auto library = GetParam().make();
     for (const std::uint32_t category : {kArtist, kAlbum, kGenre, kComposer, kTrack}) {
         const auto list = library->Items({}, category);
         ASSERT_FALSE(list->empty()) << category;
@@ -71,7 +79,7 @@ TEST_P(EveryLibrary, ListsAreSortedByLetterAndHoldEachEntryOnce) {
 }
 
 TEST_P(EveryLibrary, EachTrackIsReachedOnceThroughArtistsAndThroughAlbums) {
-    const auto library = GetParam()();
+    const auto library = GetParam().make();
     for (const std::uint32_t category : {kArtist, kAlbum}) {
         std::vector<std::uint32_t> reached;
         for (std::uint32_t i = 0; i < library->Items({}, category)->size(); ++i) {
@@ -85,7 +93,7 @@ TEST_P(EveryLibrary, EachTrackIsReachedOnceThroughArtistsAndThroughAlbums) {
 }
 
 TEST_P(EveryLibrary, ANarrowedListHoldsWhatFitsTheWholePath) {
-    const auto library = GetParam()();
+    const auto library = GetParam().make();
     for (const std::vector<std::uint32_t>& chain :
          {std::vector<std::uint32_t>{kGenre, kArtist, kAlbum}, {kComposer, kAlbum}, {kArtist, kAlbum}}) {
         std::size_t found = 0;
@@ -122,7 +130,7 @@ TEST_P(EveryLibrary, ANarrowedListHoldsWhatFitsTheWholePath) {
 }
 
 TEST_P(EveryLibrary, CoversAreWhatTheyClaimToBe) {
-    const auto library = GetParam()();
+    const auto library = GetParam().make();
     for (std::uint32_t i = 0; i < std::min<std::size_t>(40, library->Items({}, kAlbum)->size()); ++i) {
         const auto cover = library->Cover(library->Items({{kAlbum, i}}, kTrack)->front());
         if (cover) {
@@ -135,7 +143,7 @@ TEST_P(EveryLibrary, CoversAreWhatTheyClaimToBe) {
 }
 
 TEST_P(EveryLibrary, ThreadsMayAskAtTheSameTime) {
-    const auto library = GetParam()();
+    const auto library = GetParam().make();
     std::vector<std::thread> threads;
     for (std::uint32_t seed = 0; seed < 4; ++seed) {
         threads.emplace_back([&library, seed] {
@@ -154,8 +162,9 @@ TEST_P(EveryLibrary, ThreadsMayAskAtTheSameTime) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Makers, EveryLibrary,
-                         testing::Values([] { return MakeBuiltInLibrary(); },
-                                         [] { return MakeSyntheticLibrary(1200); }));
+                         testing::Values(Maker{"BuiltIn", MakeBuiltInLibrary},
+                                         Maker{"Synthetic", [] { return MakeSyntheticLibrary(1200); }}),
+                         [](const auto& instance) { return instance.param.name; });
 
 TEST(LibraryItems, WhatDoesNotExistIsAnEmptyList) {
     const auto library = MakeBuiltInLibrary();

@@ -1,0 +1,212 @@
+// Browsing a large library on the simulated player: what a page, a filter, a letter jump and the list of all
+// songs take.
+//
+//     bench_browse [tracks]     100000 when left out; the page is measured with 100 tracks as well
+
+#include <malloc.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "DeviceSimulator/Simulator.h"
+#include "IpodService/IpodManager.h"
+#include "IpodService/IpodRequestHandler.h"
+#include "JsonRpc/Text.h"
+
+namespace {
+
+using Handler = CIpodRequestHandler;
+using Method = bool (Handler::*)(const Json::Value&, Json::Value&);
+
+class Silent : public IIpodNotifications {
+  public:
+    void OnTrackInfo(bool, const NowPlayingPosition&, const TrackMetadata&, const TrackTimes&) override {}
+    void OnTrackTimes(const TrackTimes&) override {}
+    void OnTrackTime(u32) override {}
+    void OnConnection(bool) override {}
+    void OnAlbumArt(const std::string&, u32, u32, int) override {}
+    void OnTrackPaused(bool) override {}
+};
+
+/// Median in microseconds.
+double MedianTime(int repetitions, const std::function<void()>& work) {
+    std::vector<double> times;
+    for (int i = 0; i < repetitions; ++i) {
+        const auto begin = std::chrono::steady_clock::now();
+        work();
+        times.push_back(
+            std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - begin).count());
+    }
+    std::nth_element(times.begin(), times.begin() + repetitions / 2, times.end());
+    return times[static_cast<std::size_t>(repetitions / 2)];
+}
+
+/// A line of /proc/self/status, in MB.
+double StatusMegabytes(const std::string& key) {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.starts_with(key))
+            return std::strtod(line.c_str() + key.size(), nullptr) * 1024 / 1e6;
+    }
+    return 0;
+}
+
+void ResetPeak() {
+    std::ofstream("/proc/self/clear_refs") << "5";
+}
+
+/// The service's browse side over a connected player.
+class Service {
+  public:
+    Service() {
+        while (m_manager.State() != ConnectionState::BrowseReady) {
+            m_manager.UpdateConnection();
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
+
+    std::string Call(Method method, Json::Value params = {}) {
+        Json::Value request;
+        request["id"] = 1;
+        request["params"] = std::move(params);
+        Json::Value response;
+        (m_handler.*method)(request, response);
+        return Json::Rpc::ToText(response);
+    }
+    std::string Page(int start) {
+        Json::Value params;
+        params["startIndex"] = start;
+        params["itemCount"] = 50;
+        return Call(&Handler::GetBrowseList, std::move(params));
+    }
+    void EnterSongs() {
+        m_manager.ResetDatabase();
+        m_manager.BrowseTopCategory(Category::kTrack);
+    }
+    BrowseLevel& Level() { return *m_manager.CurrentBrowseLevel(); }
+    IpodManager& Manager() { return m_manager; }
+
+  private:
+    Silent m_notifications;
+    IpodManager m_manager{&m_notifications, {"/nowhere/iap2db", "/nowhere"}};
+    Handler m_handler{&m_manager};
+};
+
+double MeasurePage(Service& service) {
+    service.EnterSongs();
+    const int total = static_cast<int>(service.Level().itemCount);
+    int start = 0;
+    return MedianTime(2000, [&] {
+        start = (start + 7919) % total;
+        service.Page(start);
+    });
+}
+
+void MeasureFilter(Service& service) {
+    service.EnterSongs();
+    service.Manager().FetchLevelItems(service.Level());
+    for (const char* text : {"LANTERN", "e", "not in any name"}) {
+        const double time = MedianTime(21, [&] {
+            service.Manager().SetItemFilter("");
+            service.Manager().SetItemFilter(text);
+        });
+        std::printf("filter %-18s %6zu of %u names   %8.2f ms\n", text, service.Level().filterMatches.size(),
+                    service.Level().storedCount, time / 1000);
+    }
+}
+
+void MeasureJump(Service& service) {
+    service.EnterSongs();
+    DeviceSimulator::Simulator& simulator = DeviceSimulator::Simulator::Instance();
+    Json::Value params;
+    params["startIndex"] = 0;
+    std::string answer;
+    simulator.ClearCalls();
+    const double time =
+        MedianTime(1, [&] { answer = service.Call(&Handler::GetNextAlphaNumericIndex, params); });
+    std::int64_t largest = 0;
+    int single = 0;
+    const auto calls = simulator.Calls("eDevMgriPodGetItems");
+    for (const DeviceSimulator::CallRecord& call : calls) {
+        single += call.arguments.back() == 1;
+        largest = std::max(largest, call.arguments.back());
+    }
+    std::printf("jump from 0: %zu item calls, %d of one item, at most %lld items   %8.2f ms   %s",
+                calls.size(), single, static_cast<long long>(largest), time / 1000, answer.c_str());
+}
+
+void MeasureSongList(Service& service) {
+    service.Manager().ResetDatabase();
+    malloc_trim(0);
+    ResetPeak();
+    const double before = StatusMegabytes("VmRSS:");
+    double text = 0;
+    const double time =
+        MedianTime(1, [&] { text = static_cast<double>(service.Call(&Handler::GetSongList).size()) / 1e6; });
+    const double peak = StatusMegabytes("VmHWM:") - before;
+    const double after = StatusMegabytes("VmRSS:") - before;
+    malloc_trim(0);
+    std::printf(
+        "song list: text %.1f MB   peak %.1f MB (%.1f times the text)   after %.1f MB, trimmed %.1f MB   "
+        "%8.2f ms\n",
+        text, peak, peak / text, after, StatusMegabytes("VmRSS:") - before, time / 1000);
+}
+
+double MeasureAll(Service& service, bool pageOnly) {
+    const double page = MeasurePage(service);
+    std::printf("page of 50 out of %6u items   %8.1f us\n", service.Level().itemCount, page);
+    if (!pageOnly) {
+        MeasureFilter(service);
+        MeasureJump(service);
+        MeasureSongList(service);
+    }
+    std::fflush(stdout);
+    return page;
+}
+
+/// The simulated player reads the size of its library once a process.
+double MeasureInChild(const char* tracks, bool pageOnly) {
+    int ends[2];
+    if (pipe(ends) != 0)
+        return 0;
+    if (fork() == 0) {
+        setenv("DEVICE_SIMULATOR_TRACKS", tracks, 1);
+        setenv("DEVICE_SIMULATOR_DEVICE", "iap", 1);
+        CLogger::Instance().Open("/dev/null");
+        CLogger::Instance().SetLevel(LogLevel::kInfo);
+        double page = 0;
+        // Not on the main thread, whose heap is another kind.
+        std::thread([&] {
+            Service service;
+            page = MeasureAll(service, pageOnly);
+        }).join();
+        _exit(write(ends[1], &page, sizeof page) == sizeof page ? 0 : 1);
+    }
+    double page = 0;
+    close(ends[1]);
+    if (read(ends[0], &page, sizeof page) != sizeof page)
+        page = 0;
+    close(ends[0]);
+    wait(nullptr);
+    return page;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const double small = MeasureInChild("100", true);
+    const double large = MeasureInChild(argc > 1 ? argv[1] : "100000", false);
+    if (small <= 0 || large <= 0)
+        return 1;
+    std::printf("page out of the large library / out of 100: %.2f\n", large / small);
+    return 0;
+}
