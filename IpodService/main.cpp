@@ -1,6 +1,7 @@
 // The service's process: log, command line, request server, main loop, and the way down again.
 
 #include <gst/gst.h>
+#include <malloc.h>
 
 #include <string>
 #include <system_error>
@@ -16,6 +17,7 @@ namespace {
 
 constexpr const char* kLogPath = "/home/root/ipod.log";
 constexpr u16 kPort = 8883;
+constexpr int kLargeBlockBytes = 1024 * 1024;
 
 // Without a server thread the process still runs its main loop until a signal.
 std::thread StartServerThread(CIpodRequestServer& server) {
@@ -40,6 +42,10 @@ void RunUntilSignal(CIpodRequestServer& server, int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // Large blocks (the items of a long list, its answer) go back to the system when they are freed. Without
+    // this the allocator keeps them after the first one.
+    mallopt(M_MMAP_THRESHOLD, kLargeBlockBytes);
+
     CLogger& logger = CLogger::Instance();
     // A file that cannot be opened leaves the log on standard output.
     logger.Open(kLogPath);
