@@ -227,6 +227,7 @@ class IpodManager {
                    BrowseItem* into);
 
     i32 FastForwardRewind(bool start, u32 direction);
+    i32 ReadMode(DeviceCall call, u32 (*function)(u32, u32, u32*)) const;
     bool PlayStatusIsDue();
 
     AlbumArtResult ReadAlbumArt();

@@ -14,18 +14,16 @@ constexpr i32 kMinMilliamps = 500;
 constexpr i32 kMaxMilliamps = 1000;
 constexpr i32 kMaxVolume = 255;
 
-// A mode that was read, or the failure's outcome in its place.
-i32 ModeOrOutcome(u32 code, u32 mode) {
+}  // namespace
+
+i32 IpodManager::ReadMode(DeviceCall call, u32 (*function)(u32, u32, u32*)) const {
+    u32 mode = 0;
+    const u32 code = OnDevice(call.RepeatedWhileBusy(kSettingBusyPause), function, &mode);
     return code == ResultCode::kSuccess ? static_cast<i32>(mode) : Outcome(code);
 }
 
-}  // namespace
-
 i32 IpodManager::GetShuffle() {
-    u32 mode = 0;
-    const u32 code = OnDevice(DeviceCall("eDevMgriPodGetShuffleSetting").RepeatedWhileBusy(kSettingBusyPause),
-                              eDevMgriPodGetShuffleSetting, &mode);
-    return ModeOrOutcome(code, mode);
+    return ReadMode(DeviceCall("eDevMgriPodGetShuffleSetting"), eDevMgriPodGetShuffleSetting);
 }
 
 i32 IpodManager::SetShuffle(u32 mode) {
@@ -36,10 +34,7 @@ i32 IpodManager::SetShuffle(u32 mode) {
 }
 
 i32 IpodManager::GetRepeat() {
-    u32 mode = 0;
-    const u32 code = OnDevice(DeviceCall("eDevMgriPodGetRepeatSetting").RepeatedWhileBusy(kSettingBusyPause),
-                              eDevMgriPodGetRepeatSetting, &mode);
-    return ModeOrOutcome(code, mode);
+    return ReadMode(DeviceCall("eDevMgriPodGetRepeatSetting"), eDevMgriPodGetRepeatSetting);
 }
 
 i32 IpodManager::SetRepeat(u32 mode) {

@@ -54,10 +54,6 @@ void FailThoseThatWaitForClients(std::span<PendingSend> sends) {
 
 }  // namespace
 
-void SendBudget::Use(std::chrono::nanoseconds waited) {
-    m_left -= std::min(waited, m_left);
-}
-
 PendingSend::PendingSend(std::shared_ptr<ClientConnection> client, std::string_view text)
     : m_client(std::move(client)), m_turn(m_client->SendTurn(), std::defer_lock), m_left(text) {}
 
@@ -108,11 +104,8 @@ int PendingSend::Fd() const {
     return m_client->Fd();
 }
 
-std::chrono::nanoseconds Complete(std::span<PendingSend> sends, const SendPatience& patience) {
+void Complete(std::span<PendingSend> sends, const SendPatience& patience) {
     AdvanceAll(sends);
-    if (!AnyUnderWay(sends)) {
-        return std::chrono::nanoseconds::zero();
-    }
     const Clock::time_point start = Clock::now();
     Clock::time_point lastSent = start;
     while (AnyUnderWay(sends)) {
@@ -130,7 +123,6 @@ std::chrono::nanoseconds Complete(std::span<PendingSend> sends, const SendPatien
             lastSent = Clock::now();
         }
     }
-    return Clock::now() - start;
 }
 
 }  // namespace Json::Rpc

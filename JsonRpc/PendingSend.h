@@ -7,24 +7,9 @@
 #include <span>
 #include <string_view>
 
-#include "JsonRpc/Limits.h"
-
 namespace Json::Rpc {
 
 class ClientConnection;
-
-/// A time allowance that several sends use up one after the other. Only waiting for clients counts. One
-/// thread.
-class SendBudget {
-  public:
-    explicit SendBudget(std::chrono::milliseconds total = Limits::kBroadcastWait) : m_left(total) {}
-
-    std::chrono::nanoseconds Left() const { return m_left; }
-    void Use(std::chrono::nanoseconds waited);
-
-  private:
-    std::chrono::nanoseconds m_left;
-};
 
 /// How long clients may keep a message waiting: in all, and without a byte being taken.
 struct SendPatience {
@@ -68,8 +53,7 @@ class PendingSend {
     State m_state = State::NeedsTurn;
 };
 
-/// Brings every message to Done or Failed, waiting for all the clients at the same time. Returns how long it
-/// waited.
-std::chrono::nanoseconds Complete(std::span<PendingSend> sends, const SendPatience& patience);
+/// Brings every message to Done or Failed, waiting for all the clients at the same time.
+void Complete(std::span<PendingSend> sends, const SendPatience& patience);
 
 }  // namespace Json::Rpc

@@ -17,6 +17,7 @@
 #include "JsonRpc/ClientConnection.h"
 #include "JsonRpc/Limits.h"
 #include "JsonRpc/MessageScanner.h"
+#include "JsonRpc/PendingSend.h"
 
 namespace Json::Rpc {
 
@@ -64,16 +65,10 @@ int OpenSpareDescriptor() {
     return ::open("/dev/null", O_RDONLY | O_CLOEXEC);
 }
 
-ssize_t SendOne(std::shared_ptr<ClientConnection> client, std::string_view text, const SendPatience& patience,
-                std::chrono::nanoseconds& waited) {
-    PendingSend send(std::move(client), text);
-    waited = Complete({&send, 1}, patience);
-    return send.GetState() == PendingSend::State::Done ? static_cast<ssize_t>(text.size()) : -1;
-}
-
 ssize_t SendResponse(std::shared_ptr<ClientConnection> client, std::string_view text) {
-    std::chrono::nanoseconds waited{};
-    return SendOne(std::move(client), text, kResponsePatience, waited);
+    PendingSend send(std::move(client), text);
+    Complete({&send, 1}, kResponsePatience);
+    return send.GetState() == PendingSend::State::Done ? static_cast<ssize_t>(text.size()) : -1;
 }
 
 }  // namespace
@@ -319,17 +314,6 @@ TcpServer::Client TcpServer::FindClient(int fd) const {
 ssize_t TcpServer::Send(int fd, std::string_view text) {
     Client client = FindClient(fd);
     return client ? SendResponse(std::move(client), text) : -1;
-}
-
-ssize_t TcpServer::Send(int fd, std::string_view text, SendBudget& budget) {
-    Client client = FindClient(fd);
-    if (!client) {
-        return -1;
-    }
-    std::chrono::nanoseconds waited{};
-    const ssize_t sent = SendOne(std::move(client), text, {budget.Left(), budget.Left()}, waited);
-    budget.Use(waited);
-    return sent;
 }
 
 std::size_t TcpServer::Broadcast(std::string_view text) {

@@ -11,7 +11,6 @@
 #include <string_view>
 #include <vector>
 
-#include "JsonRpc/PendingSend.h"
 #include "JsonRpc/Server.h"
 
 namespace Json::Rpc {
@@ -50,10 +49,6 @@ class TcpServer : public Server {
     /// not take all of it within the limits of a response, in which case it has been disconnected. Any
     /// thread.
     ssize_t Send(int fd, std::string_view text);
-
-    /// The same with a time budget that several sends share. A client with room for the text gets it even
-    /// when nothing of the budget is left. Any thread.
-    ssize_t Send(int fd, std::string_view text, SendBudget& budget);
 
     /// Sends the text to all clients at the same time, so that a slow one takes none of the others' time;
     /// those that did not take all of it within the limit of a broadcast have been disconnected. Returns how

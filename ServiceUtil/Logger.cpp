@@ -18,6 +18,7 @@ namespace {
 constinit std::atomic<std::FILE*> g_file{nullptr};
 constinit std::atomic<int> g_threshold{LogLevel::kAll};
 constinit std::atomic<int> g_fileWriters{0};
+constinit std::atomic<bool> g_ended{false};
 
 /// The stream of one entry; while it lives, the log file it names is not closed.
 class Stream {
@@ -38,6 +39,9 @@ class Stream {
     }
 
     void Write(const char* bytes, std::size_t size) const {
+        if (m_file == nullptr && g_ended.load()) {
+            return;
+        }
         std::FILE* stream = m_file != nullptr ? m_file : stdout;
         std::fwrite(bytes, 1, size, stream);
         std::fflush(stream);
@@ -103,7 +107,7 @@ CLogger& CLogger::Instance() {
 }
 
 CLogger::~CLogger() {
-    g_threshold.store(LogLevel::kOff);  // what threads still say must not spill to standard output
+    g_ended.store(true);  // what threads still say must not spill to standard output
     std::FILE* file = g_file.exchange(nullptr);
     // A thread in the middle of an entry keeps the file; the process's end closes it, and every entry is
     // flushed.

@@ -1,21 +1,30 @@
 #include "ServiceUtil/SignalHandler.h"
 
 #include <gtest/gtest.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <atomic>
 #include <csignal>
+#include <cstdlib>
+#include <deque>
 #include <functional>
 #include <thread>
 #include <utility>
 #include <vector>
 
 #include "ServiceUtil/ISignalListener.h"
+#include "ServiceUtil/Logger.h"
+
+// Read by the thread sanitizer's run time, when there is one: it would spend a second on each exit below.
+extern "C" const char* __tsan_default_options() {
+    return "atexit_sleep_ms=0";
+}
 
 namespace {
+
+constexpr int kExitOfListener = 3;  // unlike any that a sanitizer ends with
 
 class Listener : public ISignalListener {
   public:
@@ -26,136 +35,101 @@ class Listener : public ISignalListener {
     std::function<void(int)> m_onSignal;
 };
 
-TEST(SignalHandler, CallsListenersInOrderOfTheirLastRegistration) {
-    CSignalHandler& handler = CSignalHandler::Instance();
-    std::vector<int> calls;
-    Listener a([&calls](int number) { calls.push_back(number); });
-    Listener b([&calls](int number) { calls.push_back(100 + number); });
-    handler.Register(&a);
-    handler.Register(&b);
-    handler.Register(nullptr);
-    handler.Register(&a);
-    handler.Notify(7);
-    EXPECT_EQ(calls, (std::vector<int>{107, 7}));
-
-    handler.Unregister(&b);
-    handler.Unregister(&b);
-    handler.Notify(8);
-    EXPECT_EQ(calls, (std::vector<int>{107, 7, 8}));
-    handler.Unregister(&a);
-    handler.Unregister(nullptr);
+/// Lets threads meet at other points from run to run.
+void Dawdle(int turns) {
+    for (int i = 0; i < turns; ++i) {
+        std::this_thread::yield();
+    }
 }
 
-TEST(SignalHandler, ListenerMayUnregisterItselfAndOthersWhileCalled) {
-    CSignalHandler& handler = CSignalHandler::Instance();
-    int calls = 0;
-    Listener later([&calls](int) { ++calls; });
-    Listener first([&](int) {
-        ++calls;
-        handler.Unregister(&later);
-        handler.Unregister(&first);
-    });
-    handler.Register(&first);
-    handler.Register(&later);
-    handler.Notify(SIGTERM);
-    handler.Notify(SIGTERM);
-    EXPECT_EQ(calls, 1);
-}
-
-TEST(SignalHandler, UnregisterWaitsForACallUnderWay) {
-    CSignalHandler& handler = CSignalHandler::Instance();
+/// For a process of its own: a listener calls exit() while three threads log and main unregisters it or
+/// returns, which is exit(0).
+[[noreturn]] void ExitFromListener(int turns, bool mainReturns) {
+    alarm(50);  // a hang ends with SIGALRM
+    CLogger::Instance().Open("/dev/null");
+    for (int i = 0; i < 3; ++i) {
+        std::thread([] {
+            for (;;) {
+                LOG_INFO("still here\n");
+            }
+        }).detach();
+    }
     std::atomic<bool> inside{false};
-    std::atomic<bool> letGo{false};
-    std::atomic<bool> returned{false};
     Listener listener([&](int) {
         inside = true;
         inside.notify_all();
-        letGo.wait(false);
-        returned = true;
+        Dawdle(turns % 5 * 10);
+        std::exit(kExitOfListener);
     });
-    handler.Register(&listener);
-    raise(SIGINT);
+    CSignalHandler::Instance().Register(&listener);
+    kill(getpid(), SIGTERM);
     inside.wait(false);
-    std::thread release([&] {
-        usleep(20000);
-        letGo = true;
-        letGo.notify_all();
+    Dawdle(turns);
+    if (mainReturns) {
+        std::exit(0);
+    }
+    CSignalHandler::Instance().Unregister(&listener);
+    _exit(99);  // it must not come back from a listener that never does
+}
+
+TEST(SignalHandlerDeathTest, ExitFromAListenerEndsWhateverMainIsDoing) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto isEither = [](int status) {
+        return WIFEXITED(status) && (WEXITSTATUS(status) == 0 || WEXITSTATUS(status) == kExitOfListener);
+    };
+    for (int turns = 0; turns < 40; turns += 2) {
+        EXPECT_EXIT(ExitFromListener(turns, false), testing::ExitedWithCode(kExitOfListener), "");
+        EXPECT_EXIT(ExitFromListener(turns, true), isEither, "");
+    }
+}
+
+TEST(SignalHandler, CallsListenersInOrderOfTheirLastRegistration) {
+    CSignalHandler& handler = CSignalHandler::Instance();
+    std::vector<int> calls;
+    Listener later([&calls](int number) { calls.push_back(number); });
+    Listener first([&](int number) {
+        calls.push_back(100 + number);
+        if (number == 8) {
+            handler.Unregister(&later);
+            handler.Unregister(&first);
+        }
     });
-    handler.Unregister(&listener);
-    EXPECT_TRUE(returned);
-    release.join();
-}
-
-/// Starts the scenario and waits until its listener is registered; -1 on failure.
-pid_t Start(const char* scenario, int& output) {
-    std::array<int, 2> ends{};
-    if (pipe(ends.data()) != 0) {
-        return -1;
+    for (Listener* listener : {&later, &first, static_cast<Listener*>(nullptr), &later}) {
+        handler.Register(listener);
     }
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-    posix_spawn_file_actions_addclose(&actions, ends[0]);
-    std::array<char*, 3> arguments{const_cast<char*>(SIGNAL_SCENARIO), const_cast<char*>(scenario), nullptr};
-    pid_t pid = -1;
-    if (posix_spawn(&pid, SIGNAL_SCENARIO, &actions, nullptr, arguments.data(), environ) != 0) {
-        pid = -1;
+    for (const int number : {7, 8, 9}) {
+        handler.Notify(number);
     }
-    posix_spawn_file_actions_destroy(&actions);
-    close(ends[1]);
-    std::array<char, 6> ready{};
-    [[maybe_unused]] const ssize_t count = read(ends[0], ready.data(), ready.size());
-    output = ends[0];
-    return pid;
+    EXPECT_EQ(calls, (std::vector<int>{107, 7, 108}));
 }
 
-int StatusOf(pid_t pid, int output) {
-    int status = 0;
-    waitpid(pid, &status, 0);
-    close(output);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
-
-int RunWithOneSignal(const char* scenario) {
-    int output = -1;
-    const pid_t pid = Start(scenario, output);
-    kill(pid, SIGTERM);
-    return StatusOf(pid, output);
-}
-
-TEST(SignalHandlerProcess, FirstSignalEndsInOrder) {
-    for (int i = 0; i < 20; ++i) {
-        ASSERT_EQ(RunWithOneSignal("orderly"), 0);
+TEST(SignalHandler, SignalsPouringInReachNoListenerThatIsGone) {
+    CSignalHandler& handler = CSignalHandler::Instance();
+    std::atomic<bool> done{false};
+    std::thread sender([&done] {
+        while (!done) {
+            kill(getpid(), SIGTERM);
+            kill(getpid(), SIGINT);
+        }
+    });
+    // They outlive the storm, so that a call of one that is gone is seen, not undefined.
+    std::array<std::atomic<bool>, 300> gone{};
+    std::deque<Listener> listeners;
+    std::atomic<int> calls{0};
+    for (std::size_t i = 0; i < gone.size(); ++i) {
+        const int before = calls;
+        handler.Register(&listeners.emplace_back([&, i](int) {
+            Dawdle(static_cast<int>(i % 10));
+            EXPECT_FALSE(gone.at(i));
+            ++calls;
+            calls.notify_all();
+        }));
+        calls.wait(i % 3 == 0 ? before : -1);  // every third has been called, others may be about to be
+        handler.Unregister(&listeners.back());
+        gone.at(i) = true;
     }
-}
-
-TEST(SignalHandlerProcess, SecondSignalEndsAHangingProcess) {
-    int output = -1;
-    const pid_t pid = Start("stuck", output);
-    kill(pid, SIGTERM);
-    kill(pid, SIGINT);
-    EXPECT_EQ(StatusOf(pid, output), 1);
-}
-
-TEST(SignalHandlerProcess, ExitFromAListenerEndsWhateverMainIsDoing) {
-    for (int i = 0; i < 20; ++i) {
-        ASSERT_EQ(RunWithOneSignal("exit-while-unregistering"), 1);
-        ASSERT_EQ(RunWithOneSignal("exit-while-logging"), 1);
-        const int either = RunWithOneSignal("exit-while-returning");
-        ASSERT_TRUE(either == 0 || either == 1) << either;
-    }
-}
-
-TEST(SignalHandlerProcess, SignalsPouringInReachNoListenerThatIsGone) {
-    int output = -1;
-    const pid_t pid = Start("storm", output);
-    EXPECT_EQ(StatusOf(pid, output), 0);
-}
-
-TEST(SignalHandlerProcess, SignalsWithoutListenerAreIgnored) {
-    int output = -1;
-    const pid_t pid = Start("no-listener", output);
-    EXPECT_EQ(StatusOf(pid, output), 0);
+    done = true;
+    sender.join();
 }
 
 }  // namespace
