@@ -1,49 +1,85 @@
-// What the tests of the library share: scratch folders, music files, pictures, lists as names.
+// What the tests of the library share: music files, pictures, lists as names.
 #pragma once
+
+#include <gtest/gtest.h>
+#include <png.h>
+#include <zlib.h>
 
 #include <cstdint>
 #include <filesystem>
-#include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
+#include "DeviceSimulator/CoverDrawing.h"
 #include "DeviceSimulator/LibraryBuilder.h"
 #include "DeviceSimulator/PictureCodec.h"
 #include "DeviceSimulator/tools/DemoMusicTags.h"
+#include "ScratchFolder.h"
 
 namespace DeviceSimulator {
 
-class ScratchFolder {
-  public:
-    ScratchFolder();
-    ~ScratchFolder();
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-
-    const std::filesystem::path& Path() const { return m_path; }
-    /// Writes a file below the folder, with the folders above it.
-    std::filesystem::path Write(const std::filesystem::path& name, std::string_view bytes) const;
-    /// A silent mp3 file of about `milliseconds`, at 44,100 Hz.
-    std::filesystem::path WriteMp3(const std::filesystem::path& name, const TrackTags& tags,
-                                   std::span<const DemoPicture> pictures = {},
-                                   std::uint32_t milliseconds = 1000) const;
-
-  private:
-    std::filesystem::path m_path;
-};
-
-TrackTags Tags(std::string title, std::string artist, std::string album, std::uint32_t disc = 0,
-               std::uint32_t track = 0);
-
+using Bytes = std::vector<std::uint8_t>;
 using Names = std::vector<std::string>;
 
-/// The names of a list's items, in its order.
-Names NamesOf(const Library& library, const std::vector<PathStep>& path, std::uint32_t category);
+/// A silent mp3 file of 100 ms, at 44,100 Hz.
+inline void WriteMp3(const ScratchFolder& folder, const std::filesystem::path& name, const TrackTags& tags,
+                     const std::vector<DemoPicture>& pictures = {}) {
+    // MPEG-1 layer III, 128 kbit/s: 1152 samples in 417 bytes, of which zeros are silence.
+    std::string frame(417, '\0');
+    frame.replace(0, 4, "\xFF\xFB\x90\x64");
+    EXPECT_TRUE(WriteTags(folder.Write(name, frame + frame + frame + frame), tags, pictures)) << name;
+}
 
-std::vector<std::uint8_t> MakeJpeg(PictureSize size);
-std::vector<std::uint8_t> MakePng(PictureSize size);
-/// A PNG with a sound head that claims `size`, and nothing behind it.
-std::vector<std::uint8_t> MakePngClaiming(PictureSize size);
+inline TrackTags Tags(std::string title, std::string artist, std::string album, std::uint32_t disc = 0,
+                      std::uint32_t track = 0) {
+    TrackTags tags;
+    tags.title = std::move(title);
+    tags.artist = std::move(artist);
+    tags.album = std::move(album);
+    tags.disc = disc;
+    tags.track = track;
+    return tags;
+}
+
+/// The names of a list's items, in its order.
+inline Names NamesOf(const Library& library, const std::vector<PathStep>& path, std::uint32_t category) {
+    Names names;
+    for (const std::uint32_t entry : *library.Items(path, category)) {
+        names.emplace_back(library.ItemName(category, entry));
+    }
+    return names;
+}
+
+inline Bytes MakeJpeg(PictureSize size) {
+    return EncodeJpeg(DrawCoverImage(size, "name", "artist")).value().bytes;
+}
+
+inline Bytes MakePng(PictureSize size) {
+    const RgbImage image = DrawCoverImage(size, "name", "artist");
+    png_image head{};
+    head.version = PNG_IMAGE_VERSION;
+    head.width = size.width;
+    head.height = size.height;
+    head.format = PNG_FORMAT_RGB;
+    png_alloc_size_t length = PNG_IMAGE_PNG_SIZE_MAX(head);
+    Bytes bytes(length);
+    EXPECT_NE(png_image_write_to_memory(&head, bytes.data(), &length, 0, image.pixels.data(), 0, nullptr), 0);
+    bytes.resize(length);
+    return bytes;
+}
+
+/// A PNG with a sound head that claims `size`, and next to nothing behind it.
+inline Bytes MakePngClaiming(PictureSize size) {
+    Bytes bytes = MakePng({1, 1});
+    const auto put = [&bytes](std::size_t at, std::uint32_t value) {
+        for (int shift = 24; shift >= 0; shift -= 8) {
+            bytes[at++] = static_cast<std::uint8_t>(value >> shift);
+        }
+    };
+    put(16, size.width);
+    put(20, size.height);
+    put(29, static_cast<std::uint32_t>(crc32(0, bytes.data() + 12, 17)));
+    return bytes;
+}
 
 }  // namespace DeviceSimulator

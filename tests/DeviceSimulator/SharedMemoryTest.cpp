@@ -1,6 +1,9 @@
+// Blocks of shared memory, the covers that are put into them, and the rate that the capture device offers.
 #include <algorithm>
+#include <cstdlib>
 
 #include "DeviceSimulator/Artwork.h"
+#include "ScratchFolder.h"
 #include "SimulatorFixture.h"
 
 namespace DeviceSimulator::Test {
@@ -17,7 +20,6 @@ class SharedMemoryTest : public SimulatorTest {
         const u32 wanted = size;
         EXPECT_EQ(eDevMgrAllocateSharedMemory(ph, &size, &block), kSuccess);
         EXPECT_EQ(size, wanted);
-        EXPECT_NE(block, 0U);
         EXPECT_LE(std::uint64_t{block} + size, std::uint64_t{1} << 32U);
         return block;
     }
@@ -27,19 +29,15 @@ TEST_F(SharedMemoryTest, BlocksAreWritableAndBelongToTheirProcess) {
     const u32 block = Allocate(0x200000);
     EXPECT_TRUE(std::all_of(Bytes(block), Bytes(block) + 0x200000, [](u8 byte) { return byte == 0; }));
     std::fill_n(Bytes(block), 0x200000, u8{1});
-    u32 other = 0;
-    ASSERT_EQ(eDevMgrRegisterProcess(&other, EventRecorder::Callback), kSuccess);
-    EXPECT_EQ(eDevMgrDeAllocateSharedMemory(other, block), u32{kWrongSharedMemory});
+    EXPECT_EQ(eDevMgrDeAllocateSharedMemory(Register(), block), u32{kWrongSharedMemory});
     EXPECT_EQ(eDevMgrDeAllocateSharedMemory(ph, block + 1), u32{kWrongSharedMemory});
-    EXPECT_EQ(eDevMgrDeAllocateSharedMemory(ph, 0), u32{kWrongSharedMemory});
     EXPECT_EQ(eDevMgrDeAllocateSharedMemory(ph, block), kSuccess);
     EXPECT_EQ(eDevMgrDeAllocateSharedMemory(ph, block), u32{kWrongSharedMemory});
-    EXPECT_EQ(eDevMgrDeAllocateSharedMemory(0, block), u32{kProcessNotRegistered});
 }
 
 TEST_F(SharedMemoryTest, SizesAndNumbersAreBounded) {
+    u32 block = 7;
     for (u32 size : {0U, SharedMemory::kLargestBlock + 1, UINT32_MAX}) {
-        u32 block = 7;
         EXPECT_EQ(eDevMgrAllocateSharedMemory(ph, &size, &block), u32{kWrongSharedMemorySize});
         EXPECT_EQ(block, 7U);
     }
@@ -47,10 +45,9 @@ TEST_F(SharedMemoryTest, SizesAndNumbersAreBounded) {
         Allocate(1);
     }
     u32 size = 1;
-    u32 block = 0;
     EXPECT_EQ(eDevMgrAllocateSharedMemory(ph, &size, &block), u32{kMemoryError});
     EXPECT_EQ(eDevMgrDeRegisterProcess(ph), kSuccess);
-    ASSERT_EQ(eDevMgrRegisterProcess(&ph, EventRecorder::Callback), kSuccess);
+    ph = Register();
     Allocate(1);
 }
 
@@ -58,43 +55,57 @@ TEST_F(SharedMemoryTest, ArtworkStaysInsideTheBlock) {
     const Picture picture{{1, 2, 3, 4}, 2, 2};
     struct Case {
         std::size_t block;
-        const Picture* picture;
         u32 result;
         std::vector<u8> expected;  // of ten bytes, before which all are 9
     };
     const Case cases[] = {
-        {10, &picture, kSuccess, {1, 2, 3, 4, 0, 0, 0, 0, 9, 9}},
-        {6, &picture, kSuccess, {1, 2, 3, 4, 0, 0, 9, 9, 9, 9}},
-        {4, &picture, kSuccess, {1, 2, 3, 4, 9, 9, 9, 9, 9, 9}},
-        {3, &picture, kWrongSharedMemorySize, {9, 9, 9, 9, 9, 9, 9, 9, 9, 9}},
-        {10, nullptr, kArtworkNotPresent, {9, 9, 9, 9, 9, 9, 9, 9, 9, 9}},
+        {10, kSuccess, {1, 2, 3, 4, 0, 0, 0, 0, 9, 9}},
+        {6, kSuccess, {1, 2, 3, 4, 0, 0, 9, 9, 9, 9}},
+        {4, kSuccess, {1, 2, 3, 4, 9, 9, 9, 9, 9, 9}},
+        {3, kWrongSharedMemorySize, {9, 9, 9, 9, 9, 9, 9, 9, 9, 9}},
     };
     for (const Case& c : cases) {
         std::vector<u8> bytes(10, 9);
         PictureSize size;
-        EXPECT_EQ(DeliverPicture(c.picture, std::span(bytes).first(c.block), size), c.result);
+        EXPECT_EQ(DeliverPicture(&picture, std::span(bytes).first(c.block), size), c.result);
         EXPECT_EQ(bytes, c.expected) << c.block;
         EXPECT_EQ(size.height, c.result == kSuccess ? 2U : 0U);
     }
 }
 
-TEST_F(SharedMemoryTest, TheCoverIsThatOfThePlayingTrack) {
+TEST_F(SharedMemoryTest, TheCoverIsThatOfThePlayingTrackOnceItIsThere) {
     OpenPlayer();
-    const u32 block = Allocate(100);
+    const u32 block = Allocate(0x200000);
     u32 height = 320;
     u32 width = 480;
-    const auto art = [&] { return eDevMgriPodGetPlayingTrackAlbumArt(ph, dh, &height, &width, block); };
-    EXPECT_EQ(art(), u32{kNotPlaying});
+    const auto fetch = [&] { return eDevMgriPodGetPlayingTrackAlbumArt(ph, dh, &height, &width, block); };
+    EXPECT_EQ(fetch(), u32{kNotPlaying});
     ASSERT_EQ(eDevMgriPodSelectCategorizedIndex(ph, dh, kTrack, 0), kSuccess);
-    EXPECT_EQ(art(), u32{kArtworkNotPresent});
+    EXPECT_EQ(fetch(), u32{kArtworkNotPresent});
     ASSERT_EQ(eSelectNowPlayingIndex(ph, dh, 7), kSuccess);
-    EXPECT_EQ(height, 320U);
-    EXPECT_EQ(art(), kSuccess);
-    EXPECT_EQ(height, FakeLibrary::kCoverHeight);
-    EXPECT_EQ(width, 2U);
+    EXPECT_EQ(fetch(), kSuccess);
+    EXPECT_EQ(std::pair(height, width), std::pair(3U, 2U));
     EXPECT_EQ(Bytes(block)[2], 2U);
     EXPECT_EQ(eDevMgriPodGetPlayingTrackAlbumArt(ph, dh, &height, &width, 0), u32{kWrongSharedMemory});
-    EXPECT_EQ(eDevMgriPodGetPlayingTrackAlbumArt(ph, dh, nullptr, &width, block), u32{kWrongParameters});
+    Simulator::Instance().SetArtwork(ArtworkVariant::Limit, 500ms);
+    clock->Move(499ms);
+    EXPECT_EQ(fetch(), u32{kArtworkInProgress});
+    clock->Move(1ms);
+    EXPECT_EQ(fetch(), kSuccess);
+    ASSERT_EQ(eDevMgriPodPlayNextPreviousTrack(ph, dh, 0), kSuccess);
+    EXPECT_EQ(fetch(), u32{kArtworkInProgress});
+}
+
+TEST_F(SharedMemoryTest, TheCaptureRateIsThereBeforeItsEventIsHeard) {
+    const ScratchFolder folder;
+    setenv("DEVICE_SIMULATOR_AUDIO", folder.Path().c_str(), 1);
+    OpenPlayer();
+    ASSERT_EQ(eDevMgriPodSelectCategorizedIndex(ph, dh, kTrack, 4), kSuccess);
+    EXPECT_EQ(TakeEventText(), "34=24 13 17=48000 9");
+    u32 offered = 0;
+    std::ifstream(folder.Path() / "capture.rate") >> offered;
+    EXPECT_EQ(offered, 48000U);
+    unsetenv("DEVICE_SIMULATOR_AUDIO");
 }
 
 }  // namespace

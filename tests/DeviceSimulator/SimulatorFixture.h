@@ -1,5 +1,5 @@
-// What the tests of the C functions share: a simulator whose clock they move, and a process that notes what
-// its callback is told.
+// What the tests of the C functions share: a simulator whose clock they move, a music library small enough to
+// reckon with by hand, and a process that notes what its callback is told.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,12 +13,42 @@
 #include <vector>
 
 #include "DeviceSimulator/Engine.h"
+#include "DeviceSimulator/LibraryBuilder.h"
 #include "DeviceSimulator/Simulator.h"
-#include "FakeLibrary.h"
 
 namespace DeviceSimulator::Test {
 
 using namespace std::chrono_literals;
+
+constexpr std::uint32_t kTracks = 24;
+
+/// Track t is "Title t", with two digits, and 10 s long; three tracks an album, two albums an artist, two
+/// artists a genre; odd albums run at 48000 Hz. No composers; one playlist, the tracks backwards. Album 0 has
+/// no cover, the others have one of 2 x 3 pixels.
+inline std::shared_ptr<const Library> MakeTestLibrary() {
+    const auto name = [](const char* kind, std::uint32_t number) {
+        return kind + std::string(number < 10 ? " 0" : " ") + std::to_string(number);
+    };
+    LibraryBuilder builder;
+    ItemList backwards;
+    for (std::uint32_t t = 0; t < kTracks; ++t) {
+        TrackTags tags;
+        tags.title = name("Title", t);
+        tags.artist = name("Artist", t / 6);
+        tags.album = name("Album", t / 3);
+        tags.genre = name("Genre", t / 12);
+        tags.durationMs = 10'000;
+        tags.sampleRate = t / 3 % 2 == 1 ? 48000 : 44100;
+        const auto added = builder.Add(tags);
+        backwards.insert(backwards.begin(), added.track);
+        if (t >= 3) {
+            const auto number = static_cast<std::uint8_t>(t / 3);
+            builder.SetCover(added.album, std::make_shared<Picture>(Picture{{0xFF, 0xD8, number}, 2, 3}));
+        }
+    }
+    builder.AddPlaylist("Backwards", backwards);
+    return builder.BuildWithSetCovers();
+}
 
 /// Stands still until it is moved.
 class ManualClock : public Clock {
@@ -34,56 +64,35 @@ class ManualClock : public Clock {
     std::atomic<std::int64_t> m_passed{0};
 };
 
-/// Every event that reaches Callback, by process.
-class EventRecorder {
-  public:
-    static EventRecorder& Instance() {
-        static EventRecorder recorder;
-        return recorder;
-    }
-
-    static void Callback(const DeviceEvent* event, u32 ph) {
-        EventRecorder& self = Instance();
-        const std::lock_guard lock(self.m_mutex);
-        self.m_events[ph].push_back(*event);
-    }
-
-    std::vector<DeviceEvent> Take(u32 ph) {
-        const std::lock_guard lock(m_mutex);
-        return std::exchange(m_events[ph], {});
-    }
-
-    void Clear() {
-        const std::lock_guard lock(m_mutex);
-        m_events.clear();
-    }
-
-  private:
-    std::mutex m_mutex;
-    std::map<u32, std::vector<DeviceEvent>> m_events;
-};
-
 class SimulatorTest : public testing::Test {
   protected:
-    static constexpr std::uint32_t kTracks = 24;
-
     SimulatorTest() { Restart({}); }
     ~SimulatorTest() override {
         Simulator::Instance().Reset();
-        EventRecorder::Instance().Clear();
+        s_events.clear();
     }
 
-    /// A simulator with a FakeLibrary, this fixture's clock and one registered process.
+    /// A simulator with the test library, this fixture's clock and one registered process.
     void Restart(SimulatorOptions options) {
-        options.library = std::make_shared<FakeLibrary>(kTracks);
+        options.library = MakeTestLibrary();
         Engine::Instance().Reset(std::move(options), clock);
-        ASSERT_EQ(eDevMgrRegisterProcess(&ph, EventRecorder::Callback), kSuccess);
+        ph = Register();
+    }
+
+    static u32 Register() {
+        u32 process = 0;
+        EXPECT_EQ(eDevMgrRegisterProcess(&process, Callback), kSuccess);
+        return process;
+    }
+
+    static void Callback(const DeviceEvent* event, u32 process) {
+        const std::lock_guard lock(s_mutex);
+        s_events[process].push_back(*event);
     }
 
     void Pass(std::chrono::nanoseconds time) {
         clock->Move(time);
         Engine::Instance().Loop().ClockMoved();
-        Simulator::Instance().Drain();
     }
 
     /// Plugs a player in and opens it, with a browse session.
@@ -93,18 +102,19 @@ class SimulatorTest : public testing::Test {
         dh = Simulator::Instance().Plug(device);
         ASSERT_EQ(eDevMgrOpenDevice(ph, dh), kSuccess);
         ASSERT_EQ(eDevMgriPodOpenMdBrowseSession(ph, dh, 1), kSuccess);
-        TakeEvents();
+        TakeEvents(ph);
     }
 
-    std::vector<DeviceEvent> TakeEvents() {
+    static std::vector<DeviceEvent> TakeEvents(u32 process) {
         Simulator::Instance().Drain();
-        return EventRecorder::Instance().Take(ph);
+        const std::lock_guard lock(s_mutex);
+        return std::exchange(s_events[process], {});
     }
 
     /// The ids and first values of the events since the last time, as "13 17=48000 9".
     std::string TakeEventText() {
         std::string text;
-        for (const DeviceEvent& event : TakeEvents()) {
+        for (const DeviceEvent& event : TakeEvents(ph)) {
             text += (text.empty() ? "" : " ") + std::to_string(event.words[0]);
             text += event.words[1] != 0 ? "=" + std::to_string(event.words[1]) : "";
         }
@@ -127,6 +137,10 @@ class SimulatorTest : public testing::Test {
     std::shared_ptr<ManualClock> clock = std::make_shared<ManualClock>();
     u32 ph = 0;
     u32 dh = 0;
+
+  private:
+    static inline std::mutex s_mutex;
+    static inline std::map<u32, std::vector<DeviceEvent>> s_events;
 };
 
 }  // namespace DeviceSimulator::Test

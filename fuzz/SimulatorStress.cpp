@@ -1,10 +1,35 @@
+// Tries to break the simulated player from many threads at once: processes that come, call at random and go,
+// while devices are plugged in and out, scripts are set and events fly. Takes the seconds to run; fails when
+// a process cannot leave or the record of calls outgrows its bound, and is meant to run under the sanitizers.
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <random>
 #include <thread>
+#include <vector>
 
-#include "SimulatorFixture.h"
+#include "DeviceSimulator/CallLog.h"
+#include "DeviceSimulator/Library.h"
+#include "DeviceSimulator/Simulator.h"
+#include "DeviceSimulator/Values.h"
 
-namespace DeviceSimulator::Test {
+namespace DeviceSimulator {
 namespace {
+
+using namespace std::chrono_literals;
+
+std::atomic<bool> g_isOver{false};
+std::atomic<std::uint64_t> g_lives{0};
+std::atomic<std::uint64_t> g_failures{0};
+
+void Check(bool isRight, const char* what) {
+    if (!isRight) {
+        ++g_failures;
+        std::fprintf(stderr, "%s\n", what);
+    }
+}
 
 void QuietCallback(const DeviceEvent* event, u32 ph) {
     u32 status = 0;
@@ -92,9 +117,9 @@ void CallAny(u32 pick, u32 ph, u32 dh, u32 block, u32 number) {
 }
 
 /// One process's life, over and over: it registers, takes a block, calls at random and goes.
-void LiveProcesses(std::uint32_t seed, const std::atomic<bool>& isOver) {
+void LiveProcesses(std::uint32_t seed) {
     std::minstd_rand random(seed);
-    while (!isOver) {
+    while (!g_isOver) {
         u32 ph = 0;
         u32 size = 4096;
         u32 block = 0;
@@ -107,46 +132,64 @@ void LiveProcesses(std::uint32_t seed, const std::atomic<bool>& isOver) {
             const u32 dh = count > 0 ? list[random() % count].handle : 1;
             CallAny(static_cast<u32>(random()), ph, dh, block, static_cast<u32>(random()));
         }
-        EXPECT_EQ(eDevMgrDeRegisterProcess(ph), kSuccess);
+        Check(eDevMgrDeRegisterProcess(ph) == kSuccess, "a process could not leave");
+        ++g_lives;
     }
 }
 
-TEST(Stress, EverythingAtOnce) {
+void ChangeDevices(Simulator& simulator, std::minstd_rand& random, std::uint32_t round) {
+    DeviceDescription device;
+    device.type = static_cast<u32>(random() % 29);
+    device.handle = 1 + round % 3;
+    simulator.Unplug(*device.handle);
+    simulator.Plug(device);
+    device.type = kIap2;
+    device.handle = 4 + round % 2;
+    simulator.Plug(device);
+    simulator.Unplug(5 - round % 2);
+    simulator.Fail("eDevMgriPodPlay", 94, 1);
+    simulator.Fire(MakeEvent({8, 1}));
+    simulator.Drain();
+    Check(simulator.Calls("eDevMgriPodPlay").size() <= CallLog::kMostCalls, "too many calls are kept");
+}
+
+int Run(std::chrono::seconds time) {
     SimulatorOptions options;
-    options.library = std::make_shared<FakeLibrary>(24);
+    options.library = MakeSyntheticLibrary(24);
     options.databaseBuildTime = 5ms;
     options.plugDelay = 1ms;
     options.devices.resize(1);
     Simulator& simulator = Simulator::Instance();
     simulator.Reset(options);
-    std::atomic<bool> isOver{false};
     std::vector<std::thread> threads;
     for (std::uint32_t seed = 1; seed <= 3; ++seed) {
-        threads.emplace_back([seed, &isOver] { LiveProcesses(seed, isOver); });
+        threads.emplace_back(LiveProcesses, seed);
     }
     std::minstd_rand random(99);
-    const auto until = std::chrono::steady_clock::now() + 2s;
-    for (std::uint32_t round = 0; std::chrono::steady_clock::now() < until; ++round) {
-        DeviceDescription device;
-        device.type = static_cast<u32>(random() % 29);
-        device.handle = 1 + round % 3;
-        simulator.Unplug(*device.handle);
-        simulator.Plug(device);
-        device.type = kIap2;
-        device.handle = 4 + round % 2;
-        simulator.Plug(device);
-        simulator.Unplug(5 - round % 2);
-        simulator.Fail("eDevMgriPodPlay", 94, 1);
-        simulator.Fire(MakeEvent({8, 1}));
-        simulator.Drain();
-        EXPECT_LE(simulator.Calls("eDevMgriPodPlay").size(), CallLog::kMostCalls);
+    const auto until = std::chrono::steady_clock::now() + time;
+    std::uint32_t rounds = 0;
+    while (std::chrono::steady_clock::now() < until) {
+        ChangeDevices(simulator, random, rounds++);
     }
-    isOver = true;
+    g_isOver = true;
     for (std::thread& thread : threads) {
         thread.join();
     }
     simulator.Reset();
+    Check(g_lives > 0 && rounds > 0, "nothing was tried");
+    std::printf("%llu processes, %u rounds, %llu failures\n", static_cast<unsigned long long>(g_lives.load()),
+                rounds, static_cast<unsigned long long>(g_failures.load()));
+    return g_failures == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 }  // namespace
-}  // namespace DeviceSimulator::Test
+}  // namespace DeviceSimulator
+
+int main(int argc, char** argv) {
+    const int seconds = argc == 2 ? std::atoi(argv[1]) : 0;
+    if (seconds <= 0) {
+        std::fprintf(stderr, "usage: %s SECONDS\n", argv[0]);
+        return 2;
+    }
+    return DeviceSimulator::Run(std::chrono::seconds(seconds));
+}
