@@ -1,38 +1,41 @@
-// How long a test waits for what has to happen.
+// How long is waited for what has to happen.
 #pragma once
 
 #include <chrono>
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 namespace EndToEnd {
 
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-/// For what takes a moment on an idle machine. Sanitizers slow the service down, so deadlines grow with them.
+/// For what takes a moment on an idle machine.
 inline constexpr milliseconds kPatience{10'000};
 
-/// A deadline has passed; the text says what was waited for.
-class Timeout : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
-};
+/// Sanitizers slow the service down, so deadlines grow with them.
+inline Clock::time_point In(milliseconds time) {
+    return Clock::now() + time * END_TO_END_TIME_SCALE;
+}
 
-Clock::time_point In(milliseconds time);
+/// Looks at `condition` every few milliseconds; false when `patience` ends before it holds.
+inline bool WaitUntil(const std::function<bool()>& condition, milliseconds patience = kPatience) {
+    const Clock::time_point deadline = In(patience);
+    while (!condition()) {
+        if (Clock::now() >= deadline)
+            return false;
+        std::this_thread::sleep_for(milliseconds{5});
+    }
+    return true;
+}
 
-/// For poll(): at least 0.
-int MillisecondsUntil(Clock::time_point deadline);
-
-/// Looks at `condition` every few milliseconds; false when the deadline passes before it holds.
-bool WaitUntil(const std::function<bool()>& condition, milliseconds patience = kPatience);
-
-/// As WaitUntil; throws Timeout, naming `what`.
-void Require(const std::string& what, const std::function<bool()>& condition,
-             milliseconds patience = kPatience);
-
-/// Waits for `events` of poll() on `fd`.
-bool WaitForFd(int fd, short events, Clock::time_point deadline);
+/// As WaitUntil; throws std::runtime_error, naming `what`.
+inline void Require(const std::string& what, const std::function<bool()>& condition,
+                    milliseconds patience = kPatience) {
+    if (!WaitUntil(condition, patience))
+        throw std::runtime_error("timed out waiting for " + what);
+}
 
 }  // namespace EndToEnd

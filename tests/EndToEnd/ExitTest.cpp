@@ -1,85 +1,112 @@
 // Exit statuses, and what leads to them.
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 
 #include <csignal>
+#include <system_error>
 
 #include "tests/EndToEnd/Scene.h"
 
 namespace EndToEnd {
 namespace {
 
+constexpr const char* kBindFailed = "Ipod Service - Bind failed\n";
 constexpr const char* kOrderlyEnd = "Exiting applet status: 0\n";
 constexpr const char* kServerStopped = "Stop JSON-RPC TCP server\n";
 
-void ExpectInOrder(const std::string& text, const std::vector<std::string>& parts) {
-    std::size_t at = 0;
-    for (const std::string& part : parts) {
-        const std::size_t found = text.find(part, at);
-        ASSERT_NE(found, std::string::npos) << "no '" << part << "' in its place in\n" << text;
-        at = found + part.size();
+TEST(ExitTest, SignalStopsInOrder) {
+    for (const int signal : {SIGTERM, SIGINT}) {
+        Scene scene;
+        scene.PlugPlayer();
+        scene.service.Signal(signal);
+        EXPECT_EQ(scene.service.WaitForExit(), 0);
+        EXPECT_EQ(scene.service.StandardOutput(), "Returned, stopping streaming\n");
+        const std::string log = ReadFile(kLogPath);
+        std::size_t at = 0;
+        for (const std::string& part :
+             {"Exit signal caught: " + std::to_string(signal) + "\n",
+              std::string("eDevMgriPodCloseMdBrowseSession\n"), std::string("eDevMgrCloseDevice\n"),
+              std::string("eDevMgrDeAllocateSharedMemory\n"), std::string("Shm 2 block already gone.\n"),
+              std::string("eDevMgrDeRegisterProcess\n"), std::string(kServerStopped),
+              std::string(kOrderlyEnd), std::string("no ipod stream to stop\n")}) {
+            at = log.find(part, at);
+            ASSERT_NE(at, std::string::npos) << "no '" << part << "' in its place in\n" << log;
+        }
     }
 }
 
-void ExpectOrderlyStop(int signal) {
-    Scene scene;
-    scene.PlugPlayer();
-    scene.service.Signal(signal);
-    EXPECT_EQ(scene.service.WaitForExit(), 0);
-    ExpectInOrder(
-        scene.log.Text(),
-        {"Exit signal caught: " + std::to_string(signal) + "\n", "eDevMgriPodCloseMdBrowseSession\n",
-         "eDevMgrCloseDevice\n", "eDevMgrDeAllocateSharedMemory\n", "Shm 2 block already gone.\n",
-         "eDevMgrDeRegisterProcess\n", kServerStopped, kOrderlyEnd, "no ipod stream to stop\n"});
-    EXPECT_EQ(scene.service.StandardOutput(), "Returned, stopping streaming\n");
-}
-
-/// The server has been asked to end by other means than a signal: the next signal counts as the second.
-void ExpectFirstSignalIsTheSecond(Scene& scene) {
-    scene.log.WaitFor(kServerStopped);
-    EXPECT_TRUE(scene.client.Socket().WaitForHangUp());
-    EXPECT_THROW(RpcClient(), std::system_error);
-    EXPECT_TRUE(scene.service.IsRunning());
-    scene.service.Signal(SIGTERM);
-    EXPECT_EQ(scene.service.WaitForExit(), 1);
-    EXPECT_TRUE(scene.log.Contains("Double Exit signal caught: 15\n"));
-    EXPECT_FALSE(scene.log.Contains("Exiting applet status"));
-}
-
-TEST(ExitTest, SignalStopsInOrder) {
-    ExpectOrderlyStop(SIGTERM);
-    ExpectOrderlyStop(SIGINT);
-}
-
-TEST(ExitTest, ExitMethodLeavesTheProcessForASignalToEnd) {
-    Scene scene;
-    scene.PlugPlayer();
-    EXPECT_EQ(scene.client.Result("exit"), "success");
-    ExpectFirstSignalIsTheSecond(scene);
-}
-
-TEST(ExitTest, ExitEventLeavesTheProcessForASignalToEnd) {
-    Scene scene;
-    scene.control.Event({1});
-    scene.log.WaitFor(" Device manager has exited. No API can be used anymore. Exiting.");
-    ExpectFirstSignalIsTheSecond(scene);
+// The server ends by other means than a signal: the process stays, and the next signal counts as the second.
+TEST(ExitTest, ExitMethodAndDeviceManagersEndLeaveTheProcessForASignal) {
+    for (const bool isMethod : {true, false}) {
+        Scene scene;
+        scene.PlugPlayer();
+        if (isMethod) {
+            EXPECT_EQ(scene.client.Result("exit"), "success");
+        } else {
+            scene.Do("{'command':'event','words':[1]}");
+            scene.service.WaitForLog(" Device manager has exited. No API can be used anymore. Exiting.");
+        }
+        scene.service.WaitForLog(kServerStopped);
+        EXPECT_TRUE(scene.client.WaitForHangUp());
+        EXPECT_THROW(Client(), std::system_error);
+        EXPECT_FALSE(scene.service.Status().has_value());
+        EXPECT_EQ(scene.service.Stop(), 1);
+        EXPECT_TRUE(scene.service.HasLogged("Double Exit signal caught: 15\n"));
+        EXPECT_FALSE(scene.service.HasLogged("Exiting applet status"));
+    }
 }
 
 // The player stays busy for good, and the request that asks for its state never comes back.
 TEST(ExitTest, SecondSignalEndsAHangingService) {
-    constexpr std::uint32_t kBusy = 94;
     Scene scene;
     scene.PlugPlayer();
-    scene.control.Fail("eDevMgriPodGetPlayStatus", kBusy);
-    scene.client.Socket().Send(Request("isTrackPaused", 1));
-    scene.log.WaitFor("eDevMgriPodGetPlayStatus - DEV_MGR_IAP_APP_BUSY\n");
+    scene.Do("{'command':'fail','call':'eDevMgriPodGetPlayStatus','code':94}");
+    scene.client.Send(Request("isTrackPaused", 1));
+    scene.service.WaitForLog("eDevMgriPodGetPlayStatus - DEV_MGR_IAP_APP_BUSY\n");
     scene.service.Signal(SIGTERM);
-    scene.log.WaitFor("Exit signal caught: 15\n");
-    EXPECT_FALSE(scene.log.Contains(kServerStopped));
-    scene.service.Signal(SIGTERM);
-    EXPECT_EQ(scene.service.WaitForExit(), 1);
-    EXPECT_TRUE(scene.log.Contains("Double Exit signal caught: 15\n"));
-    EXPECT_FALSE(scene.log.Contains(kOrderlyEnd));
+    scene.service.WaitForLog("Exit signal caught: 15\n");
+    EXPECT_FALSE(scene.service.HasLogged(kServerStopped));
+    EXPECT_EQ(scene.service.Stop(), 1);
+    EXPECT_TRUE(scene.service.HasLogged("Double Exit signal caught: 15\n"));
+    EXPECT_FALSE(scene.service.HasLogged(kOrderlyEnd));
+}
+
+UniqueFd OccupyPort() {
+    UniqueFd fd(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    const int reuse = 1;
+    setsockopt(fd.Get(), SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse);
+    const sockaddr_in address = ServiceAddress(kLoopback);
+    if (bind(fd.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        listen(fd.Get(), 1) != 0)
+        throw std::system_error(errno, std::generic_category(), "occupy the port");
+    return fd;
+}
+
+TEST(ExitTest, ServesOnceTheOccupiedPortIsFree) {
+    UniqueFd occupant = OccupyPort();
+    ServiceProcess service;
+    Require("three tries", [&] { return CountEntries(ReadFile(kLogPath), "WARN ", kBindFailed) >= 3; });
+    EXPECT_FALSE(service.Status().has_value());
+    occupant = UniqueFd();
+    Client client = service.WaitForPort();
+    EXPECT_EQ(client.Result("isIpodConnected")["connected"], false);
+    service.WaitForMainLoop();
+    EXPECT_EQ(service.Stop(), 0);
+}
+
+TEST(ExitTest, GivesUpAfter33TriesForThePortAndStillStopsInOrder) {
+    const UniqueFd occupant = OccupyPort();
+    ServiceProcess service;
+    const Clock::time_point start = Clock::now();
+    Require(
+        "the last try", [&] { return service.HasLogged("[FATAL]"); }, milliseconds{30'000});
+    EXPECT_GE(Clock::now() - start, milliseconds{7'500});
+    EXPECT_EQ(CountEntries(ReadFile(kLogPath), "WARN ", kBindFailed), 33);
+    EXPECT_EQ(CountEntries(ReadFile(kLogPath), "FATAL", kBindFailed), 1);
+    EXPECT_EQ(service.Stop(), 0);
+    EXPECT_TRUE(service.HasLogged(kOrderlyEnd));
+    EXPECT_FALSE(service.HasLogged("eDevMgr")) << "the device manager was called";
 }
 
 }  // namespace

@@ -1,101 +1,131 @@
-// The log, and the switches that say what goes into it and where.
+// The log, the switches that say what goes into it and where, and the files that come and go beside it.
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <set>
+#include <fstream>
 
 #include "tests/EndToEnd/Scene.h"
 
 namespace EndToEnd {
 namespace {
 
-constexpr const char* kLogPath = "/home/root/ipod.log";
+namespace fs = std::filesystem;
+
 constexpr const char* kOrderlyEnd = "Exiting applet status: 0\n";
 
-/// Runs the service with a player for a moment and stops it.
-struct ShortRun {
-    explicit ShortRun(std::vector<std::string> arguments) {
-        WriteFile(kLogPath, "of an earlier run\n");
-        Scene scene({.arguments = std::move(arguments)});
-        scene.PlugPlayer();
-        scene.client.Result("playFirst");
-        EXPECT_EQ(scene.Stop(), 0);
-        output = scene.service.StandardOutput();
-        log = scene.log.Text();
-    }
-
-    std::string output;
-    std::string log;
-};
-
-std::set<std::string> Levels(const std::string& log) {
-    std::set<std::string> levels;
-    for (const LogEntry& entry : ParseLog(log))
-        levels.insert(entry.level);
-    return levels;
-}
-
-bool HasEntry(const std::string& log, const std::string& level, const std::string& message) {
-    for (const LogEntry& entry : ParseLog(log))
-        if (entry.level == level && entry.message == message)
-            return true;
-    return false;
+/// The log of a short run of the service, with a player.
+std::string ShortRun(std::vector<std::string> arguments) {
+    std::ofstream(kLogPath) << "of an earlier run\n";
+    Scene scene({.arguments = std::move(arguments)});
+    scene.PlugPlayer();
+    scene.client.Result("playFirst");
+    EXPECT_EQ(scene.service.Stop(), 0);
+    return ReadFile(kLogPath);
 }
 
 TEST(LogTest, EntriesHaveTheirFormAndReplaceTheEarlierRuns) {
-    const ShortRun run({});
-    const std::vector<LogEntry> entries = ParseLog(run.log);
+    const std::string log = ShortRun({});
+    const std::vector<LogEntry> entries = ParseLog(log);
     ASSERT_GT(entries.size(), 20U);
-    EXPECT_EQ(run.log.rfind("[20", 0), 0U) << run.log.substr(0, 100);
+    EXPECT_TRUE(log.starts_with("[20")) << log.substr(0, 100);
     for (const LogEntry& entry : entries) {
-        EXPECT_NE(entry.source.rfind("IpodService/", 0), std::string::npos) << entry.source;
+        EXPECT_TRUE(entry.source.starts_with("IpodService/")) << entry.source;
         // A head inside a message would be an entry torn apart by another.
         EXPECT_EQ(entry.message.find("]["), std::string::npos) << entry.message;
     }
-    EXPECT_TRUE(HasEntry(run.log, "INFO ", "eDevMgrRegisterProcess\n"));
-    EXPECT_TRUE(HasEntry(run.log, "INFO ", "EIMS_Connected"));
-    EXPECT_TRUE(HasEntry(run.log, "WARN ", "eDevMgriPodOpenMdBrowseSession\n"));
-    EXPECT_TRUE(HasEntry(run.log, "DEBUG", "Stop JSON-RPC TCP server\n"));
-    EXPECT_TRUE(HasEntry(run.log, "WARN ", kOrderlyEnd));
+    EXPECT_GT(CountEntries(log, "INFO ", "eDevMgrRegisterProcess\n"), 0);
+    EXPECT_GT(CountEntries(log, "INFO ", "EIMS_Connected"), 0);
+    EXPECT_GT(CountEntries(log, "WARN ", "eDevMgriPodOpenMdBrowseSession\n"), 0);
+    EXPECT_GT(CountEntries(log, "DEBUG", "Stop JSON-RPC TCP server\n"), 0);
+    EXPECT_GT(CountEntries(log, "WARN ", kOrderlyEnd), 0);
 }
 
-TEST(LogTest, ThresholdHidesWhatIsBelow) {
-    // INFO counts for less than DEBUG.
-    const std::set<std::string> debug = Levels(ShortRun({"-l", "d"}).log);
-    EXPECT_TRUE(debug.count("DEBUG") == 1 && debug.count("WARN ") == 1 && debug.count("INFO ") == 0);
-    const std::set<std::string> warn = Levels(ShortRun({"-l", "Warn", "--unknown"}).log);
-    EXPECT_TRUE(warn.count("WARN ") == 1 && warn.count("DEBUG") == 0 && warn.count("INFO ") == 0);
-    // The later switch wins.
-    EXPECT_EQ(Levels(ShortRun({"--disable-logging", "-l", "a"}).log).count("INFO "), 1U);
-    EXPECT_EQ(ShortRun({"-l", "d", "--disable-logging"}).log, "");
-    EXPECT_EQ(ShortRun({"-l", "x"}).log, "");
+TEST(LogTest, SwitchesSayWhatGoesIntoIt) {
+    struct Case {
+        std::vector<std::string> arguments;
+        bool info, debug, warn;
+    };
+    const Case cases[] = {
+        {{"-l", "d"}, false, true, true},  // INFO counts for less than DEBUG
+        {{"-l", "Warn", "--unknown"}, false, false, true},
+        {{"--disable-logging", "-l", "a"}, true, true, true},  // the later switch wins
+        {{"-l", "d", "--disable-logging"}, false, false, false},
+        {{"-l", "x"}, false, false, false},
+    };
+    for (const Case& one : cases) {
+        const std::string log = ShortRun(one.arguments);
+        EXPECT_EQ(log.find("][INFO ]") != std::string::npos, one.info) << log;
+        EXPECT_EQ(log.find("][DEBUG]") != std::string::npos, one.debug) << log;
+        EXPECT_EQ(log.find("][WARN ]") != std::string::npos, one.warn) << log;
+        EXPECT_EQ(log.empty(), !one.warn) << log;
+    }
 }
 
-TEST(LogTest, StandardOutputTakesItOver) {
-    const ShortRun run({"--stdout"});
-    EXPECT_EQ(run.log, "");
-    EXPECT_EQ(run.output.rfind("[20", 0), 0U);
-    EXPECT_TRUE(HasEntry(run.output, "INFO ", "eDevMgrRegisterProcess\n"));
-    EXPECT_NE(run.output.find(kOrderlyEnd), std::string::npos);
-}
+TEST(LogTest, GoesToStandardOutputOnRequestAndWithoutItsFolder) {
+    EXPECT_EQ(ShortRun({"--stdout"}), "");
+    std::string output = ServiceProcess::StandardOutput();
+    EXPECT_TRUE(output.starts_with("[20"));
+    EXPECT_GT(CountEntries(output, "INFO ", "eDevMgrRegisterProcess\n"), 0);
+    EXPECT_NE(output.find(kOrderlyEnd), std::string::npos);
 
-TEST(LogTest, GoesToStandardOutputWithoutItsFolder) {
-    std::filesystem::rename("/home/root", "/home/elsewhere");
+    fs::rename("/home/root", "/home/elsewhere");
     {
         Scene scene;
-        EXPECT_EQ(scene.Stop(), 0);
-        const std::string output = scene.service.StandardOutput();
-        EXPECT_TRUE(HasEntry(output, "ERROR", "Could not create the folder /home/root/iap2db (2)\n"));
-        EXPECT_TRUE(HasEntry(output, "WARN ", kOrderlyEnd));
+        EXPECT_EQ(scene.service.Stop(), 0);
+        output = scene.service.StandardOutput();
+        EXPECT_GT(CountEntries(output, "ERROR", "Could not create the folder /home/root/iap2db (2)\n"), 0);
+        EXPECT_GT(CountEntries(output, "WARN ", kOrderlyEnd), 0);
     }
-    std::filesystem::rename("/home/elsewhere", "/home/root");
+    fs::rename("/home/elsewhere", "/home/root");
 }
 
 TEST(LogTest, AddressSwitchMovesThePort) {
     Scene scene({.arguments = {"-a", "127.0.0.2"}, .address = "127.0.0.2"});
     EXPECT_EQ(scene.client.Result("isIpodConnected")["connected"], false);
-    EXPECT_THROW(RpcClient("127.0.0.1"), std::system_error);
+    EXPECT_THROW(Client(), std::system_error);
+}
+
+struct PlantedFile {
+    const char* path;
+    bool isKept;
+};
+
+constexpr PlantedFile kFiles[] = {{"/x.pls", false},
+                                  {"/My.PLS.bak", false},
+                                  {"/home/root/iap2db/Phone.db", false},
+                                  {"/home/root/iap2db/Phone.db-journal", false},
+                                  {"/keep.txt", true},
+                                  {"/xpls", true},
+                                  {"/folder.pls/x.pls", true},
+                                  {"/home/root/x.pls", true},
+                                  {"/home/root/Phone.db", true},
+                                  {"/home/root/iap2db/notes.txt", true}};
+
+void PlantFiles() {
+    fs::create_directories("/folder.pls");
+    for (const PlantedFile& file : kFiles)
+        ASSERT_TRUE(std::ofstream(file.path) << "x" << std::flush) << file.path;
+}
+
+void ExpectCleanedUp() {
+    for (const PlantedFile& file : kFiles)
+        EXPECT_EQ(fs::exists(file.path), file.isKept) << file.path;
+}
+
+TEST(LogTest, PlaylistsAndDatabasesGoWithTheDeviceAndWithTheService) {
+    Scene scene;
+    EXPECT_TRUE(fs::is_directory("/home/root/iap2db"));
+    scene.PlugPlayer();
+    PlantFiles();
+    scene.UnplugPlayer();
+    ExpectCleanedUp();
+
+    PlantFiles();
+    EXPECT_EQ(scene.service.Stop(), 0);
+    ExpectCleanedUp();
+    EXPECT_TRUE(scene.service.HasLogged("iPod - Clearing playlist files! \n"));
+    EXPECT_TRUE(scene.service.HasLogged("iPod - Clearing database files! \n"));
 }
 
 }  // namespace

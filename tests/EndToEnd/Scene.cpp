@@ -1,58 +1,44 @@
 #include "tests/EndToEnd/Scene.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <csignal>
-
 namespace EndToEnd {
 
 namespace {
 
-RpcClient ConnectTo(ServiceProcess& service, const std::string& address) {
-    service.WaitForPort();
+Client ConnectTo(ServiceProcess& service) {
+    Client client = service.WaitForPort();
     service.WaitForMainLoop();
-    RpcClient client(address);
+    // The control socket is there once the service has made its first device-manager call.
     client.Result("isIpodConnected");
     return client;
 }
 
 }  // namespace
 
-Json::Value Quoted(std::string text) {
-    std::replace(text.begin(), text.end(), '\'', '"');
-    return ParseJson(text);
+Scene::Scene(ServiceOptions options)
+    : service(std::move(options)), client(ConnectTo(service)), control(kControlSocket) {}
+
+void Scene::Do(const std::string& command) {
+    const Json::Value answer = control.Exchange(ToLine(Quoted(command)) + "\n");
+    if (!answer["ok"].asBool())
+        throw std::runtime_error(command + ": " + answer["error"].asString());
 }
 
-Scene::Scene(ServiceOptions options) : service(options), client(ConnectTo(service, options.address)) {}
-
-Scene::~Scene() {
-    const std::string errors = service.StandardError();
-    for (const char* sign : {"Sanitizer:", "runtime error:"})
-        if (errors.find(sign) != std::string::npos)
-            ADD_FAILURE() << errors;
-}
-
-std::uint32_t Scene::PlugPlayer(const std::string& type) {
-    control.ForgetCalls();
-    const std::uint32_t handle = control.Plug(type);
+void Scene::PlugPlayer(const std::string& type) {
+    Do("{'command':'clear','what':'calls'}");
+    Do("{'command':'plug','type':'" + type + "'}");
     Require("a browse session", [&] {
         client.Result("isIpodConnected");
-        return control.HasBeenCalled("eDevMgriPodOpenMdBrowseSession");
+        constexpr const char* kHasBeenCalled =
+            R"({"command":"wait","call":"eDevMgriPodOpenMdBrowseSession","timeout":0})";
+        return control.Exchange(std::string(kHasBeenCalled) + "\n")["ok"].asBool();
     });
     // Answered in a later step, so the session is open.
     client.Result("isIpodConnected");
-    return handle;
 }
 
-void Scene::WaitForConnection(bool connected) {
-    Require(connected ? "a connected player" : "no connected player",
-            [&] { return client.Result("isIpodConnected")["connected"] == connected; });
-}
-
-std::optional<int> Scene::Stop() {
-    service.Signal(SIGTERM);
-    return service.WaitForExit();
+void Scene::UnplugPlayer() {
+    Do("{'command':'unplug'}");
+    Require("no connected player", [&] { return client.Result("isIpodConnected")["connected"] == false; });
 }
 
 }  // namespace EndToEnd

@@ -7,14 +7,8 @@
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
-    if (std::getenv("IPOD_TEST_SANDBOX") == nullptr && !testing::GTEST_FLAG(list_tests)) {
-        std::fprintf(stderr, "run this through sandbox.sh, which stands beside its sources\n");
-        return 2;
-    }
-    const int status = RUN_ALL_TESTS();
-    if (testing::UnitTest::GetInstance()->test_to_run_count() == 0 && !testing::GTEST_FLAG(list_tests)) {
-        std::fprintf(stderr, "no test has this name\n");
-        return 2;
-    }
-    return status;
+    if (std::getenv("IPOD_TEST_SANDBOX") != nullptr || testing::GTEST_FLAG(list_tests))
+        return RUN_ALL_TESTS();
+    std::fprintf(stderr, "run this through sandbox.sh, which stands beside its sources\n");
+    return 2;
 }

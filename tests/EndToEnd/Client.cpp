@@ -1,0 +1,164 @@
+#include "tests/EndToEnd/Client.h"
+
+#include <arpa/inet.h>
+#include <sys/un.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <sstream>
+#include <system_error>
+
+namespace EndToEnd {
+
+namespace {
+
+bool IsNotification(const Json::Value& value) {
+    return value.isObject() && value.isMember("method");
+}
+
+template <typename Address>
+UniqueFd Connect(const Address& to, int family, int receiveBuffer) {
+    UniqueFd fd(socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    // A receive or a send that takes longer fails with EAGAIN.
+    const timeval patience{
+        std::chrono::duration_cast<std::chrono::seconds>(kPatience).count() * END_TO_END_TIME_SCALE, 0};
+    setsockopt(fd.Get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+    setsockopt(fd.Get(), SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+    if (receiveBuffer > 0)
+        setsockopt(fd.Get(), SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof receiveBuffer);
+    if (connect(fd.Get(), reinterpret_cast<const sockaddr*>(&to), sizeof to) != 0)
+        throw std::system_error(errno, std::generic_category(), "connect");
+    return fd;
+}
+
+UniqueFd Connect(const std::string& address, int receiveBuffer) {
+    if (address.front() != '/')
+        return Connect(ServiceAddress(address), AF_INET, receiveBuffer);
+    sockaddr_un path{};
+    path.sun_family = AF_UNIX;
+    address.copy(path.sun_path, sizeof path.sun_path - 1);
+    return Connect(path, AF_UNIX, receiveBuffer);
+}
+
+}  // namespace
+
+sockaddr_in ServiceAddress(const std::string& address) {
+    sockaddr_in result{};
+    result.sin_family = AF_INET;
+    result.sin_port = htons(8883);
+    inet_pton(AF_INET, address.c_str(), &result.sin_addr);
+    return result;
+}
+
+Json::Value ParseJson(const std::string& text) {
+    Json::Value value;
+    std::istringstream(text) >> value;
+    return value;
+}
+
+Json::Value Quoted(std::string text) {
+    std::replace(text.begin(), text.end(), '\'', '"');
+    return ParseJson(text);
+}
+
+std::string ToLine(const Json::Value& value) {
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "";
+    return Json::writeString(builder, value);
+}
+
+std::string Request(const std::string& method, int id, const std::string& params) {
+    Json::Value request = Quoted("{'jsonrpc':'2.0'}");
+    request["method"] = method;
+    request["id"] = id;
+    if (params != "null")
+        request["params"] = Quoted(params);
+    return ToLine(request);
+}
+
+Client::Client(const std::string& address, int receiveBuffer) : m_fd(Connect(address, receiveBuffer)) {}
+
+Json::Value Client::Call(const std::string& method, const std::string& params) {
+    const int id = ++m_lastId;
+    Json::Value reply = Exchange(Request(method, id, params));
+    if (reply["id"] != id)
+        throw std::runtime_error("reply to another request: " + ToLine(reply));
+    return reply;
+}
+
+Json::Value Client::Exchange(std::string_view text) {
+    Send(text);
+    const Clock::time_point deadline = In(kPatience);
+    for (;;) {
+        Json::Value value = NextMessage(deadline);
+        if (!IsNotification(value))
+            return value;
+    }
+}
+
+std::string Client::Notification(const std::string& method, const Predicate& pleases) {
+    for (const Clock::time_point deadline = In(kPatience);; NextMessage(deadline)) {
+        while (m_nextAsked < m_history.size()) {
+            const std::string& line = m_history[m_nextAsked++];
+            const Json::Value value = ParseJson(line);
+            if (value["method"] == method && pleases(value["params"]))
+                return line;
+        }
+    }
+}
+
+Json::Value Client::NextMessage(Clock::time_point deadline) {
+    std::size_t end = 0;
+    while ((end = m_received.find('\n')) == std::string::npos) {
+        if (!Receive())
+            throw std::runtime_error("the peer has hung up");
+    }
+    if (Clock::now() >= deadline)
+        throw std::runtime_error("timed out waiting for a message");
+    std::string line = m_received.substr(0, end);
+    m_received.erase(0, end + 1);
+    Json::Value value = ParseJson(line);
+    if (IsNotification(value))
+        m_history.push_back(std::move(line));
+    return value;
+}
+
+void Client::Send(std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t sent = send(m_fd.Get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+        if (sent < 0 && errno == EAGAIN)
+            throw std::runtime_error("timed out sending");
+        if (sent < 0)
+            return;
+        bytes.remove_prefix(static_cast<std::size_t>(sent));
+    }
+}
+
+bool Client::WaitForHangUp() {
+    const Clock::time_point deadline = In(kPatience);
+    while (Clock::now() < deadline) {
+        if (!Receive())
+            return true;
+        m_received.clear();
+    }
+    return false;
+}
+
+bool Client::Receive() {
+    std::array<char, 65536> buffer;
+    const ssize_t got = recv(m_fd.Get(), buffer.data(), buffer.size(), 0);
+    if (got < 0 && errno == EAGAIN)
+        throw std::runtime_error("timed out receiving; so far: " + m_received.substr(0, 200));
+    if (got > 0)
+        m_received.append(buffer.data(), static_cast<std::size_t>(got));
+    return got > 0;
+}
+
+void Client::Abort() {
+    const linger reset{1, 0};
+    setsockopt(m_fd.Get(), SOL_SOCKET, SO_LINGER, &reset, sizeof reset);
+    m_fd = UniqueFd();
+}
+
+}  // namespace EndToEnd

@@ -1,0 +1,78 @@
+// A client of the service's port, or of the simulated player's control socket: both speak JSON by lines.
+#pragma once
+
+#include <json/json.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "DeviceSimulator/UniqueFd.h"
+#include "tests/EndToEnd/Deadline.h"
+
+namespace EndToEnd {
+
+using DeviceSimulator::UniqueFd;
+
+inline constexpr const char* kLoopback = "127.0.0.1";
+
+/// Of the service's port at a numeric address.
+sockaddr_in ServiceAddress(const std::string& address);
+
+/// Throws Json::Exception for text that is not JSON.
+Json::Value ParseJson(const std::string& text);
+/// A JSON value from its text with ' for ".
+Json::Value Quoted(std::string text);
+std::string ToLine(const Json::Value& value);
+/// The text of a request, without a newline. `params`: as for Quoted.
+std::string Request(const std::string& method, int id, const std::string& params = "null");
+
+/// Every wait throws std::runtime_error at its deadline.
+class Client {
+  public:
+    /// A TCP client of an address, or a client of the Unix socket at a path. Throws std::system_error when
+    /// nobody listens. `receiveBuffer`: SO_RCVBUF, or 0 for the system's own.
+    explicit Client(const std::string& address = kLoopback, int receiveBuffer = 0);
+
+    /// The whole reply. `params`: as for Quoted.
+    Json::Value Call(const std::string& method, const std::string& params = "null");
+    /// The reply's "result".
+    Json::Value Result(const std::string& method, const std::string& params = "null") {
+        return Call(method, params)["result"];
+    }
+    /// Sends `text` and answers with the next line that is not a notification.
+    Json::Value Exchange(std::string_view text);
+
+    using Predicate = std::function<bool(const Json::Value& params)>;
+    /// The text of the next notification with this name and with parameters that please; those before it are
+    /// dropped.
+    std::string Notification(
+        const std::string& method, const Predicate& pleases = [](const Json::Value&) { return true; });
+    /// Every notification received so far.
+    const std::vector<std::string>& History() const { return m_history; }
+
+    /// What the peer takes of `bytes` until it hangs up.
+    void Send(std::string_view bytes);
+    /// Reads on, and drops what comes, until the peer hangs up.
+    bool WaitForHangUp();
+    void ShutDownSending() { shutdown(m_fd.Get(), SHUT_WR); }
+    /// Hangs up with a reset instead of an orderly end.
+    void Abort();
+
+  private:
+    /// Also keeps its text when it is a notification.
+    Json::Value NextMessage(Clock::time_point deadline);
+    /// False at the end of the stream.
+    bool Receive();
+
+    UniqueFd m_fd;
+    std::string m_received;
+    std::vector<std::string> m_history;
+    std::size_t m_nextAsked = 0;  // in m_history
+    int m_lastId = 0;
+};
+
+}  // namespace EndToEnd
