@@ -1,128 +1,169 @@
-// From picture bytes to the text that clients get.
+// From the device's picture to what clients get: at once, and from a later pass of the server loop.
 #include "IpodService/AlbumArt.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <vips/vips8>
 
 #include "tests/IpodService/ManagerFixture.h"
-#include "tests/IpodService/TestPictures.h"
 
 namespace {
 
-using testing::HasSubstr;
-using testing::Not;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using vips::VImage;
 
-DeliveredPicture Delivered(const PictureBytes& bytes, u32 width, u32 height) {
+using Bytes = std::vector<u8>;
+
+const std::vector<double> kColour{200, 30, 90};
+
+Bytes Encode(int width, int height, const char* suffix = ".jpg") {
+    const VImage image = VImage::black(width, height) + kColour;
+    void* memory = nullptr;
+    std::size_t size = 0;
+    image.cast(VIPS_FORMAT_UCHAR).write_to_buffer(suffix, &memory, &size);
+    const std::unique_ptr<void, decltype(&g_free)> owner(memory, g_free);
+    return {static_cast<u8*>(memory), static_cast<u8*>(memory) + size};
+}
+
+/// Throws when the text is no picture.
+VImage Decode(const std::string& base64) {
+    gsize size = 0;
+    const std::unique_ptr<guchar, decltype(&g_free)> bytes(g_base64_decode(base64.c_str(), &size), g_free);
+    return VImage::new_from_buffer(bytes.get(), size, "").copy_memory();
+}
+
+DeliveredPicture Delivered(const Bytes& bytes, u32 width, u32 height) {
     return {height, width, static_cast<u32>(bytes.size()), bytes};
 }
 
-TEST(AlbumArtTest, LengthComesFromTheReportedSize) {
-    struct {
-        u32 height;
-        u32 width;
-        u32 length;
-    } const cases[] = {
-        {0, 0, 0},
-        {0, 1234, 1234},
-        {777, 0, 777},
-        {320, 480, 307200},
-        {65536, 32768, 0},
-        {2000, 2000, 8000000},
-        {0xFFFFFFFF, 0, 0xFFFFFFFF},
-    };
-    for (const auto& [height, width, length] : cases)
-        EXPECT_EQ(AlbumArtLength(height, width), length) << height << " x " << width;
-}
+class AlbumArtTest : public ManagerTest {
+  protected:
+    AlbumArtTest() {
+        EXPECT_EQ(VIPS_INIT("album_art_test"), 0);
+        EXPECT_EQ(m_manager->RequestDelayedAlbumArt(), -1) << "no device";
+        Connect();
+        m_standIns.eDevMgriPodGetPlayingTrackAlbumArt = [this](u32, u32, u32* height, u32* width, u32 block) {
+            ++m_asked;
+            EXPECT_EQ(std::pair(*width, *height), std::pair(480u, 320u));
+            std::tie(*width, *height) = m_size;
+            if (block != 0)
+                std::copy(m_bytes.begin(), m_bytes.end(), reinterpret_cast<u8*>(std::uintptr_t{block}));
+            return m_code;
+        };
+        m_standIns.eDevMgriPodGetNumPlayingTracks = Giving(10u, 4u);
+        UseStandIns();
+    }
 
-TEST(AlbumArtTest, PictureUpToTheLimitStaysAsItIs) {
-    const PictureBytes noPicture{'n', 'o', 'n', 'e'};
-    for (const auto& [width, height] : {std::pair<u32, u32>{480, 320}, {5000, 320}, {4, 0}, {0, 4}}) {
-        const AlbumArt art = ConvertAlbumArt(Delivered(noPicture, width, height));
-        EXPECT_EQ(art.text, "bm9uZQ==");
-        EXPECT_EQ(art.width, width);
-        EXPECT_EQ(art.height, height);
+    /// What one pass reports after a request for the picture.
+    Texts RequestAndPass() {
+        EXPECT_EQ(m_manager->RequestDelayedAlbumArt(), 0);
+        m_manager->ProcessDelayedAlbumArt();
+        return m_notifications.Take();
+    }
+
+    int m_asked = 0;
+    Bytes m_bytes{'n', 'o', 'n', 'e'};
+    std::pair<u32, u32> m_size{4, 0};  ///< as the device reports it: width, height
+    u32 m_code = 1;
+    std::string m_text = "as it was";
+    u32 m_width = 7;
+    u32 m_height = 8;
+};
+
+TEST_F(AlbumArtTest, LargerPictureIsShrunkByWholeFactors) {
+    using Size = std::pair<int, int>;
+    const std::pair<Size, Size> cases[] = {
+        {{480, 321}, {120, 107}}, {{640, 640}, {106, 106}}, {{640, 480}, {106, 120}},
+        {{100, 321}, {100, 107}}, {{500, 500}, {100, 100}}, {{700, 799}, {100, 114}},
+        {{800, 800}, {100, 100}}, {{199, 999}, {199, 111}}, {{1599, 1650}, {106, 103}}};
+    for (const auto& [size, shrunk] : cases) {
+        SCOPED_TRACE(testing::PrintToString(size));
+        const Bytes jpeg = Encode(size.first, size.second);
+        const AlbumArt art = ConvertAlbumArt(Delivered(jpeg, 1, static_cast<u32>(size.second)));
+        EXPECT_EQ(std::pair(art.width, art.height), std::pair(100u, 100u));
+        const VImage picture = Decode(art.text);
+        EXPECT_EQ(Size(picture.width(), picture.height()), shrunk);
+        EXPECT_THAT(picture.getpoint(99, 99), testing::Pointwise(testing::DoubleNear(6), kColour));
     }
 }
 
-TEST(AlbumArtTest, LargerPictureIsShrunkByWholeFactors) {
-    struct {
-        int width;
-        int height;
-        int shrunkWidth;
-        int shrunkHeight;
-    } const cases[] = {
-        {480, 321, 120, 107}, {640, 640, 106, 106},   {640, 480, 106, 120}, {100, 321, 100, 107},
-        {500, 500, 100, 100}, {700, 799, 100, 114},   {800, 800, 100, 100}, {1200, 1200, 100, 100},
-        {199, 999, 199, 111}, {1599, 1650, 106, 103},
+TEST_F(AlbumArtTest, DamageIsAPartialPictureOrAFailure) {
+    const Bytes whole = Encode(640, 640);
+    const auto first = [&](std::size_t size) {
+        return Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
     };
-    for (const auto& [width, height, shrunkWidth, shrunkHeight] : cases) {
-        SCOPED_TRACE(testing::Message() << width << " x " << height);
-        const PictureBytes jpeg = MakeJpeg(width, height);
-        const AlbumArt art =
-            ConvertAlbumArt(Delivered(jpeg, static_cast<u32>(width), static_cast<u32>(height)));
-        EXPECT_EQ(art.width, 100U);
-        EXPECT_EQ(art.height, 100U);
-        const std::optional<DecodedPicture> picture = DecodeBase64Jpeg(art.text);
-        ASSERT_TRUE(picture);
-        EXPECT_EQ(picture->width, shrunkWidth);
-        EXPECT_EQ(picture->height, shrunkHeight);
+    const Bytes half = first(whole.size() / 2);
+    EXPECT_EQ(Decode(ConvertAlbumArt(Delivered(half, 640, 640)).text).width(), 106);
 
-        const DecodedPicture original = *DecodeBase64Jpeg(EncodeAsDelivered(Delivered(jpeg, 0, 0)).text);
-        // Away from the fields' edges, which ring in the encoder's blocks of 16.
-        for (const auto& [x, y] : {std::pair{10, 10}, {90, 10}, {10, 90}, {90, 90}, {35, 35}, {75, 75}})
-            for (size_t channel = 0; channel < 3; ++channel)
-                EXPECT_NEAR(picture->ColourAt(x, y)[channel], original.ColourAt(x, y)[channel], 6);
-    }
-}
-
-TEST(AlbumArtTest, DamageIsAPartialPictureOrAFailure) {
-    const PictureBytes whole = MakeJpeg(640, 640);
-    const PictureBytes half(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(whole.size() / 2));
-    PictureBytes padded = whole;
-    padded.resize(2 * whole.size() + 1);
-    for (const PictureBytes& bytes : {half, padded}) {
-        const std::optional<DecodedPicture> picture =
-            DecodeBase64Jpeg(ConvertAlbumArt(Delivered(bytes, 640, 640)).text);
-        ASSERT_TRUE(picture);
-        EXPECT_EQ(picture->width, 106);
-        EXPECT_EQ(picture->height, 106);
-    }
-
-    const PictureBytes failing[] = {
-        PictureBytes(1000),                                // zeros
-        PictureBytes(1, 0xFF),                             //
-        PictureBytes(whole.begin(), whole.begin() + 100),  // cut in the header
-        MakePng(400, 400),                                 // a picture, but no JPEG
-        MakeJpeg(90, 400),                                 // nothing to divide the width by
-        MakeJpeg(400, 90),                                 //
-        MakeJpegClaiming(65500, 65500),                    // hours and gigabytes to decode
-    };
-    for (size_t i = 0; i < std::size(failing); ++i) {
+    Bytes claiming = Encode(16, 16);  // 65500 x 65500: hours and gigabytes to decode
+    const u8 startOfFrame[] = {0xFF, 0xC0};
+    const auto frame = std::search(claiming.begin(), claiming.end(), startOfFrame, startOfFrame + 2);
+    const u8 hugeSize[] = {0xFF, 0xDC, 0xFF, 0xDC};
+    std::copy_n(hugeSize, 4, frame + 5);
+    // Next to it: no pictures, one cut in its header, one that is no JPEG, two too small to be divided.
+    const Bytes failing[] = {
+        claiming,        Bytes(1000),    Bytes(1, 0xFF), first(100), Encode(400, 400, ".ppm"),
+        Encode(90, 400), Encode(400, 90)};
+    for (std::size_t i = 0; i < std::size(failing); ++i) {
         EXPECT_THROW(ConvertAlbumArt(Delivered(failing[i], 400, 400)), vips::VError) << "case " << i;
         EXPECT_STREQ(vips_error_buffer(), "") << "case " << i;
     }
-    EXPECT_EQ(ConvertAlbumArt(Delivered(whole, 640, 640)).width, 100U) << "after the failures";
 }
 
-TEST(AlbumArtTest, LogTellsTheComputedLength) {
-    const ScratchFolder scratch;
-    CapturedLog log(scratch.Path() / "log");
-    const PictureBytes bytes(8);
-    ConvertAlbumArt({320, 480, 307200, bytes});
-    EXPECT_EQ(log.Take(),
-              "[INFO ] Begin resizing. EncodeBase64 temp_size = 409604\n"
-              "[WARN ] No resizing. EncodeBase64 dsize = 307200\n");
-    ConvertAlbumArt({0, 0xFFFFFFFF, 0xFFFFFFFF, bytes});
-    EXPECT_EQ(log.Take(),
-              "[INFO ] Begin resizing. EncodeBase64 temp_size = 4\n"
-              "[WARN ] No resizing. EncodeBase64 dsize = -1\n");
-    const AlbumArt art = ConvertAlbumArt(Delivered(MakeJpeg(640, 640), 640, 640));
-    EXPECT_THAT(log.Take(), HasSubstr("[INFO ] Calling shrink\n[INFO ] Finished resizing image size to " +
-                                      std::to_string(DecodeBase64(art.text).size()) + "\n"));
-    EXPECT_THROW(ConvertAlbumArt({400, 400, 8, bytes}), vips::VError);
-    EXPECT_THAT(log.Take(), Not(HasSubstr("Calling shrink")));
+TEST_F(AlbumArtTest, DelayedFetchByOutcome) {
+    const struct {
+        u32 code;
+        std::pair<u32, u32> size;
+        Texts reported;
+        bool pending = false;
+    } cases[] = {{1, {4, 0}, {"art 8 4x0 5"}},
+                 {1, {1, 2}, {"art 8 1x2 5"}},
+                 {1, {480, 320}, {"art 409600 480x320 5"}},
+                 {1, {0, 0}, {"art 0 0x0 5"}},
+                 {1, {32768, 65536}, {"art 0 0x0 5"}},
+                 {0, {4, 0}, {"art 0 0x0 5"}},
+                 {70, {}, {}, true},
+                 {71, {}, {}},
+                 {74, {}, {}},
+                 {75, {}, {}, true}};
+    m_manager->RequestPlayStatus();
+    EXPECT_THAT(RequestAndPass(), IsEmpty()) << "the track info goes first";
+    m_manager->UpdatePlayStatus();
+    m_notifications.Take();
+    for (const auto& [code, size, reported, pending] : cases) {
+        m_code = code;
+        m_size = size;
+        EXPECT_EQ(RequestAndPass(), reported) << code;
+        const int before = m_asked;
+        m_manager->ProcessDelayedAlbumArt();
+        EXPECT_EQ(m_asked > before, pending) << code;
+        m_code = 74;
+        m_manager->ProcessDelayedAlbumArt();
+    }
+}
+
+TEST_F(AlbumArtTest, ReadsStayWithinTheGrantedBlock) {
+    m_bytes = Encode(640, 640);
+    for (const auto& size : {std::pair<u32, u32>{2000, 2000}, {0xFFFFFFFF, 0}}) {
+        m_size = size;
+        EXPECT_EQ(m_manager->GetPlayingTrackAlbumArt(m_text, m_width, m_height), 0);
+    }
+    EXPECT_EQ(m_text.size(), (0x200000u + 2) / 3 * 4);
+    m_manager->FreeShm1();
+    m_simulator.Fail("eDevMgrAllocateSharedMemory", 106);
+    EXPECT_THAT(RequestAndPass(), ElementsAre("art 0 0x0 5")) << "no memory for the block";
+}
+
+TEST_F(AlbumArtTest, ImmediateFetchLeavesItsArgumentsAloneWithoutAPicture) {
+    for (const u32 code : {0U, 72U, 94U, 1U}) {
+        m_code = code;
+        m_size = {0, 0};
+        EXPECT_EQ(m_manager->GetPlayingTrackAlbumArt(m_text, m_width, m_height),
+                  static_cast<i32>(code == 1 ? 0 : code));
+        EXPECT_EQ(std::tie(m_text, m_width, m_height), std::tuple("as it was", 7u, 8u));
+    }
+    m_size = {2, 400};
+    EXPECT_THROW(m_manager->GetPlayingTrackAlbumArt(m_text, m_width, m_height), vips::VError);
+    EXPECT_THAT(RequestAndPass(), ElementsAre("art 2136 2x400 5")) << "as it is when delayed";
 }
 
 }  // namespace
