@@ -171,7 +171,9 @@ show_picture() {
     rpc_show getCurrentAlbumArt
     local bytes
     bytes=$(sed -n 's/.*"albumArt":"\([^"]*\)".*/\1/p' <<<"$RPC_SEEN" | tail -n 1 | base64 -d 2>/dev/null | wc -c)
-    echo "   # a picture of $bytes bytes"
+    if [[ $RPC_SEEN =~ \"imageHeight\":([0-9]+),\"imageWidth\":([0-9]+) ]]; then
+        echo "   # a picture of ${BASH_REMATCH[2]} x ${BASH_REMATCH[1]}, $bytes bytes"
+    fi
 }
 
 show_sound() {
