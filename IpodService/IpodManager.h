@@ -194,8 +194,6 @@ class IpodManager {
     u32 ProcessHandle() const { return m_processHandle; }
 
   private:
-    friend class IpodManagerTestAccess;
-
     struct AlbumArtResult;
 
     /// Calls a function that takes the process handle first.
