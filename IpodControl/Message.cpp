@@ -1,0 +1,100 @@
+#include "IpodControl/Message.h"
+
+#include <exception>
+#include <memory>
+#include <utility>
+
+namespace IpodControl {
+
+namespace {
+
+bool IsAnswer(const Json::Value& value) {
+    return value.isObject() && value.isMember("id") && (value.isMember("result") || value.isMember("error"));
+}
+
+/// The service answers with an id alone where a method has no result.
+bool IsEmptyAnswer(const Json::Value& value) {
+    return value.isObject() && value.isMember("id") && value.isMember("jsonrpc") && !value.isMember("method");
+}
+
+bool IsNotice(const Json::Value& value) {
+    return value.isObject() && value["method"].isString() && !value.isMember("id");
+}
+
+bool IsBatch(const Json::Value& value) {
+    if (!value.isArray() || value.empty()) {
+        return false;
+    }
+    for (const Json::Value& answer : value) {
+        if (!IsAnswer(answer) && !IsEmptyAnswer(answer)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool ParseJson(std::string_view line, Json::Value& value) {
+    constexpr int kDeepestNesting = 64;
+    Json::CharReaderBuilder builder;
+    Json::CharReaderBuilder::strictMode(&builder.settings_);
+    builder["stackLimit"] = kDeepestNesting;
+    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+    return reader->parse(line.data(), line.data() + line.size(), &value, nullptr);
+}
+
+}  // namespace
+
+std::optional<Message> Message::Parse(std::string_view line) {
+    try {
+        Json::Value value;
+        if (ParseJson(line, value) &&
+            (IsNotice(value) || IsAnswer(value) || IsEmptyAnswer(value) || IsBatch(value))) {
+            return Message(std::move(value));
+        }
+    } catch (const std::exception&) {
+        // Nested too deeply, which the parser says by throwing.
+    }
+    return std::nullopt;
+}
+
+bool Message::IsAnswerTo(std::uint64_t id) const {
+    return m_whole.isObject() && !IsNotification() && m_whole["id"].isUInt64() &&
+           m_whole["id"].asUInt64() == id;
+}
+
+std::string Message::Method() const {
+    return IsNotification() ? m_whole["method"].asString() : std::string();
+}
+
+std::optional<RpcError> Message::Error() const {
+    const Json::Value error = Member("error");
+    if (!error.isObject()) {
+        return std::nullopt;
+    }
+    return RpcError{error["code"].isInt64() ? error["code"].asInt64() : 0,
+                    error["message"].isString() ? error["message"].asString() : "no message"};
+}
+
+Json::Value Message::Member(const char* name) const {
+    return m_whole.isObject() && m_whole.isMember(name) ? m_whole[name] : Json::Value();
+}
+
+std::string ToLine(const Json::Value& value) {
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "";
+    builder["emitUTF8"] = true;
+    return Json::writeString(builder, value);
+}
+
+std::string RequestLine(std::uint64_t id, std::string_view method, const Json::Value& params) {
+    Json::Value request;
+    request["jsonrpc"] = "2.0";
+    request["id"] = Json::UInt64{id};
+    request["method"] = std::string(method);
+    if (!params.isNull()) {
+        request["params"] = params;
+    }
+    return ToLine(request);
+}
+
+}  // namespace IpodControl

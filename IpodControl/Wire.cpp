@@ -1,0 +1,227 @@
+#include "IpodControl/Wire.h"
+
+#include <fcntl.h>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <memory>
+#include <utility>
+
+namespace IpodControl {
+
+namespace {
+
+/// The list of all songs of the largest libraries takes some 30 MB; what sends more than this is no service.
+constexpr std::size_t kLongestLine = 256U << 20;
+constexpr std::size_t kReadBytes = 64U << 10;
+/// So much at a time, so that a flood lets its reader do something else in between.
+constexpr std::size_t kMostReads = 64;
+
+struct FreeAddresses {
+    void operator()(addrinfo* list) const { freeaddrinfo(list); }
+};
+using Addresses = std::unique_ptr<addrinfo, FreeAddresses>;
+
+int LookUp(const Endpoint& endpoint, Addresses& addresses) {
+    addrinfo hints{};
+    hints.ai_family = AF_UNSPEC;
+    hints.ai_socktype = SOCK_STREAM;
+    hints.ai_flags = AI_NUMERICSERV;
+    addrinfo* list = nullptr;
+    const int failure =
+        getaddrinfo(endpoint.host.c_str(), std::to_string(endpoint.port).c_str(), &hints, &list);
+    addresses.reset(list);
+    return failure;
+}
+
+/// False at the deadline.
+bool WaitFor(int socket, short events, Deadline deadline) {
+    using std::chrono::milliseconds;
+    for (;;) {
+        const auto left =
+            std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now()).count();
+        pollfd entry{socket, events, 0};
+        const int ready = poll(&entry, 1, static_cast<int>(std::clamp<decltype(left)>(left, 0, 60'000)));
+        if (ready > 0) {
+            return true;
+        }
+        if (left <= 0 && ready == 0) {
+            return false;
+        }
+    }
+}
+
+/// 0, or an errno. The connection is then `connection`.
+int ConnectTo(const addrinfo& address, Deadline deadline, int& connection) {
+    const int made =
+        socket(address.ai_family, address.ai_socktype | SOCK_CLOEXEC | SOCK_NONBLOCK, address.ai_protocol);
+    if (made < 0) {
+        return errno;
+    }
+    int failure = connect(made, address.ai_addr, address.ai_addrlen) == 0 ? 0 : errno;
+    if (failure == EINPROGRESS) {
+        socklen_t size = sizeof failure;
+        if (!WaitFor(made, POLLOUT, deadline)) {
+            failure = ETIMEDOUT;
+        } else if (getsockopt(made, SOL_SOCKET, SO_ERROR, &failure, &size) != 0) {
+            failure = errno;
+        }
+    }
+    if (failure != 0) {
+        close(made);
+        return failure;
+    }
+    // A request is one small segment, and the next one must not wait for its acknowledgement.
+    const int on = 1;
+    setsockopt(made, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    connection = made;
+    return 0;
+}
+
+bool IsBlank(char c) {
+    return c == ' ' || c == '\t' || c == '\r';
+}
+
+/// Whether `text` cannot become an object or an array any more.
+bool IsHopeless(std::string_view text) {
+    const auto* const first = std::find_if_not(text.begin(), text.end(), IsBlank);
+    return first != text.end() && *first != '{' && *first != '[';
+}
+
+std::string Printable(std::string_view text) {
+    constexpr std::size_t kMost = 40;
+    std::string printable;
+    for (const char c : text.substr(0, kMost)) {
+        printable += c >= ' ' && c <= '~' ? c : '.';
+    }
+    return printable;
+}
+
+}  // namespace
+
+Outcome<Done> Wire::Open(const Endpoint& endpoint, Deadline deadline) {
+    Close();
+    m_peer = endpoint;
+    Addresses addresses;
+    if (const int failure = LookUp(endpoint, addresses); failure != 0) {
+        return Fail(ProblemKind::NoConnection,
+                    "There is no host " + endpoint.host + ": " + gai_strerror(failure));
+    }
+    int failure = 0;
+    for (const addrinfo* address = addresses.get(); address != nullptr; address = address->ai_next) {
+        failure = ConnectTo(*address, deadline, m_socket);
+        if (failure == 0) {
+            return Done{};
+        }
+    }
+    return Fail(ProblemKind::NoConnection,
+                "No service answers on " + ToText(endpoint) + ": " + std::strerror(failure));
+}
+
+void Wire::Close() {
+    if (m_socket >= 0) {
+        close(std::exchange(m_socket, -1));
+    }
+    m_unsent.clear();
+    m_received.clear();
+    m_searched = 0;
+    m_hasEnded = false;
+}
+
+Outcome<Done> Wire::Send(std::string_view line) {
+    m_unsent.append(line).append("\n");
+    return Flush();
+}
+
+Outcome<Done> Wire::Flush() {
+    while (!m_unsent.empty()) {
+        const ssize_t sent = send(m_socket, m_unsent.data(), m_unsent.size(), MSG_NOSIGNAL);
+        if (sent > 0) {
+            m_unsent.erase(0, static_cast<std::size_t>(sent));
+        } else if (errno == EAGAIN) {
+            break;
+        } else if (errno != EINTR) {
+            return Fail(ProblemKind::Closed, ToText(m_peer) + " has closed the connection");
+        }
+    }
+    return Done{};
+}
+
+Outcome<std::vector<Message>> Wire::Receive() {
+    for (std::size_t reads = 0; reads < kMostReads && !m_hasEnded; ++reads) {
+        const auto hasMore = ReadSome();
+        if (!hasMore) {
+            return hasMore.Why();
+        }
+        if (!*hasMore) {
+            break;
+        }
+    }
+    auto messages = TakeMessages();
+    if (messages && messages->empty() && m_hasEnded) {
+        return Fail(ProblemKind::Closed, ToText(m_peer) + " has closed the connection");
+    }
+    return messages;
+}
+
+/// False when there is no more for now, or for good.
+Outcome<bool> Wire::ReadSome() {
+    std::array<char, kReadBytes> bytes;
+    const ssize_t count = recv(m_socket, bytes.data(), bytes.size(), 0);
+    if (count > 0) {
+        m_received.append(bytes.data(), static_cast<std::size_t>(count));
+        return true;
+    }
+    if (count < 0 && errno == EINTR) {
+        return true;
+    }
+    // A reset is an end as well: what was received before it counts.
+    m_hasEnded = count == 0 || errno != EAGAIN;
+    return false;
+}
+
+Outcome<std::vector<Message>> Wire::TakeMessages() {
+    std::vector<Message> messages;
+    std::size_t begin = 0;
+    bool isGood = true;
+    for (;;) {
+        const std::size_t end = m_received.find('\n', std::max(begin, m_searched));
+        if (end == std::string::npos) {
+            break;
+        }
+        const auto line = std::string_view(m_received).substr(begin, end - begin);
+        if (!std::all_of(line.begin(), line.end(), IsBlank)) {
+            auto message = Message::Parse(line);
+            if (!message) {
+                isGood = false;
+                break;
+            }
+            messages.push_back(std::move(*message));
+        }
+        begin = end + 1;
+    }
+    m_received.erase(0, begin);
+    m_searched = isGood ? m_received.size() : 0;
+    isGood = isGood && !IsHopeless(m_received) && m_received.size() <= kLongestLine;
+    if (!isGood && messages.empty()) {
+        return Fail(ProblemKind::NotTheService, ToText(m_peer) +
+                                                    " does not speak the service's protocol: \"" +
+                                                    Printable(m_received) + "\" came");
+    }
+    return messages;
+}
+
+Problem Wire::Fail(ProblemKind kind, std::string text) {
+    Close();
+    return {kind, std::move(text)};
+}
+
+}  // namespace IpodControl
