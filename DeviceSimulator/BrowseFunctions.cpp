@@ -27,18 +27,18 @@ struct Parent {
     u32 index;
 };
 
-/// The list that a query means.
-Result FindItems(Engine& engine, u32 ph, u32 dh, Parent parent, u32 category,
-                 std::shared_ptr<const ItemList>& items) {
+/// `work`(list) on the list that a query means; `count` is the query's own out argument.
+template <typename Work>
+Result WithItems(Engine& engine, u32 ph, u32 dh, Parent parent, u32 category, const u32* count, Work work) {
     std::vector<PathStep> path;
     const Result result = InSession(engine, ph, dh, [&](const BrowseSession& session) {
         return IsBrowsable(category) ? session.ParentPath(parent.category, parent.index, path)
                                      : kInvalidCategory;
     });
-    if (result == kSuccess) {
-        items = ItemsBelow(*engine.Music().Get(), path, category);
+    if (result != kSuccess) {
+        return result;
     }
-    return result;
+    return count == nullptr ? kWrongParameters : work(*ItemsBelow(*engine.Music().Get(), path, category));
 }
 
 Result SelectOnce(Engine& engine, u32 ph, u32 dh, PathStep step, const std::vector<PathStep>& path,
@@ -171,17 +171,12 @@ u32 eDevMgriPodMdGetCategories(u32 ph, u32 dh, u32 category, u32* mask) {
 u32 eDevMgriPodGetNumItems(u32 ph, u32 dh, i32 parentCategory, u32 parentIndex, u32 category, u32* count) {
     return PassGate(
         DEVICE_SIMULATOR_KEY(eDevMgriPodGetNumItems),
-        [&](Engine& engine) -> u32 {
-            std::shared_ptr<const ItemList> list;
-            const Result result = FindItems(engine, ph, dh, {parentCategory, parentIndex}, category, list);
-            if (result != kSuccess) {
-                return result;
-            }
-            if (count == nullptr) {
-                return kWrongParameters;
-            }
-            *count = static_cast<u32>(list->size());
-            return kSuccess;
+        [&](Engine& engine) {
+            return WithItems(engine, ph, dh, {parentCategory, parentIndex}, category, count,
+                             [&](const ItemList& list) {
+                                 *count = static_cast<u32>(list.size());
+                                 return kSuccess;
+                             });
         },
         ph, dh, parentCategory, parentIndex, category, count);
 }
@@ -190,16 +185,12 @@ u32 eDevMgriPodGetItems(u32 ph, u32 dh, i32 parentCategory, u32 parentIndex, u32
                         u32* count, BrowseItem* items) {
     return PassGate(
         DEVICE_SIMULATOR_KEY(eDevMgriPodGetItems),
-        [&](Engine& engine) -> u32 {
-            std::shared_ptr<const ItemList> list;
-            const Result result = FindItems(engine, ph, dh, {parentCategory, parentIndex}, category, list);
-            if (result != kSuccess) {
-                return result;
-            }
-            if (count == nullptr) {
-                return kWrongParameters;
-            }
-            return CopyItems(*engine.Music().Get(), category, *list, start, *count, items);
+        [&](Engine& engine) {
+            return WithItems(engine, ph, dh, {parentCategory, parentIndex}, category, count,
+                             [&](const ItemList& list) {
+                                 const auto library = engine.Music().Get();
+                                 return CopyItems(*library, category, list, start, *count, items);
+                             });
         },
         ph, dh, parentCategory, parentIndex, category, start, InOut<u32>{count}, items);
 }
