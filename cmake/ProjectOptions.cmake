@@ -28,6 +28,10 @@ target_compile_options(project_options INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wformat=2 -Wnon-virtual-dtor -Woverloaded-virtual
     # Log entries carry the source file: its path inside the project, not the build machine's.
     "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+    # Else a folder on a large file system ends at the first entry whose numbers do not fit 32 bits.
+    target_compile_definitions(project_options INTERFACE _FILE_OFFSET_BITS=64)
+endif()
 if(IPOD_WARNINGS_AS_ERRORS)
     target_compile_options(project_options INTERFACE -Werror)
 endif()
