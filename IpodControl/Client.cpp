@@ -24,16 +24,41 @@ std::string Seconds(std::chrono::milliseconds time) {
 
 Outcome<Done> Client::Connect() {
     m_received.clear();
-    m_notifications.clear();
+    DropNotifications();
     return m_wire.Open(m_endpoint, In(m_timeout));
 }
 
 Outcome<Reply> Client::Call(std::string_view method, const Json::Value& params) {
-    const std::uint64_t id = ++m_lastId;
-    if (const auto sent = m_wire.Send(RequestLine(id, method, params)); !sent) {
+    auto replies = CallAll({{std::string(method), params}});
+    if (!replies) {
+        return replies.Why();
+    }
+    return std::move(replies->front());
+}
+
+Outcome<std::vector<Reply>> Client::CallAll(const std::vector<Request>& requests) {
+    std::uint64_t id = m_lastId;
+    std::string lines;
+    for (const Request& request : requests) {
+        lines += lines.empty() ? "" : "\n";
+        lines += RequestLine(++m_lastId, request.method, request.params);
+    }
+    if (const auto sent = m_wire.Send(lines); !sent) {
         return sent.Why();
     }
-    auto answer = Await(In(m_timeout), [id](const Message& message) { return message.IsAnswerTo(id); });
+    std::vector<Reply> replies;
+    for (const Request& request : requests) {
+        auto reply = AwaitReply(++id, request.method, In(m_timeout));
+        if (!reply) {
+            return reply.Why();
+        }
+        replies.push_back(std::move(*reply));
+    }
+    return replies;
+}
+
+Outcome<Reply> Client::AwaitReply(std::uint64_t id, std::string_view method, Deadline deadline) {
+    const auto answer = Await(deadline, [id](const Message& message) { return message.IsAnswerTo(id); });
     if (!answer) {
         return answer.Why();
     }
@@ -64,14 +89,32 @@ Outcome<std::optional<Message>> Client::NextNotification(Deadline deadline) {
     if (!m_notifications.empty()) {
         std::optional<Message> oldest(std::move(m_notifications.front()));
         m_notifications.pop_front();
+        m_keptBytes -= oldest->Size();
         return oldest;
     }
     return Await(deadline, [](const Message& message) { return message.IsNotification(); });
 }
 
+Outcome<std::optional<Message>> Client::AwaitNotification(std::string_view method, Deadline deadline) {
+    for (;;) {
+        auto notification = NextNotification(deadline);
+        if (!notification || !*notification || (*notification)->Method() == method) {
+            return notification;
+        }
+        if (std::chrono::steady_clock::now() >= deadline) {
+            return std::optional<Message>();
+        }
+    }
+}
+
+void Client::DropNotifications() {
+    m_notifications.clear();
+    m_keptBytes = 0;
+}
+
 Outcome<std::optional<Message>> Client::Await(Deadline deadline,
                                               const std::function<bool(const Message&)>& isWanted) {
-    for (;;) {
+    for (bool isOver = false;;) {
         while (!m_received.empty()) {
             Message message = std::move(m_received.front());
             m_received.pop_front();
@@ -80,9 +123,14 @@ Outcome<std::optional<Message>> Client::Await(Deadline deadline,
             }
             // Any other answer is one that was given up waiting for.
             if (message.IsNotification()) {
-                m_notifications.push_back(std::move(message));
+                Keep(std::move(message));
             }
         }
+        // Whoever sends without a pause does not keep this waiting.
+        if (isOver) {
+            return std::optional<Message>();
+        }
+        isOver = std::chrono::steady_clock::now() >= deadline;
         const auto isReady = Wait(deadline);
         if (!isReady) {
             return isReady.Why();
@@ -95,6 +143,17 @@ Outcome<std::optional<Message>> Client::Await(Deadline deadline,
             return messages.Why();
         }
         std::move(messages->begin(), messages->end(), std::back_inserter(m_received));
+    }
+}
+
+void Client::Keep(Message notification) {
+    constexpr std::size_t kMost = 1000;
+    constexpr std::size_t kMostBytes = 16U << 20;
+    m_keptBytes += notification.Size();
+    m_notifications.push_back(std::move(notification));
+    while (m_notifications.size() > kMost || (m_keptBytes > kMostBytes && m_notifications.size() > 1)) {
+        m_keptBytes -= m_notifications.front().Size();
+        m_notifications.pop_front();
     }
 }
 

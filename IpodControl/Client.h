@@ -4,11 +4,14 @@
 #include <json/json.h>
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <functional>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "IpodControl/Wire.h"
 
@@ -21,6 +24,11 @@ struct Reply {
     std::optional<RpcError> error;
 };
 
+struct Request {
+    std::string method;
+    Json::Value params{};  ///< left out where null
+};
+
 /// One thread uses it.
 class Client {
   public:
@@ -31,19 +39,28 @@ class Client {
     Outcome<Done> Connect();
     bool IsConnected() const { return m_wire.IsOpen(); }
 
-    /// Null `params` are left out. Notifications that come in between are kept for NextNotification.
+    /// Notifications that come in between are kept for NextNotification, the oldest only so long as there
+    /// are not too many.
     Outcome<Reply> Call(std::string_view method, const Json::Value& params = {});
+    /// Sends all of them at once; the replies stand in the order of the requests.
+    Outcome<std::vector<Reply>> CallAll(const std::vector<Request>& requests);
     /// Sends `line` as it stands and waits for the first message that is no notification.
     Outcome<Message> Exchange(std::string_view line);
 
     /// The oldest notification that has not been taken yet; none when none comes before `deadline`.
     Outcome<std::optional<Message>> NextNotification(Deadline deadline);
+    /// The next one of that name; those before it are dropped.
+    Outcome<std::optional<Message>> AwaitNotification(std::string_view method, Deadline deadline);
+    /// Those that have not been taken yet.
+    void DropNotifications();
 
   private:
     /// The first message that `isWanted`; notifications before it are kept. None at the deadline.
     Outcome<std::optional<Message>> Await(Deadline deadline,
                                           const std::function<bool(const Message&)>& isWanted);
+    Outcome<Reply> AwaitReply(std::uint64_t id, std::string_view method, Deadline deadline);
     Outcome<bool> Wait(Deadline deadline);
+    void Keep(Message notification);
 
     const Endpoint m_endpoint;
     const std::chrono::milliseconds m_timeout;
@@ -51,6 +68,7 @@ class Client {
     std::uint64_t m_lastId = 0;
     std::deque<Message> m_received;  // behind what has been handed out
     std::deque<Message> m_notifications;
+    std::size_t m_keptBytes = 0;  // of m_notifications
 };
 
 }  // namespace IpodControl

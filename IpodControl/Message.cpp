@@ -1,5 +1,6 @@
 #include "IpodControl/Message.h"
 
+#include <algorithm>
 #include <exception>
 #include <memory>
 #include <utility>
@@ -33,6 +34,14 @@ bool IsBatch(const Json::Value& value) {
     return true;
 }
 
+/// A value takes much more memory than the few bytes that may stand for it. The list of all songs of a
+/// library of a million has as many as this.
+bool HasTooManyValues(std::string_view line) {
+    constexpr std::ptrdiff_t kMost = 4'000'000;
+    return std::count_if(line.begin(), line.end(), [](char c) { return c == ',' || c == '[' || c == '{'; }) >
+           kMost;
+}
+
 bool ParseJson(std::string_view line, Json::Value& value) {
     constexpr int kDeepestNesting = 64;
     Json::CharReaderBuilder builder;
@@ -47,9 +56,9 @@ bool ParseJson(std::string_view line, Json::Value& value) {
 std::optional<Message> Message::Parse(std::string_view line) {
     try {
         Json::Value value;
-        if (ParseJson(line, value) &&
+        if (!HasTooManyValues(line) && ParseJson(line, value) &&
             (IsNotice(value) || IsAnswer(value) || IsEmptyAnswer(value) || IsBatch(value))) {
-            return Message(std::move(value));
+            return Message(std::move(value), line.size());
         }
     } catch (const std::exception&) {
         // Nested too deeply, which the parser says by throwing.

@@ -3,6 +3,7 @@
 
 #include <json/json.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -18,7 +19,7 @@ struct RpcError {
 /// An answer, an array of answers, or a notification.
 class Message {
   public:
-    /// None when `line` is neither. Does not throw.
+    /// None when `line` is neither, or holds more values than any answer of the service. Does not throw.
     static std::optional<Message> Parse(std::string_view line);
 
     bool IsNotification() const { return m_whole.isObject() && m_whole.isMember("method"); }
@@ -34,12 +35,15 @@ class Message {
     std::optional<RpcError> Error() const;
 
     const Json::Value& Whole() const { return m_whole; }
+    /// Of the line that it was, in bytes.
+    std::size_t Size() const { return m_size; }
 
   private:
-    explicit Message(Json::Value whole) : m_whole(std::move(whole)) {}
+    Message(Json::Value whole, std::size_t size) : m_whole(std::move(whole)), m_size(size) {}
     Json::Value Member(const char* name) const;
 
     Json::Value m_whole;
+    std::size_t m_size;
 };
 
 /// `value` as one line of compact JSON, without a line end; UTF-8 as it is.

@@ -20,7 +20,7 @@ namespace IpodControl {
 namespace {
 
 /// The list of all songs of the largest libraries takes some 30 MB; what sends more than this is no service.
-constexpr std::size_t kLongestLine = 256U << 20;
+constexpr std::size_t kLongestLine = 64U << 20;
 constexpr std::size_t kReadBytes = 64U << 10;
 /// So much at a time, so that a flood lets its reader do something else in between.
 constexpr std::size_t kMostReads = 64;
@@ -134,6 +134,7 @@ void Wire::Close() {
     m_received.clear();
     m_searched = 0;
     m_hasEnded = false;
+    m_endsSending = false;
 }
 
 Outcome<Done> Wire::Send(std::string_view line) {
@@ -152,7 +153,15 @@ Outcome<Done> Wire::Flush() {
             return Fail(ProblemKind::Closed, ToText(m_peer) + " has closed the connection");
         }
     }
+    if (m_unsent.empty() && std::exchange(m_endsSending, false)) {
+        shutdown(m_socket, SHUT_WR);
+    }
     return Done{};
+}
+
+Outcome<Done> Wire::EndSending() {
+    m_endsSending = true;
+    return Flush();
 }
 
 Outcome<std::vector<Message>> Wire::Receive() {

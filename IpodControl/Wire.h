@@ -34,6 +34,8 @@ class Wire {
     /// Sends `line`, which has no line end of its own; what does not go at once is kept for Flush.
     Outcome<Done> Send(std::string_view line);
     Outcome<Done> Flush();
+    /// Nothing more will be sent: once what is kept has gone, the service answers that and closes.
+    Outcome<Done> EndSending();
     /// What has come. Text that is no JSON-RPC is a problem, told at its first byte where that says so; of
     /// what came before it nothing is lost: it is handed out first, and the problem at the next call.
     Outcome<std::vector<Message>> Receive();
@@ -50,6 +52,7 @@ class Wire {
     std::string m_received;      // from the last line end on
     std::size_t m_searched = 0;  // of m_received: holds no line end
     bool m_hasEnded = false;
+    bool m_endsSending = false;  // once m_unsent has gone
 };
 
 }  // namespace IpodControl
