@@ -1,0 +1,117 @@
+#include "IpodControl/ctl/Picture.h"
+
+#include <array>
+#include <cstdint>
+
+namespace IpodControl {
+
+namespace {
+
+constexpr std::uint8_t kMarker = 0xFF;
+constexpr std::uint8_t kStart = 0xD8;
+constexpr std::uint8_t kEnd = 0xD9;
+constexpr std::uint8_t kScan = 0xDA;
+
+std::uint8_t Byte(std::string_view bytes, std::size_t at) {
+    return static_cast<std::uint8_t>(bytes[at]);
+}
+
+std::size_t Number(std::string_view bytes, std::size_t at) {
+    return static_cast<std::size_t>(Byte(bytes, at)) << 8 | Byte(bytes, at + 1);
+}
+
+bool IsRestart(std::uint8_t marker) {
+    return marker >= 0xD0 && marker <= 0xD7;
+}
+
+/// Stands alone, without a length behind it.
+bool IsBare(std::uint8_t marker) {
+    return IsRestart(marker) || marker == 0x01 || marker == kStart;
+}
+
+/// The headers of frames; the codes among them that are none: tables, and one that is reserved.
+bool IsFrame(std::uint8_t marker) {
+    return marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
+}
+
+/// Where the next marker stands behind a scan's data, in which 0xFF is followed by 0 or by a restart's code.
+std::size_t SkipScan(std::string_view bytes, std::size_t at) {
+    for (; at + 1 < bytes.size(); ++at) {
+        const std::uint8_t code = Byte(bytes, at + 1);
+        if (Byte(bytes, at) == kMarker && code != 0 && code != kMarker && !IsRestart(code)) {
+            return at;
+        }
+    }
+    return bytes.size();
+}
+
+int Digit(char c) {
+    if (c >= 'A' && c <= 'Z') {
+        return c - 'A';
+    }
+    if (c >= 'a' && c <= 'z') {
+        return c - 'a' + 26;
+    }
+    if (c >= '0' && c <= '9') {
+        return c - '0' + 52;
+    }
+    return c == '+' ? 62 : c == '/' ? 63 : -1;
+}
+
+}  // namespace
+
+std::optional<std::string> DecodeBase64(std::string_view text) {
+    while (!text.empty() && text.back() == '=') {
+        text.remove_suffix(1);
+    }
+    std::string bytes;
+    bytes.reserve(text.size() / 4 * 3 + 2);
+    std::uint32_t bits = 0;
+    unsigned count = 0;
+    for (const char c : text) {
+        const int digit = Digit(c);
+        if (digit < 0) {
+            return std::nullopt;
+        }
+        bits = bits << 6 | static_cast<std::uint32_t>(digit);
+        count += 6;
+        if (count >= 8) {
+            count -= 8;
+            bytes += static_cast<char>(bits >> count & 0xFF);
+        }
+    }
+    return bytes;
+}
+
+std::optional<Jpeg> MeasureJpeg(std::string_view bytes) {
+    if (bytes.size() < 2 || Byte(bytes, 0) != kMarker || Byte(bytes, 1) != kStart) {
+        return std::nullopt;
+    }
+    Jpeg jpeg{bytes.size()};
+    std::size_t at = 2;
+    while (at + 1 < bytes.size() && Byte(bytes, at) == kMarker) {
+        const std::uint8_t marker = Byte(bytes, at + 1);
+        if (marker == kEnd) {
+            jpeg.length = at + 2;
+            jpeg.isComplete = true;
+            break;
+        }
+        if (marker == kMarker || IsBare(marker)) {
+            at += marker == kMarker ? 1 : 2;
+            continue;
+        }
+        if (at + 4 > bytes.size()) {
+            break;
+        }
+        const std::size_t length = Number(bytes, at + 2);
+        if (IsFrame(marker) && at + 9 <= bytes.size()) {
+            jpeg.height = Number(bytes, at + 5);
+            jpeg.width = Number(bytes, at + 7);
+        }
+        at += 2 + length;
+        at = marker == kScan ? SkipScan(bytes, at) : at;
+    }
+    return jpeg;
+}
+
+}  // namespace IpodControl

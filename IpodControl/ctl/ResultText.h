@@ -1,0 +1,21 @@
+// Results as a person reads them.
+#pragma once
+
+#include <json/json.h>
+
+#include <string>
+
+#include "IpodControl/ctl/Method.h"
+
+namespace IpodControl {
+
+/// Prints what `method` has brought; nothing where a person needs no word.
+void PrintResult(const Method& method, const Json::Value& result, bool isDone);
+
+/// The items of a list, one a line: id, name, and at the root what the player does not offer.
+void PrintItems(const Json::Value& items);
+
+/// "0:12 of 3:34", or without the second where the duration is unknown.
+std::string PositionText(const Json::Value& trackInfo);
+
+}  // namespace IpodControl

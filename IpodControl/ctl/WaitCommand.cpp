@@ -1,0 +1,143 @@
+// Waits for a state of the player, for scripts.
+
+#include <algorithm>
+#include <thread>
+
+#include "IpodControl/ctl/Ask.h"
+#include "IpodControl/ctl/Commands.h"
+#include "IpodControl/ctl/Fields.h"
+
+namespace IpodControl {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr milliseconds kUsualWait{30'000};
+/// An answer that takes longer than this is none: the service is busy, and is asked again.
+constexpr milliseconds kAnswerTime{5000};
+/// Between two looks; a notification shortens it.
+constexpr milliseconds kPause{250};
+
+Outcome<bool> HasFlag(Client& client, const char* method, const char* member) {
+    const auto reply = client.Call(method);
+    if (!reply) {
+        return reply.Why();
+    }
+    return BoolField(reply->result, member);
+}
+
+/// What the notification says that follows getCurrentTrackInfo; null where it stays away.
+Outcome<Json::Value> CurrentTrack(Client& client, Deadline deadline) {
+    const auto reply = client.Call("getCurrentTrackInfo");
+    if (!reply) {
+        return reply.Why();
+    }
+    // One from before tells of the past.
+    client.DropNotifications();
+    const auto notification = client.AwaitNotification("trackInfoNotification", deadline);
+    if (!notification) {
+        return notification.Why();
+    }
+    return *notification ? Field((*notification)->Params(), "trackInfo") : Json::Value();
+}
+
+/// Whether `state` holds now.
+Outcome<bool> Holds(Client& client, const std::string& state, Deadline deadline) {
+    const auto isConnected = HasFlag(client, "isIpodConnected", "connected");
+    if (!isConnected || state == "connected") {
+        return isConnected;
+    }
+    if (state == "disconnected" || !*isConnected) {
+        return state == "disconnected" && !*isConnected;
+    }
+    if (state == "ready") {
+        return HasFlag(client, "getHasPlayableData", "hasPlayableData");
+    }
+    const auto isPaused = HasFlag(client, "isTrackPaused", "isPaused");
+    if (!isPaused || state == "paused") {
+        return isPaused;
+    }
+    const auto track = CurrentTrack(client, deadline);
+    if (!track) {
+        return track.Why();
+    }
+    if (state == "track") {
+        return !TextField(*track, "trackTitle").empty();
+    }
+    const bool isPlaying = BoolField(*track, "isPlaying");
+    return state == "playing" ? isPlaying : track->isObject() && !isPlaying && !*isPaused;
+}
+
+/// Until something has happened that may have changed the state, or a while has passed.
+Outcome<Done> Pause(Client& client, Deadline deadline) {
+    const Deadline end = std::min(deadline, In(kPause));
+    for (;;) {
+        const auto notification = client.NextNotification(end);
+        if (!notification) {
+            return notification.Why();
+        }
+        const bool isOver = !*notification || std::chrono::steady_clock::now() >= end;
+        // The one about the track is also the echo of this program's own question.
+        if (isOver || (*notification)->Method() == "trackPausedNotification" ||
+            (*notification)->Method() == "ipodConnectionNotification") {
+            return Done{};
+        }
+    }
+}
+
+class Waiting {
+  public:
+    Waiting(const Settings& settings, std::string state)
+        : m_state(std::move(state)),
+          m_deadline(In(settings.givenTimeout.value_or(kUsualWait))),
+          m_client(settings.endpoint, std::min(settings.givenTimeout.value_or(kUsualWait), kAnswerTime)) {}
+
+    int Run() {
+        for (;;) {
+            const auto holds = Look();
+            if (holds && *holds) {
+                return kDone;
+            }
+            if (!holds && holds.Why().kind == ProblemKind::NotTheService) {
+                return Complain(holds.Why());
+            }
+            if (std::chrono::steady_clock::now() >= m_deadline) {
+                return GiveUp(holds);
+            }
+            if (!holds || !Pause(m_client, m_deadline)) {
+                std::this_thread::sleep_until(std::min(m_deadline, In(kPause)));
+            }
+        }
+    }
+
+  private:
+    Outcome<bool> Look() {
+        if (!m_client.IsConnected()) {
+            if (const auto connected = m_client.Connect(); !connected) {
+                return connected.Why();
+            }
+        }
+        return Holds(m_client, m_state, std::min(m_deadline, In(std::chrono::seconds(1))));
+    }
+
+    int GiveUp(const Outcome<bool>& last) const {
+        if (!last) {
+            return Complain(last.Why());
+        }
+        Complain("the time is over, and \"" + m_state + "\" does not hold.");
+        return kRefused;
+    }
+
+    const std::string m_state;
+    const Deadline m_deadline;
+    Client m_client;
+};
+
+}  // namespace
+
+int RunWait(const Settings& settings, const std::string& state) {
+    return Waiting(settings, state).Run();
+}
+
+}  // namespace IpodControl

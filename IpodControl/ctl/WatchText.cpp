@@ -1,0 +1,121 @@
+#include "IpodControl/ctl/WatchText.h"
+
+#include <sys/time.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <ctime>
+
+#include "IpodControl/ctl/Fields.h"
+#include "IpodControl/ctl/Picture.h"
+#include "IpodControl/ctl/ResultText.h"
+#include "IpodControl/ctl/Text.h"
+
+namespace IpodControl {
+
+namespace {
+
+std::string Number(const Json::Value& value, const char* name) {
+    return std::to_string(IntegerField(value, name).value_or(0));
+}
+
+std::string TrackLine(const Json::Value& info) {
+    std::string line = BoolField(info, "isPlaying") ? "track     playing" : "track     not playing";
+    line += "  " + Number(info, "trackIndex") + " of " + Number(info, "trackCount");
+    for (const char* name : {"trackTitle", "trackArtist", "trackAlbum"}) {
+        const std::string text = Harmless(TextField(info, name));
+        line += text.empty() ? "" : "  " + text;
+    }
+    return line + "  " + PositionText(info);
+}
+
+std::string PictureLine(const Json::Value& params) {
+    const auto bytes = DecodeBase64(TextField(params, "albumArt"));
+    if (!bytes || bytes->empty()) {
+        return "picture   none";
+    }
+    const auto jpeg = MeasureJpeg(*bytes);
+    return "picture   " + Number(params, "imageWidth") + " x " + Number(params, "imageHeight") + ", " +
+           std::to_string(jpeg ? jpeg->length : bytes->size()) + " bytes, of track " +
+           Number(params, "trackIndex");
+}
+
+}  // namespace
+
+std::string NotificationText(const Message& notification) {
+    const std::string method = notification.Method();
+    const Json::Value params = notification.Params();
+    if (method == "ipodConnectionNotification") {
+        return BoolField(params, "connected") ? "player    connected" : "player    disconnected";
+    }
+    if (method == "trackInfoNotification") {
+        return TrackLine(Field(params, "trackInfo"));
+    }
+    if (method == "trackTimeNotification") {
+        return "time      " + PositionText(params);
+    }
+    if (method == "trackPausedNotification") {
+        return BoolField(params, "isTrackPaused") ? "pause     paused" : "pause     playing";
+    }
+    if (method == "ipodAlbumArtNotification") {
+        return PictureLine(params);
+    }
+    return Harmless(method + " " + ToLine(params));
+}
+
+std::string TimeStamp(StampStyle style) {
+    timeval now{};
+    gettimeofday(&now, nullptr);
+    const time_t seconds = now.tv_sec;
+    tm local{};
+    localtime_r(&seconds, &local);
+    std::array<char, 40> day{};
+    std::array<char, 16> zone{};
+    std::array<char, 8> fraction{};
+    std::strftime(day.data(), day.size(), style == StampStyle::Whole ? "%Y-%m-%dT%H:%M:%S" : "%H:%M:%S",
+                  &local);
+    std::snprintf(fraction.data(), fraction.size(), ".%03d", static_cast<int>(now.tv_usec / 1000 % 1000));
+    if (style == StampStyle::Whole) {
+        std::strftime(zone.data(), zone.size(), "%z", &local);
+    }
+    return std::string(day.data()) + fraction.data() + zone.data();
+}
+
+void Progress::Follow(const Message& notification) {
+    const std::string method = notification.Method();
+    const Json::Value params = notification.Params();
+    if (method == "ipodConnectionNotification" && !BoolField(params, "connected")) {
+        Forget();
+    } else if (method == "trackPausedNotification") {
+        m_isPaused = BoolField(params, "isTrackPaused");
+    } else if (method == "trackInfoNotification" || method == "trackTimeNotification") {
+        const bool isTrack = method == "trackInfoNotification";
+        const Json::Value& times = isTrack ? Field(params, "trackInfo") : params;
+        m_elapsed = IntegerField(times, "trackTime").value_or(m_elapsed);
+        m_duration = IntegerField(times, "trackDuration").value_or(m_duration);
+        if (isTrack) {
+            m_title = Harmless(TextField(times, "trackTitle"));
+            m_isPaused = !BoolField(times, "isPlaying");
+        }
+        m_isKnown = !isTrack || !m_title.empty();
+    }
+}
+
+std::string Progress::Line(std::size_t width) const {
+    if (!m_isKnown) {
+        return {};
+    }
+    std::string line = m_isPaused ? "|| " : "> ";
+    line += MinutesAndSeconds(m_elapsed);
+    if (m_duration > 0) {
+        constexpr std::int64_t kBar = 30;
+        const auto done = std::clamp<std::int64_t>(m_elapsed / (m_duration / kBar + 1), 0, kBar);
+        line += " [" + std::string(static_cast<std::size_t>(done), '=') +
+                std::string(static_cast<std::size_t>(kBar - done), ' ') + "] " +
+                MinutesAndSeconds(m_duration);
+    }
+    return Shortened(line + "  " + m_title, width);
+}
+
+}  // namespace IpodControl
