@@ -14,11 +14,23 @@ namespace IpodControl {
 
 namespace {
 
-/// The parser takes "[a,b]" apart where several words may stand; a name may look like that.
+/// The parser takes "[a,b]" apart where several words may stand, and does not let "--" end the options where
+/// a subcommand has some; a name may look like anything. What stands behind this is not looked at.
 constexpr char kGuard = '\x01';
 
-std::string Guarded(const std::string& word) {
-    return word.size() > 1 && word.front() == '[' && word.back() == ']' ? kGuard + word : word;
+/// In the parser's order, the last one first.
+std::vector<std::string> Guarded(const std::vector<std::string>& words) {
+    std::vector<std::string> guarded;
+    bool isBehind = false;
+    for (const std::string& word : words) {
+        const bool isBracketed = word.size() > 1 && word.front() == '[' && word.back() == ']';
+        if (isBehind || word != "--") {
+            guarded.push_back(isBehind || isBracketed ? kGuard + word : word);
+        }
+        isBehind = isBehind || word == "--";
+    }
+    std::reverse(guarded.begin(), guarded.end());
+    return guarded;
 }
 
 std::string Unguarded(const std::string& word) {
@@ -91,7 +103,7 @@ Json::Value ValueFrom(const Parameter& parameter, const std::string& text) {
         case ParameterKind::Text:
             break;
     }
-    return Unguarded(text);
+    return text;
 }
 
 /// The list of subcommands shows the first line of what each does, and the short names: the protocol's own
@@ -135,10 +147,10 @@ CommandLine::CommandLine() : m_app("Controls the player through the service.", "
 }
 
 int CommandLine::Run(const std::vector<std::string>& arguments) {
-    std::vector<std::string> reversed;
-    std::transform(arguments.rbegin(), arguments.rend(), std::back_inserter(reversed), Guarded);
     try {
-        m_app.parse(reversed);
+        // The parser takes the words off the end.
+        std::vector<std::string> words = Guarded(arguments);
+        m_app.parse(words);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
             m_app.exit(error);
@@ -147,7 +159,8 @@ int CommandLine::Run(const std::vector<std::string>& arguments) {
         const auto extra = m_app.remaining();
         Complain(!extra.empty() && m_app.get_subcommands().empty()
                      ? "there is no command \"" + Unguarded(extra.front()) + "\". See ipodctl --help."
-                     : std::string(error.what()) + ". See ipodctl --help.");
+                     : CLI::detail::find_and_replace(error.what(), std::string(1, kGuard), "") +
+                           ". See ipodctl --help.");
         return kUsage;
     }
     return m_chosen();
@@ -214,7 +227,7 @@ void CommandLine::AddParameter(CLI::App& command, const Parameter& parameter, Js
         .add_option_function<std::string>(
             std::string(parameter.shown),
             [&parameter, &params, name](const std::string& text) {
-                params[name] = ValueFrom(parameter, text);
+                params[name] = ValueFrom(parameter, Unguarded(text));
             },
             std::string(parameter.help))
         ->type_name(TypeName(parameter.kind))
@@ -311,8 +324,8 @@ void CommandLine::AddWait() {
         .add_option_function<std::string>(
             "STATE",
             [this](const std::string& text) {
-                RequireChoice("STATE", text, kWaitStates);
-                m_word = text;
+                m_word = Unguarded(text);
+                RequireChoice("STATE", m_word, kWaitStates);
             },
             "what to wait for")
         ->type_name(kWaitStates)
@@ -342,8 +355,8 @@ void CommandLine::AddCompletion() {
         .add_option_function<std::string>(
             "SHELL",
             [this, kShells](const std::string& text) {
-                RequireChoice("SHELL", text, kShells);
-                m_word = text;
+                m_word = Unguarded(text);
+                RequireChoice("SHELL", m_word, kShells);
             },
             "the shell")
         ->type_name(kShells)

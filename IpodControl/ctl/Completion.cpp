@@ -18,12 +18,13 @@ struct Option {
     std::string name;  ///< "--start", or of a positional "FILE"
     std::string help;
     bool takesValue = false;
+    bool isRepeated = false;
     Words choices;
     bool IsFile() const { return name == "FILE"; }
 };
 
 struct Command {
-    Words names;  ///< the first is the one that is offered
+    Words names;
     std::string help;
     std::vector<Option> options;
     std::vector<Option> positionals;
@@ -35,7 +36,9 @@ std::string Brief(const std::string& help) {
     while (!brief.empty() && brief.back() == '.') {
         brief.pop_back();
     }
-    for (const std::string_view dangerous : {"'", "[", "]", ":", "\\", "\"", "`", "$"}) {
+    brief = CLI::detail::find_and_replace(brief, "''", "nothing");
+    brief = CLI::detail::find_and_replace(brief, "'", "\u2019");
+    for (const std::string_view dangerous : {"[", "]", ":", "\\", "\"", "`", "$"}) {
         brief = CLI::detail::find_and_replace(brief, std::string(dangerous), "");
     }
     return brief;
@@ -45,7 +48,7 @@ Option Described(const CLI::Option& option) {
     const bool isPositional = option.get_positional();
     const std::string type = option.get_type_name();
     return {option.get_name(isPositional), Brief(option.get_description()),
-            option.get_items_expected_max() > 0,
+            option.get_items_expected_max() > 0, option.get_items_expected_max() > 1,
             type.find('|') != std::string::npos ? CLI::detail::split(type, '|') : Words()};
 }
 
@@ -57,9 +60,11 @@ Command Described(const CLI::App& app) {
             command.positionals.push_back(Described(*option));
         } else {
             Option described = Described(*option);
-            // "-h,--help": the long name.
+            // "-h,--help": the long name. Every command has it, and it is told of once.
             described.name = "--" + option->get_lnames().front();
-            command.options.push_back(std::move(described));
+            if (app.get_parent() == nullptr || described.name != "--help") {
+                command.options.push_back(std::move(described));
+            }
         }
     }
     return command;
@@ -71,6 +76,15 @@ std::vector<Command> Commands(const CLI::App& app) {
         commands.push_back(Described(*command));
     }
     return commands;
+}
+
+/// The protocol's own names are taken, and not offered beside those of the shell's kind.
+Words OfferedNames(const Command& command) {
+    Words names;
+    std::copy_if(command.names.begin(), command.names.end(), std::back_inserter(names), [](const auto& name) {
+        return std::none_of(name.begin(), name.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
+    });
+    return names;
 }
 
 Words NamesOf(const std::vector<Option>& options, bool onlyWithValue = false) {
@@ -85,31 +99,31 @@ Words NamesOf(const std::vector<Option>& options, bool onlyWithValue = false) {
 
 // ---- bash: one function; the first word that is no option is the command.
 
-void PrintBashCommand(const Command& command, const std::string& globalOptions) {
-    Words words;
+void PrintBashCommand(const Command& command) {
+    Words words = NamesOf(command.options);
     bool hasFile = false;
     for (const Option& positional : command.positionals) {
         words.insert(words.end(), positional.choices.begin(), positional.choices.end());
         hasFile = hasFile || positional.IsFile();
     }
-    const Words options = NamesOf(command.options);
-    words.insert(words.end(), options.begin(), options.end());
-    PrintLine("        " + join(command.names, "|") + ") words='" + join(words, " ") + ' ' + globalOptions +
-              "'" + (hasFile ? "; files=yes" : "") + " ;;");
+    if (!words.empty() || hasFile) {
+        PrintLine("        " + join(command.names, "|") + ") words='" + join(words, " ") + "'" +
+                  (hasFile ? "; files=yes" : "") + " ;;");
+    }
 }
 
 void PrintBash(const Command& all, const std::vector<Command>& commands) {
     Words names;
     std::vector<Option> options = all.options;
     for (const Command& command : commands) {
-        names.push_back(command.names.front());
+        const Words offered = OfferedNames(command);
+        names.insert(names.end(), offered.begin(), offered.end());
         options.insert(options.end(), command.options.begin(), command.options.end());
     }
     Words valued = NamesOf(options, true);
     std::sort(valued.begin(), valued.end());
     valued.erase(std::unique(valued.begin(), valued.end()), valued.end());
     const std::string withValue = join(valued, "|");
-    const std::string globalOptions = join(NamesOf(all.options), " ");
     PrintLine(R"(# bash completion for ipodctl
 _ipodctl() {
     local current=${COMP_WORDS[COMP_CWORD]} command='' words='' files='' i
@@ -127,12 +141,13 @@ _ipodctl() {
     done
     case $command in
         '') words=')" +
-              join(names, " ") + ' ' + globalOptions + "' ;;");
+              join(names, " ") + "' ;;");
     for (const Command& command : commands) {
-        PrintBashCommand(command, globalOptions);
+        PrintBashCommand(command);
     }
-    PrintLine(R"(    esac
-    mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current"; [ -z "$files" ] || compgen -f -- "$current")
+    PrintLine("    esac\n    words+=' " + join(NamesOf(all.options), " ") + "'");
+    PrintLine(
+        R"(    mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current"; [ -z "$files" ] || compgen -f -- "$current")
     [ -z "$files" ] || compopt -o filenames
 }
 complete -F _ipodctl ipodctl)");
@@ -148,7 +163,7 @@ std::string ZshPositional(const Option& positional) {
     const std::string what = positional.IsFile()           ? "_files"
                              : !positional.choices.empty() ? '(' + join(positional.choices, " ") + ')'
                                                            : "";
-    return "'*:" + positional.help + ':' + what + "'";
+    return (positional.isRepeated ? "'*:" : "'1:") + positional.help + ':' + what + "'";
 }
 
 void PrintZsh(const Command& all, const std::vector<Command>& commands) {
@@ -156,7 +171,9 @@ void PrintZsh(const Command& all, const std::vector<Command>& commands) {
         "#compdef ipodctl\n\n_ipodctl() {\n    local -a commands options\n    local context state line\n"
         "    local curcontext=\"$curcontext\"\n    commands=(");
     for (const Command& command : commands) {
-        PrintLine("        '" + command.names.front() + ':' + command.help + "'");
+        for (const std::string& name : OfferedNames(command)) {
+            PrintLine("        '" + name + ':' + command.help + "'");
+        }
     }
     PrintLine("    )\n    options=(");
     for (const Option& option : all.options) {
@@ -171,7 +188,7 @@ void PrintZsh(const Command& all, const std::vector<Command>& commands) {
     for (const Command& command : commands) {
         std::string line = "                " + join(command.names, "|") + ") _arguments $options";
         for (const Option& option : command.options) {
-            line += option.name == "--help" ? "" : ' ' + ZshOption(option);
+            line += ' ' + ZshOption(option);
         }
         for (const Option& positional : command.positionals) {
             line += ' ' + ZshPositional(positional);
@@ -202,14 +219,12 @@ void PrintFish(const Command& all, const std::vector<Command>& commands) {
         PrintLine("complete -c ipodctl" + FishOption(option));
     }
     for (const Command& command : commands) {
-        PrintLine("complete -c ipodctl -n __fish_use_subcommand -a " + command.names.front() + " -d '" +
-                  command.help + "'");
+        PrintLine("complete -c ipodctl -n __fish_use_subcommand -a '" + join(OfferedNames(command), " ") +
+                  "' -d '" + command.help + "'");
         const std::string given =
             "complete -c ipodctl -n '__fish_seen_subcommand_from " + join(command.names, " ") + "'";
         for (const Option& option : command.options) {
-            if (option.name != "--help") {
-                PrintLine(given + FishOption(option));
-            }
+            PrintLine(given + FishOption(option));
         }
         for (const Option& positional : command.positionals) {
             if (positional.IsFile()) {

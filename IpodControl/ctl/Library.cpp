@@ -34,10 +34,13 @@ void NameSearch::Look(const LibraryItem& item) {
     if (!m_caseless && folded == m_folded) {
         m_caseless = item;
     }
-    if (Found() || folded.empty()) {
+    if (Found() || folded.empty() || m_folded.empty()) {
         return;
     }
     const std::size_t distance = Distance(folded, m_folded);
+    if (distance > 1 + m_folded.size() / 2) {
+        return;
+    }
     const auto behind =
         std::find_if(m_nearest.begin(), m_nearest.end(),
                      [distance](const Candidate& candidate) { return candidate.distance > distance; });

@@ -58,6 +58,7 @@ void Table::Print() const {
             line.append(m_columns[i] == Align::Right ? room : 0, ' ').append(row[i]);
             line.append(m_columns[i] == Align::Left && i + 1 < row.size() ? room : 0, ' ');
         }
+        line.erase(line.find_last_not_of(' ') + 1);
         PrintLine(line);
     }
 }

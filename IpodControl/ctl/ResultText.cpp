@@ -14,6 +14,10 @@ using Align = Table::Align;
 /// The position in the play context and whether it plays are not in the answer, though members stand for
 /// them.
 void PrintTrack(const Json::Value& info) {
+    if (TextField(info, "trackTitle").empty()) {
+        PrintLine("no current track");
+        return;
+    }
     Table table({Align::Left, Align::Left});
     table.Add({"title", TextField(info, "trackTitle")});
     table.Add({"artist", TextField(info, "trackArtist")});
