@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "IpodControl/ctl/Ask.h"
 #include "IpodControl/ctl/Commands.h"
 #include "IpodControl/ctl/Fields.h"
 #include "IpodControl/ctl/Output.h"
@@ -13,6 +14,18 @@ namespace {
 
 constexpr const char* kQuestions[] = {"isIpodConnected", "getCurrentTrackInfo", "isTrackPaused",
                                       "isShuffleEnabled", "getRepeatMode"};
+
+/// The first answer that does not tell what was asked. A player that is not there, or that refuses, does
+/// tell.
+std::optional<Answer> FindOdd(const std::vector<Reply>& replies) {
+    for (std::size_t i = 0; i < replies.size(); ++i) {
+        Answer answer = Weigh(*FindMethod(kQuestions[i]), {}, replies[i]);
+        if (answer.status == kNoService || replies[i].error) {
+            return answer;
+        }
+    }
+    return std::nullopt;
+}
 
 /// `track` is null where the notification stays away.
 Json::Value Summary(const std::vector<Reply>& replies, const Json::Value& track) {
@@ -80,6 +93,10 @@ int RunStatus(const Settings& settings) {
     const auto replies = client.CallAll(requests);
     if (!replies) {
         return Complain(replies.Why());
+    }
+    if (const auto odd = FindOdd(*replies)) {
+        Complain(odd->complaint);
+        return odd->status;
     }
     if (!BoolField(replies->front().result, "connected")) {
         return PrintDisconnected(settings.json);

@@ -19,12 +19,17 @@ constexpr milliseconds kAnswerTime{5000};
 /// Between two looks; a notification shortens it.
 constexpr milliseconds kPause{250};
 
-Outcome<bool> HasFlag(Client& client, const char* method, const char* member) {
+/// The answer to a question of the table that is answered with yes or no.
+Outcome<bool> IsTrue(Client& client, const char* method) {
     const auto reply = client.Call(method);
     if (!reply) {
         return reply.Why();
     }
-    return BoolField(reply->result, member);
+    const Judgement judgement = Judge(*FindMethod(method), {}, *reply);
+    if (judgement == Judgement::NotUnderstood) {
+        return Problem{ProblemKind::NotTheService, std::string(method) + ": the answer is none that the service gives"};
+    }
+    return judgement == Judgement::Done;
 }
 
 /// What the notification says that follows getCurrentTrackInfo; null where it stays away.
@@ -44,7 +49,7 @@ Outcome<Json::Value> CurrentTrack(Client& client, Deadline deadline) {
 
 /// Whether `state` holds now.
 Outcome<bool> Holds(Client& client, const std::string& state, Deadline deadline) {
-    const auto isConnected = HasFlag(client, "isIpodConnected", "connected");
+    const auto isConnected = IsTrue(client, "isIpodConnected");
     if (!isConnected || state == "connected") {
         return isConnected;
     }
@@ -52,9 +57,9 @@ Outcome<bool> Holds(Client& client, const std::string& state, Deadline deadline)
         return state == "disconnected" && !*isConnected;
     }
     if (state == "ready") {
-        return HasFlag(client, "getHasPlayableData", "hasPlayableData");
+        return IsTrue(client, "getHasPlayableData");
     }
-    const auto isPaused = HasFlag(client, "isTrackPaused", "isPaused");
+    const auto isPaused = IsTrue(client, "isTrackPaused");
     if (!isPaused || state == "paused") {
         return isPaused;
     }
