@@ -27,7 +27,8 @@ Outcome<bool> IsTrue(Client& client, const char* method) {
     }
     const Judgement judgement = Judge(*FindMethod(method), {}, *reply);
     if (judgement == Judgement::NotUnderstood) {
-        return Problem{ProblemKind::NotTheService, std::string(method) + ": the answer is none that the service gives"};
+        return Problem{ProblemKind::NotTheService,
+                       std::string(method) + ": the answer is none that the service gives"};
     }
     return judgement == Judgement::Done;
 }

@@ -28,10 +28,13 @@ class StopSignals {
         sigemptyset(&m_signals);
         sigaddset(&m_signals, SIGINT);
         sigaddset(&m_signals, SIGTERM);
-        sigprocmask(SIG_BLOCK, &m_signals, nullptr);
+        sigprocmask(SIG_BLOCK, &m_signals, &m_before);
         m_descriptor = signalfd(-1, &m_signals, SFD_CLOEXEC | SFD_NONBLOCK);
     }
-    ~StopSignals() { close(m_descriptor); }
+    ~StopSignals() {
+        close(m_descriptor);
+        sigprocmask(SIG_SETMASK, &m_before, nullptr);
+    }
     StopSignals(const StopSignals&) = delete;
     StopSignals& operator=(const StopSignals&) = delete;
 
@@ -39,6 +42,7 @@ class StopSignals {
 
   private:
     sigset_t m_signals{};
+    sigset_t m_before{};
     int m_descriptor = -1;
 };
 
