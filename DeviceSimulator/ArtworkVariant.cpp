@@ -76,6 +76,12 @@ std::optional<ArtworkVariant> FindArtworkVariant(std::string_view word) {
     return found != kWords.end() ? std::optional(found->second) : std::nullopt;
 }
 
+std::string_view ArtworkVariantWord(ArtworkVariant variant) {
+    const auto found = std::find_if(kWords.begin(), kWords.end(),
+                                    [&](const auto& entry) { return entry.second == variant; });
+    return found != kWords.end() ? found->first : std::string_view{};
+}
+
 std::string_view ArtworkVariantWords() {
     return "as-is, none, truncated, not-jpeg, narrow, huge, limit";
 }

@@ -18,6 +18,8 @@ std::shared_ptr<const Picture> ApplyArtworkVariant(ArtworkVariant variant,
 /// The variant of a word such as "truncated".
 std::optional<ArtworkVariant> FindArtworkVariant(std::string_view word);
 
+std::string_view ArtworkVariantWord(ArtworkVariant variant);
+
 /// All words, for a message: "as-is, none, ...".
 std::string_view ArtworkVariantWords();
 

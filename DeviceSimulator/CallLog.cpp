@@ -3,6 +3,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace DeviceSimulator {
@@ -36,23 +37,47 @@ void CallLog::End(std::uint64_t call, std::uint32_t result) {
     }
 }
 
-std::vector<CallRecord> CallLog::Records(std::optional<FunctionId> only) const {
+std::vector<CallRecord> CallLog::Records(const Filter& filter) const {
     const std::lock_guard lock(m_mutex);
     std::vector<CallRecord> records;
-    for (const Call& call : m_calls) {
-        if (only && *only != call.function) {
+    for (std::size_t i = m_calls.size(); i > 0 && records.size() < filter.limit; --i) {
+        const Call& call = m_calls[i - 1];
+        const std::uint64_t number = m_firstCall + i - 1;
+        if (number < filter.since) {
+            break;
+        }
+        if (filter.only && *filter.only != call.function) {
             continue;
         }
-        CallRecord record;
+        CallRecord& record = records.emplace_back();
         record.name = NameOf(call.function);
         const auto* numbers = call.arguments.numbers.data();
         record.arguments.assign(numbers, numbers + call.arguments.count);
         record.text = call.arguments.text;
         record.result = call.result;
         record.thread = call.thread;
-        records.push_back(std::move(record));
+        record.number = number;
     }
+    std::reverse(records.begin(), records.end());
     return records;
+}
+
+std::uint64_t CallLog::NextNumber() const {
+    const std::lock_guard lock(m_mutex);
+    return m_firstCall + m_calls.size();
+}
+
+std::size_t CallLog::CountOf(FunctionId function, std::uint64_t since) const {
+    if (since == 0) {
+        return m_counts[IndexOf(function)];
+    }
+    const std::uint64_t skipped = since > m_firstCall ? since - m_firstCall : 0;
+    std::size_t count = 0;
+    for (auto i = static_cast<std::size_t>(std::min<std::uint64_t>(skipped, m_calls.size()));
+         i < m_calls.size(); ++i) {
+        count += m_calls[i].function == function ? 1 : 0;
+    }
+    return count;
 }
 
 void CallLog::Clear() {
@@ -62,11 +87,12 @@ void CallLog::Clear() {
     m_counts.fill(0);
 }
 
-bool CallLog::WaitFor(FunctionId function, std::size_t times, std::chrono::milliseconds timeout) const {
+bool CallLog::WaitFor(FunctionId function, std::size_t times, std::chrono::milliseconds timeout,
+                      std::uint64_t since) const {
     std::unique_lock lock(m_mutex);
     ++m_waiters;
     const bool isEnough = m_begun.wait_until(lock, std::chrono::steady_clock::now() + timeout,
-                                             [&] { return m_counts[IndexOf(function)] >= times; });
+                                             [&] { return CountOf(function, since) >= times; });
     --m_waiters;
     return isEnough;
 }

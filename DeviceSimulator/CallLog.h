@@ -35,10 +35,20 @@ class CallLog {
     std::uint64_t Begin(FunctionId function, CallArguments arguments);
     void End(std::uint64_t call, std::uint32_t result);
 
-    std::vector<CallRecord> Records(std::optional<FunctionId> only) const;
+    struct Filter {
+        std::optional<FunctionId> only{};
+        std::uint64_t since = 0;       ///< the lowest number
+        std::size_t limit = SIZE_MAX;  ///< the newest so many
+    };
+
+    std::vector<CallRecord> Records(const Filter& filter) const;
+    /// The number that the next call gets.
+    std::uint64_t NextNumber() const;
     void Clear();
-    /// Waits until `function` has begun at least `times` times since the last Clear.
-    bool WaitFor(FunctionId function, std::size_t times, std::chrono::milliseconds timeout) const;
+    /// Waits until `function` has begun at least `times` times since the last Clear or, unless `since` is 0,
+    /// in calls of that number or a higher one.
+    bool WaitFor(FunctionId function, std::size_t times, std::chrono::milliseconds timeout,
+                 std::uint64_t since = 0) const;
 
   private:
     struct Call {
@@ -48,11 +58,13 @@ class CallLog {
         std::uint64_t thread;
     };
 
+    std::size_t CountOf(FunctionId function, std::uint64_t since) const;
+
     mutable std::mutex m_mutex;
     mutable std::condition_variable m_begun;
     mutable std::size_t m_waiters = 0;
     std::deque<Call> m_calls;
-    std::uint64_t m_firstCall = 0;  // the number of m_calls.front()
+    std::uint64_t m_firstCall = 1;  // the number of m_calls.front()
     std::array<std::size_t, kFunctionCount> m_counts{};
 };
 

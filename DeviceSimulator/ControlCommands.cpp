@@ -4,232 +4,162 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <exception>
 #include <memory>
-#include <optional>
 
-#include "DeviceSimulator/ArtworkVariant.h"
-#include "DeviceSimulator/ControlFields.h"
-#include "DeviceSimulator/DeviceEvents.h"
-#include "DeviceSimulator/Engine.h"
+#include "DeviceSimulator/ControlHandlers.h"
 
 namespace DeviceSimulator {
 
 namespace {
 
-using namespace std::chrono_literals;
-using IsAborted = std::function<bool()>;
-
-Json::Value Failure(const std::string& error) {
-    Json::Value answer;
-    answer["ok"] = false;
-    answer["error"] = error;
-    return answer;
-}
-
-Json::Value Success() {
-    Json::Value answer;
-    answer["ok"] = true;
-    return answer;
-}
-
-Json::Value Plug(ControlFields& fields, const IsAborted&) {
-    DeviceDescription device;
-    device.type = fields.Type("type", device.type);
-    device.handle = fields.OptionalNumber("handle");
-    device.name = fields.Text("name", "");
-    device.productId = fields.OptionalNumber("product");
-    device.vendorId = fields.OptionalNumber("vendor");
-    if (!fields.Error().empty()) {
-        return Failure(fields.Error());
-    }
-    const std::uint32_t handle = Simulator::Instance().Plug(device);
-    if (handle == 0) {
-        return Failure("handle " + std::to_string(device.handle.value_or(0)) + " is taken");
-    }
-    Json::Value answer = Success();
-    answer["handle"] = handle;
-    return answer;
-}
-
-Json::Value ListDevices() {
-    return Engine::Instance().Loop().Locked([](Model& model, TimePoint) {
-        Json::Value list(Json::arrayValue);
-        for (const auto& device : model.Devices()) {
-            Json::Value entry;
-            entry["handle"] = device->identity.handle;
-            entry["type"] = device->identity.type;
-            entry["name"] = device->identity.name;
-            entry["product"] = device->identity.productId;
-            entry["vendor"] = device->identity.vendorId;
-            list.append(entry);
-        }
-        return list;
-    });
-}
-
-Json::Value Unplug(ControlFields& fields, const IsAborted&) {
-    std::optional<std::uint32_t> handle = fields.OptionalNumber("handle");
-    if (!fields.Error().empty()) {
-        return Failure(fields.Error());
-    }
-    if (!handle) {
-        const Json::Value devices = ListDevices();
-        if (devices.size() != 1) {
-            return Failure("\"handle\" must say which: " + std::to_string(devices.size()) +
-                           " devices are plugged in");
-        }
-        handle = devices[0]["handle"].asUInt();
-    }
-    return Simulator::Instance().Unplug(*handle) ? Success()
-                                                 : Failure("no device has handle " + std::to_string(*handle));
-}
-
-Json::Value Devices(ControlFields&, const IsAborted&) {
-    Json::Value answer = Success();
-    answer["devices"] = ListDevices();
-    return answer;
-}
-
-Json::Value Fail(ControlFields& fields, const IsAborted&) {
-    const FunctionId function = fields.Function("call");
-    const std::uint32_t code = fields.Number("code");
-    const std::uint32_t times = fields.Number("times", Simulator::kForEver);
-    if (!fields.Error().empty()) {
-        return Failure(fields.Error());
-    }
-    Engine::Instance().Scripts().Fail(function, code, times);
-    return Success();
-}
-
-Json::Value Delay(ControlFields& fields, const IsAborted&) {
-    const FunctionId function = fields.Function("call");
-    const std::chrono::milliseconds time{fields.Number("milliseconds")};
-    const std::uint32_t times = fields.Number("times", Simulator::kForEver);
-    if (!fields.Error().empty()) {
-        return Failure(fields.Error());
-    }
-    Engine::Instance().Scripts().Delay(function, time, times);
-    return Success();
-}
-
-Json::Value Artwork(ControlFields& fields, const IsAborted&) {
-    const auto variant = FindArtworkVariant(fields.Text("variant", "as-is"));
-    const std::chrono::milliseconds inProgress{fields.Number("inProgress", 0)};
-    if (!variant) {
-        fields.Complain("variant", "must be one of " + std::string(ArtworkVariantWords()));
-    }
-    if (!fields.Error().empty()) {
-        return Failure(fields.Error());
-    }
-    Engine::Instance().Scripts().SetArtwork({*variant, inProgress});
-    return Success();
-}
-
-Json::Value Event(ControlFields& fields, const IsAborted&) {
-    const std::vector<std::uint32_t> words = fields.Numbers("words");
-    const std::vector<std::string> texts = fields.Texts("texts");
-    if (words.empty() || words.size() > std::size(DeviceEvent{}.words)) {
-        fields.Complain("words", "must be 1 to 6 numbers");
-    }
-    if (!fields.Error().empty()) {
-        return Failure(fields.Error());
-    }
-    const std::vector<std::string_view> views(texts.begin(), texts.end());
-    Simulator::Instance().Fire(PackEvent(words, views));
-    return Success();
-}
-
-Json::Value ToJson(const CallRecord& record) {
-    Json::Value call;
-    call["name"] = record.name;
-    call["arguments"] = Json::arrayValue;
-    for (const std::int64_t argument : record.arguments) {
-        call["arguments"].append(Json::Value(Json::Int64{argument}));
-    }
-    if (!record.text.empty()) {
-        call["text"] = record.text;
-    }
-    call["result"] = record.result;
-    call["thread"] = Json::UInt64{record.thread};
-    return call;
-}
-
-Json::Value Calls(ControlFields& fields, const IsAborted&) {
-    std::optional<FunctionId> only;
-    if (fields.Has("call")) {
-        only = fields.Function("call");
-    }
-    if (!fields.Error().empty()) {
-        return Failure(fields.Error());
-    }
-    Json::Value answer = Success();
-    answer["calls"] = Json::arrayValue;
-    for (const CallRecord& record : Engine::Instance().Calls().Records(only)) {
-        answer["calls"].append(ToJson(record));
-    }
-    return answer;
-}
-
-Json::Value Wait(ControlFields& fields, const IsAborted& isAborted) {
-    constexpr std::uint32_t kLongestWaitMs = 600'000;
-    constexpr std::uint32_t kWaitMs = 5'000;
-    const FunctionId function = fields.Function("call");
-    const std::uint32_t times = fields.Number("times", 1);
-    const std::uint32_t timeout = fields.Number("timeout", kWaitMs);
-    if (timeout > kLongestWaitMs) {
-        fields.Complain("timeout", "is at most 600000");
-    }
-    if (!fields.Error().empty()) {
-        return Failure(fields.Error());
-    }
-    const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds{timeout};
-    do {
-        const auto left =
-            std::chrono::ceil<std::chrono::milliseconds>(until - std::chrono::steady_clock::now());
-        const auto slice = std::clamp<std::chrono::milliseconds>(left, 0ms, 100ms);
-        if (Engine::Instance().Calls().WaitFor(function, times, slice)) {
-            return Success();
-        }
-    } while (std::chrono::steady_clock::now() < until && !isAborted());
-    return Failure(std::string(NameOf(function)) + " was not called " + std::to_string(times) +
-                   " times within " + std::to_string(timeout) + " ms");
-}
-
-Json::Value Clear(ControlFields& fields, const IsAborted&) {
-    const std::string what = fields.Text("what", "");
-    if (!what.empty() && what != "calls" && what != "scripts") {
-        fields.Complain("what", "must be \"calls\" or \"scripts\"");
-    }
-    if (!fields.Error().empty()) {
-        return Failure(fields.Error());
-    }
-    if (what != "scripts") {
-        Engine::Instance().Calls().Clear();
-    }
-    if (what != "calls") {
-        Engine::Instance().Scripts().Clear();
-    }
-    return Success();
-}
+struct Member {
+    std::string_view name{};
+    std::string_view meaning{};
+};
 
 struct Command {
     std::string_view name;
-    std::array<std::string_view, 5> members;
-    Json::Value (*run)(ControlFields&, const IsAborted&);
+    std::string_view meaning;
+    std::array<Member, 8> members;
+    void (*run)(ControlCall&);
 };
 
-constexpr std::array<Command, 10> kCommands{{{"artwork", {"variant", "inProgress"}, Artwork},
-                                             {"calls", {"call"}, Calls},
-                                             {"clear", {"what"}, Clear},
-                                             {"delay", {"call", "milliseconds", "times"}, Delay},
-                                             {"devices", {}, Devices},
-                                             {"event", {"words", "texts"}, Event},
-                                             {"fail", {"call", "code", "times"}, Fail},
-                                             {"plug", {"type", "handle", "name", "product", "vendor"}, Plug},
-                                             {"unplug", {"handle"}, Unplug},
-                                             {"wait", {"call", "times", "timeout"}, Wait}}};
+void Help(ControlCall& call);
+
+constexpr Member kHandle{"handle", "of the player; needed unless one is plugged in, or only one is open"};
+constexpr Member kCall{"call", "a function's name, such as eDevMgriPodPlay"};
+constexpr Member kAnyCall{"call", "a function's name, or * for every function, each counted by itself"};
+constexpr Member kTimes{"times", "so many calls; else for ever; 0 takes it back"};
+
+constexpr std::array kCommands{
+    Command{"artwork",
+            "what becomes of every track's cover",
+            {{{"variant", "as-is (default), none, truncated, not-jpeg, narrow, huge or limit"},
+              {"inProgress", "ms from a track's beginning during which its cover is being fetched; 0"}}},
+            ControlArtwork},
+    Command{"busy",
+            "makes the next calls answer that the player is busy (94)",
+            {{kAnyCall, kTimes}},
+            ControlBusy},
+    Command{"calls",
+            "answers the calls made, oldest first, and the number of the next one",
+            {{{"call", "only of that function"},
+              {"since", "only from that number on"},
+              {"limit", "the newest so many"}}},
+            ControlCalls},
+    Command{"clear",
+            "forgets the calls; takes fail, busy, delay and artwork back and releases delayed calls",
+            {{{"what", "only \"calls\", or only \"scripts\""}}},
+            ControlClear},
+    Command{"delay",
+            "makes the next calls take that long first",
+            {{kAnyCall, {"milliseconds", "how long"}, kTimes}},
+            ControlDelay},
+    Command{"devices", "answers what is plugged in", {}, ControlDevices},
+    Command{"event",
+            "hands an event to every process",
+            {{{"name", "the event's name, such as play-time or DEV_MGR_EVENT_PLAY_TIME"},
+              {"words", "1 to 6 numbers, the first the event's; with a name the 0 to 5 behind it"},
+              {"texts", "packed one after another"}}},
+            ControlEvent},
+    Command{"fail",
+            "makes the next calls answer a code and do nothing else",
+            {{kAnyCall, {"code", "the result code"}, kTimes}},
+            ControlFail},
+    Command{"help", "lists the commands and their members", {{{"about", "only that command"}}}, Help},
+    Command{
+        "lock", "locks a player: it cannot be opened, who has it open keeps it", {{kHandle}}, ControlLock},
+    Command{"player",
+            "a thumb on the player",
+            {{{"do", "play, pause, toggle, stop, next, previous, seek, forward, rewind or release"},
+              {"to", "for seek: ms from the track's beginning"},
+              {"shuffle", "off, tracks or albums"},
+              {"repeat", "off, one or all"},
+              kHandle}},
+            ControlPlayer},
+    Command{"plug",
+            "plugs a device in and answers its handle",
+            {{{"type", "iap2 (default), iap, stick, mtp, unknown, hub, no-medium, unsupported or a number"},
+              {"handle", "the next free one"},
+              {"name", "one that fits the type"},
+              {"product", "ID"},
+              {"vendor", "ID"},
+              {"hub", "the handle of the hub that it hangs on"},
+              {"locked", "of a player: true; it cannot be opened until it is unlocked"},
+              {"devices", "several at once, each an object of these members: all or none"}}},
+            ControlPlug},
+    Command{"queue",
+            "answers a page of the now-playing queue, after it has been changed",
+            {{{"tracks", "an array of the library's track numbers or titles: the new queue, which plays"},
+              {"position", "where in the queue to play, from 0"},
+              {"start", "where the page begins; 0"},
+              {"count", "the page's length; 20, at most 1000"},
+              kHandle}},
+            ControlQueue},
+    Command{"sound",
+            "lets the sound devices vanish and return, and answers how they are",
+            {{{"capture", "the player's audio: gone or there"},
+              {"playback", "the unit's output: gone or there"}}},
+            ControlSound},
+    Command{"status",
+            "answers the devices with what they play, the processes and what is in force",
+            {},
+            ControlStatus},
+    Command{"unlock", "unlocks a player", {{kHandle}}, ControlUnlock},
+    Command{"unplug",
+            "unplugs a device; with a hub goes what hangs on it",
+            {{{"handle", "needed unless exactly one is plugged in"},
+              {"handles", "several at once: all or none"},
+              {"all", "true: every one"}}},
+            ControlUnplug},
+    Command{"wait",
+            "answers once a call has begun so often since the last clear",
+            {{kCall,
+              {"times", "1"},
+              {"since", "only calls from that number on, see calls"},
+              {"timeout", "5000 ms, at most 600000"}}},
+            ControlWait}};
+
+const Command* FindCommand(const std::string& name) {
+    const auto* found = std::find_if(kCommands.begin(), kCommands.end(),
+                                     [&](const Command& entry) { return entry.name == name; });
+    return found == kCommands.end() ? nullptr : found;
+}
+
+std::string CommandNames() {
+    std::string names;
+    for (const Command& entry : kCommands) {
+        names.append(names.empty() ? "" : ", ").append(entry.name);
+    }
+    return names;
+}
+
+Json::Value Describe(const Command& command) {
+    Json::Value description;
+    description["command"] = std::string(command.name);
+    description["does"] = std::string(command.meaning);
+    description["members"] = Json::objectValue;
+    for (const Member& member : command.members) {
+        if (!member.name.empty()) {
+            description["members"][std::string(member.name)] = std::string(member.meaning);
+        }
+    }
+    return description;
+}
+
+void Help(ControlCall& call) {
+    const std::string about = call.fields.Text("about", "");
+    if (!about.empty() && FindCommand(about) == nullptr) {
+        call.fields.Complain("about", "must be one of " + CommandNames());
+    }
+    call.answer["commands"] = Json::arrayValue;
+    for (const Command& command : kCommands) {
+        if (about.empty() || command.name == about) {
+            call.answer["commands"].append(Describe(command));
+        }
+    }
+}
 
 /// False with what is wrong in `error`.
 bool Parse(std::string_view line, Json::Value& command, std::string& error) {
@@ -246,23 +176,31 @@ bool Parse(std::string_view line, Json::Value& command, std::string& error) {
     return true;
 }
 
-Json::Value Run(const Json::Value& command, const IsAborted& isAborted) {
-    ControlFields fields(command);
-    const std::string name = fields.Text("command");
-    const auto* found = std::find_if(kCommands.begin(), kCommands.end(),
-                                     [&](const Command& entry) { return entry.name == name; });
-    if (found == kCommands.end()) {
-        std::string names;
-        for (const Command& entry : kCommands) {
-            names.append(names.empty() ? "" : ", ").append(entry.name);
-        }
-        return Failure("\"command\" must be one of " + names);
+/// Returns what was wrong.
+std::string Run(const Json::Value& object, const std::function<bool()>& isAborted, Json::Value& answer) {
+    ControlFields fields(object);
+    const Command* command = FindCommand(fields.Text("command", ""));
+    if (command == nullptr) {
+        return "\"command\" must be one of " + CommandNames();
     }
-    fields.AllowOnly(found->members);
-    return found->run(fields, isAborted);
+    std::vector<std::string_view> members{"command"};
+    for (const Member& member : command->members) {
+        members.push_back(member.name);
+    }
+    fields.AllowOnly(members);
+    ControlCall call{fields, answer, isAborted};
+    if (fields.AreGood()) {
+        command->run(call);
+    }
+    return fields.Error();
 }
 
-std::string Write(const Json::Value& answer) {
+std::string Write(Json::Value answer, const std::string& error) {
+    if (!error.empty()) {
+        answer = Json::objectValue;
+        answer["error"] = error;
+    }
+    answer["ok"] = error.empty();
     Json::StreamWriterBuilder builder;
     builder["indentation"] = "";
     return Json::writeString(builder, answer);
@@ -272,11 +210,15 @@ std::string Write(const Json::Value& answer) {
 
 std::string AnswerControlLine(std::string_view line, const std::function<bool()>& isAborted) {
     try {
-        Json::Value command;
+        Json::Value object;
+        Json::Value answer(Json::objectValue);
         std::string error;
-        return Write(Parse(line, command, error) ? Run(command, isAborted) : Failure(error));
+        if (Parse(line, object, error)) {
+            error = Run(object, isAborted, answer);
+        }
+        return Write(answer, error);
     } catch (const std::exception& error) {
-        return Write(Failure(error.what()));
+        return Write(Json::objectValue, error.what());
     }
 }
 

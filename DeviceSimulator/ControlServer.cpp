@@ -5,11 +5,13 @@
 #include <sys/stat.h>
 #include <sys/un.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <utility>
 
 #include "DeviceSimulator/ControlCommands.h"
 #include "DeviceSimulator/Thread.h"
@@ -127,15 +129,16 @@ void ControlServer::Admit(UniqueFd socket) {
     const int fd = socket.Get();
     setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &kSendTimeout, sizeof(kSendTimeout));
     const std::lock_guard lock(m_mutex);
-    if (m_clients.size() >= kMostClients) {
+    if (m_clients.size() >= kMostClients && !DropSilentClient()) {
         SendAll(fd, "{\"error\":\"too many clients\",\"ok\":false}\n");
         return;
     }
     Client& client = m_clients.emplace_back();
     client.socket = std::move(socket);
+    client.lastHeard = ++m_heard;
     try {
         client.thread = StartThread("devmgr-control", [this, &client] {
-            Serve(client.socket.Get());
+            Serve(client);
             shutdown(client.socket.Get(), SHUT_RDWR);
             client.isDone = true;
         });
@@ -144,50 +147,71 @@ void ControlServer::Admit(UniqueFd socket) {
     }
 }
 
-void ControlServer::Serve(int socket) const {
+void ControlServer::Serve(Client& client) {
     std::string pending;
     std::array<char, 4096> buffer;
     for (;;) {
-        const ssize_t count = recv(socket, buffer.data(), buffer.size(), 0);
+        const ssize_t count = recv(client.socket.Get(), buffer.data(), buffer.size(), 0);
         if (count < 0 && errno == EINTR) {
             continue;
         }
         if (count <= 0) {
             // What a client sends last need not end in a line end.
-            if (!pending.empty()) {
-                Answer(socket, pending);
+            if (!pending.empty() && !client.isDropped && !m_isStopping) {
+                Answer(client, pending);
             }
             return;
         }
         pending.append(buffer.data(), static_cast<std::size_t>(count));
-        if (!AnswerLines(socket, pending)) {
+        if (!AnswerLines(client, pending)) {
             return;
         }
     }
 }
 
-bool ControlServer::AnswerLines(int socket, std::string& pending) const {
+bool ControlServer::AnswerLines(Client& client, std::string& pending) {
     std::size_t start = 0;
     for (auto end = pending.find('\n'); end != std::string::npos; end = pending.find('\n', start)) {
-        if (!Answer(socket, std::string_view(pending).substr(start, end - start))) {
+        if (!Answer(client, std::string_view(pending).substr(start, end - start))) {
             return false;
         }
         start = end + 1;
     }
     pending.erase(0, start);
     if (pending.size() > kLongestLine) {
-        SendAll(socket, "{\"error\":\"the line is too long\",\"ok\":false}\n");
+        SendAll(client.socket.Get(), "{\"error\":\"the line is too long\",\"ok\":false}\n");
         return false;
     }
     return true;
 }
 
-bool ControlServer::Answer(int socket, std::string_view line) const {
+bool ControlServer::Answer(Client& client, std::string_view line) {
     if (line.find_first_not_of(" \t\r") == std::string_view::npos) {
         return true;
     }
+    const int socket = client.socket.Get();
+    client.isBeingAnswered = true;
     const std::string answer = AnswerControlLine(line, [&] { return m_isStopping || HasHungUp(socket); });
-    return SendAll(socket, answer + "\n");
+    const bool isSent = SendAll(socket, answer + "\n");
+    client.lastHeard = ++m_heard;
+    client.isBeingAnswered = false;
+    return isSent;
+}
+
+bool ControlServer::DropSilentClient() {
+    const auto silent =
+        std::min_element(m_clients.begin(), m_clients.end(), [](const Client& a, const Client& b) {
+            return std::pair(a.isBeingAnswered.load(), a.lastHeard.load()) <
+                   std::pair(b.isBeingAnswered.load(), b.lastHeard.load());
+        });
+    if (silent == m_clients.end() || silent->isBeingAnswered) {
+        return false;
+    }
+    silent->isDropped = true;
+    shutdown(silent->socket.Get(), SHUT_RDWR);
+    silent->thread.join();
+    m_clients.erase(silent);
+    return true;
 }
 
 void ControlServer::Reap() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <list>
 #include <memory>
 #include <mutex>
@@ -13,7 +14,8 @@
 namespace DeviceSimulator {
 
 /// A Unix stream socket that only this user may open (mode 0600). Every client has a thread of its own, so
-/// one that hangs keeps nobody else waiting.
+/// one that hangs keeps nobody else waiting; one client too many takes the place of the one that has been
+/// silent for longest.
 class ControlServer {
   public:
     static constexpr std::size_t kMostClients = 8;
@@ -30,21 +32,27 @@ class ControlServer {
     struct Client {
         UniqueFd socket;
         std::thread thread;
+        std::atomic<std::uint64_t> lastHeard{0};  // by m_heard
+        std::atomic<bool> isBeingAnswered{false};
+        std::atomic<bool> isDropped{false};
         std::atomic<bool> isDone{false};
     };
 
     ControlServer(UniqueFd listener, std::string path);
     void Accept();
     void Admit(UniqueFd socket);
-    void Serve(int socket) const;
+    void Serve(Client& client);
     /// False when the connection is to be closed.
-    bool AnswerLines(int socket, std::string& pending) const;
-    bool Answer(int socket, std::string_view line) const;
+    bool AnswerLines(Client& client, std::string& pending);
+    bool Answer(Client& client, std::string_view line);
     void Reap();
+    /// False when each one is being answered.
+    bool DropSilentClient();
 
     const UniqueFd m_listener;
     const std::string m_path;
     std::atomic<bool> m_isStopping{false};
+    std::atomic<std::uint64_t> m_heard{0};
     std::mutex m_mutex;
     std::list<Client> m_clients;  // guarded by m_mutex
     std::thread m_thread;

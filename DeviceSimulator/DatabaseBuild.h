@@ -17,9 +17,17 @@ class DatabaseBuild {
         m_started = now;
         m_duration = duration;
         m_nextStep = 0;
+        m_percentage = 0;
     }
-    void Abort() { m_nextStep = kDone; }
+    void Abort() {
+        if (IsRunning()) {
+            m_nextStep = kDone;
+            m_percentage = 0;
+        }
+    }
     bool IsRunning() const { return m_nextStep < kDone; }
+    /// The last one told; 0 when there is no database.
+    std::uint32_t Percentage() const { return m_percentage; }
 
     std::optional<TimePoint> NextDue() const {
         if (!IsRunning()) {
@@ -32,7 +40,8 @@ class DatabaseBuild {
     std::vector<std::uint32_t> Advance(TimePoint now) {
         std::vector<std::uint32_t> percentages;
         for (auto due = NextDue(); due && *due <= now; due = NextDue()) {
-            percentages.push_back(static_cast<std::uint32_t>(m_nextStep * 100 / kSteps));
+            m_percentage = static_cast<std::uint32_t>(m_nextStep * 100 / kSteps);
+            percentages.push_back(m_percentage);
             ++m_nextStep;
         }
         return percentages;
@@ -45,6 +54,7 @@ class DatabaseBuild {
     TimePoint m_started{};
     std::chrono::milliseconds m_duration{0};
     int m_nextStep = kDone;
+    std::uint32_t m_percentage = 0;
 };
 
 }  // namespace DeviceSimulator

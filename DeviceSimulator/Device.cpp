@@ -55,6 +55,7 @@ DeviceIdentity MakeIdentity(const DeviceDescription& device, std::uint32_t handl
     if (IsStick(device.type) || device.type == kNoMedium) {
         identity.mountPath = "/media/usb" + std::to_string(handle);
     }
+    identity.hub = device.hub;
     return identity;
 }
 
@@ -83,6 +84,10 @@ void Device::Close(std::uint32_t process, TimePoint now) {
 
 std::vector<DeviceEvent> Device::TakeEvents(TimePoint now) {
     std::vector<DeviceEvent> events;
+    if (openings.empty()) {
+        // Nobody hears of the rate that it plays at by itself.
+        player.ForgetSampleRate();
+    }
     for (const std::uint32_t percentage : database.Advance(now)) {
         events.push_back(MakePlayerEvent({kDatabaseProgress, percentage}, identity.handle));
     }

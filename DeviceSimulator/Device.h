@@ -24,6 +24,7 @@ struct DeviceIdentity {
     std::string node;
     std::string serial;
     std::string mountPath;  ///< of a mass storage device
+    std::uint32_t hub = 0;  ///< the handle of the hub that it hangs on; 0: none
 };
 
 /// Fills in what `device` leaves out.
@@ -62,6 +63,8 @@ struct Device {
     Player player;
     DatabaseBuild database;
     DeviceSettings settings;
+    bool isLocked = false;
+    bool isAuthenticated = false;  ///< only of a player
 };
 
 }  // namespace DeviceSimulator

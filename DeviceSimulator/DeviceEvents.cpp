@@ -66,11 +66,16 @@ DeviceEvent PackEvent(std::span<const std::uint32_t> words, std::span<const std:
     return event;
 }
 
-std::vector<DeviceEvent> MakeArrivalEvents(const DeviceIdentity& device) {
+DeviceEvent MakeAuthenticationEvent(std::uint32_t id, const DeviceIdentity& device) {
+    return MakeEvent({id, 0, 0, 0, 0, device.handle}, {device.node});
+}
+
+std::vector<DeviceEvent> MakeArrivalEvents(const DeviceIdentity& device, bool isLocked) {
     std::vector<DeviceEvent> events{MakeConnectEvent(device)};
     if (IsPlayer(device.type)) {
-        for (const std::uint32_t id : {kAuthenticationStarted, kAuthenticationSucceeded}) {
-            events.push_back(MakeEvent({id, 0, 0, 0, 0, device.handle}, {device.node}));
+        for (const EventId id :
+             {kAuthenticationStarted, isLocked ? kAuthenticationLocked : kAuthenticationSucceeded}) {
+            events.push_back(MakeAuthenticationEvent(id, device));
         }
     }
     return events;

@@ -14,8 +14,12 @@ namespace DeviceSimulator {
 /// cut where the record ends.
 DeviceEvent PackEvent(std::span<const std::uint32_t> words, std::span<const std::string_view> texts);
 
-/// What is told of a device that is plugged in: the connection, then the authentication of a player.
-std::vector<DeviceEvent> MakeArrivalEvents(const DeviceIdentity& device);
+/// What is told of a device that is plugged in: the connection, then the authentication of a player, which a
+/// locked one does not come to the end of.
+std::vector<DeviceEvent> MakeArrivalEvents(const DeviceIdentity& device, bool isLocked = false);
+
+/// One of the authentication's events, 18 to 20, 35 and 36.
+DeviceEvent MakeAuthenticationEvent(std::uint32_t id, const DeviceIdentity& device);
 
 DeviceEvent MakeDisconnectEvent(const DeviceIdentity& device);
 

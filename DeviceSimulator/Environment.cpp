@@ -38,6 +38,25 @@ std::optional<std::uint32_t> FindDeviceType(std::string_view word) {
     return found == kTypeWords.end() ? std::nullopt : std::optional(found->type);
 }
 
+std::string_view DeviceTypeWord(std::uint32_t type) {
+    // A kind's word stands for its most usual type.
+    std::uint32_t usual = type;
+    if (IsStick(type)) {
+        usual = kStickFat32;
+    } else if (IsPlayer(type)) {
+        usual = IsIap2(type) ? kIap2 : kIap;
+    } else if (IsListed(type)) {
+        usual = kMtp;
+    }
+    const auto* found = std::find_if(kTypeWords.begin(), kTypeWords.end(),
+                                     [&](const TypeWord& entry) { return entry.type == usual; });
+    return found == kTypeWords.end() ? std::string_view{} : found->word;
+}
+
+std::string SoundFolderFromEnvironment() {
+    return std::string(Variable("DEVICE_SIMULATOR_AUDIO"));
+}
+
 SimulatorOptions OptionsFromEnvironment() {
     SimulatorOptions options;
     const std::string_view word = Variable("DEVICE_SIMULATOR_DEVICE");

@@ -17,5 +17,10 @@ std::optional<std::string> ControlPathFromEnvironment();
 
 /// The device type of a word such as "iap2" or "stick".
 std::optional<std::uint32_t> FindDeviceType(std::string_view word);
+/// The word for a type, or for one of its kind; empty when there is none.
+std::string_view DeviceTypeWord(std::uint32_t type);
+
+/// DEVICE_SIMULATOR_AUDIO: the folder of the simulated sound card; empty when unset.
+std::string SoundFolderFromEnvironment();
 
 }  // namespace DeviceSimulator

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "DeviceSimulator/DeviceEvents.h"
-
 namespace DeviceSimulator {
 
 void Model::Reset(SimulatorOptions options) {
@@ -51,30 +49,6 @@ Result Model::FreeMemory(std::uint32_t process, std::uint32_t block) {
     return m_processes.Contains(process) ? m_memory.Free(process, block) : kProcessNotRegistered;
 }
 
-std::uint32_t Model::Plug(const DeviceDescription& description) {
-    const std::uint32_t wanted = description.handle.value_or(0);
-    if (wanted != 0 && Find(wanted) != nullptr) {
-        return 0;
-    }
-    const std::uint32_t handle = wanted != 0 ? wanted : FreeHandle();
-    m_devices.push_back(std::make_unique<Device>(MakeIdentity(description, handle), m_nextInstance++));
-    for (const DeviceEvent& event : MakeArrivalEvents(m_devices.back()->identity)) {
-        Push(event, 0);
-    }
-    return handle;
-}
-
-bool Model::Unplug(std::uint32_t handle) {
-    const auto found = std::find_if(m_devices.begin(), m_devices.end(),
-                                    [&](const auto& device) { return device->identity.handle == handle; });
-    if (found == m_devices.end()) {
-        return false;
-    }
-    Push(MakeDisconnectEvent((*found)->identity), 0);
-    m_devices.erase(found);
-    return true;
-}
-
 std::vector<const Device*> Model::Listed() const {
     std::vector<const Device*> listed;
     for (const auto& device : m_devices) {
@@ -90,6 +64,9 @@ Result Model::Open(std::uint32_t process, std::uint32_t handle) {
     const Result result = FindListed(process, handle, device);
     if (result != kSuccess) {
         return result;
+    }
+    if (device->isLocked && !device->IsOpenedBy(process)) {
+        return kDeviceNotReady;
     }
     const bool isNew = device->openings.try_emplace(process).second;
     // Only a player's session is one at a time: a stick may be opened over and over.
@@ -215,15 +192,6 @@ std::vector<std::uint32_t> Model::Targets(const PendingEvent& pending) const {
     return targets;
 }
 
-Device* Model::Find(std::uint32_t handle) const {
-    for (const auto& device : m_devices) {
-        if (device->identity.handle == handle) {
-            return device.get();
-        }
-    }
-    return nullptr;
-}
-
 Result Model::FindListed(std::uint32_t process, std::uint32_t handle, Device*& device) const {
     if (!m_processes.Contains(process)) {
         return kProcessNotRegistered;
@@ -250,23 +218,6 @@ Result Model::FindOpened(std::uint32_t process, std::uint32_t handle, Device*& d
     }
     device = found;
     return kSuccess;
-}
-
-std::uint32_t Model::FreeHandle() {
-    while (m_nextHandle == 0 || Find(m_nextHandle) != nullptr) {
-        ++m_nextHandle;
-    }
-    return m_nextHandle++;
-}
-
-void Model::PlugPlanned(TimePoint now) {
-    if (m_plugAt && *m_plugAt <= now) {
-        m_plugAt.reset();
-        m_hasPlugged = true;
-        for (const DeviceDescription& description : m_options.devices) {
-            Plug(description);
-        }
-    }
 }
 
 void Model::Push(const DeviceEvent& event, std::uint64_t instance) {

@@ -49,7 +49,15 @@ class Model {
 
     /// The handle; 0 when the one asked for is taken.
     std::uint32_t Plug(const DeviceDescription& description);
+    /// Plugs all of them in and returns their handles; none, and plugs nothing in, where `error` says why. A
+    /// hub stands before what hangs on it.
+    std::vector<std::uint32_t> PlugAll(std::vector<DeviceDescription> descriptions, std::string& error);
+    /// With a hub goes what hangs on it.
     bool Unplug(std::uint32_t handle);
+    /// A locked player cannot be opened; who has it open keeps it. False when no such player is plugged in.
+    bool SetLocked(std::uint32_t handle, bool isLocked);
+    /// Null when no such device is plugged in.
+    Device* Find(std::uint32_t handle) const;
     const std::vector<std::unique_ptr<Device>>& Devices() const { return m_devices; }
     /// The devices of the device list, in the order in which they came.
     std::vector<const Device*> Listed() const;
@@ -80,7 +88,6 @@ class Model {
     std::vector<std::uint32_t> Targets(const PendingEvent& pending) const;
 
   private:
-    Device* Find(std::uint32_t handle) const;
     Result FindListed(std::uint32_t process, std::uint32_t handle, Device*& device) const;
     Result FindOpened(std::uint32_t process, std::uint32_t handle, Device*& device) const;
     std::uint32_t FreeHandle();

@@ -2,6 +2,7 @@
 #include "DeviceSimulator/Exports.h"
 
 #include "DeviceSimulator/Gate.h"
+#include "DeviceSimulator/Playback.h"
 
 using namespace DeviceSimulator;
 
@@ -13,19 +14,16 @@ bool IsMode(u32 mode, Mode last) {
     return mode <= static_cast<u32>(last);
 }
 
-Result StateOf(Engine& engine, u32 ph, u32 dh, bool& isQueueEmpty) {
-    return engine.Loop().Locked([&](Model& model, TimePoint) {
-        Device* device = nullptr;
-        const Result result = model.FindPlayer(ph, dh, device);
-        isQueueEmpty = result == kSuccess && device->player.Queue().IsEmpty();
-        return result;
-    });
-}
+}  // namespace
 
-/// With nothing chosen yet, a player plays all that it has.
-Result Play(Engine& engine, u32 ph, u32 dh) {
+Result DeviceSimulator::PlayOn(Engine& engine, const FindDevice& find) {
     bool isQueueEmpty = false;
-    const Result result = StateOf(engine, ph, dh, isQueueEmpty);
+    const Result result = engine.Loop().Locked([&](Model& model, TimePoint) {
+        Device* device = nullptr;
+        const Result found = find(model, device);
+        isQueueEmpty = found == kSuccess && device->player.Queue().IsEmpty();
+        return found;
+    });
     if (result != kSuccess) {
         return result;
     }
@@ -37,7 +35,7 @@ Result Play(Engine& engine, u32 ph, u32 dh) {
     }
     return engine.Loop().Locked([&](Model& model, TimePoint now) {
         Device* device = nullptr;
-        const Result found = model.FindPlayer(ph, dh, device);
+        const Result found = find(model, device);
         if (found != kSuccess) {
             return found;
         }
@@ -50,11 +48,14 @@ Result Play(Engine& engine, u32 ph, u32 dh) {
     });
 }
 
-}  // namespace
-
 u32 eDevMgriPodPlay(u32 ph, u32 dh) {
     return PassGate(
-        DEVICE_SIMULATOR_KEY(eDevMgriPodPlay), [&](Engine& engine) { return Play(engine, ph, dh); }, ph, dh);
+        DEVICE_SIMULATOR_KEY(eDevMgriPodPlay),
+        [&](Engine& engine) {
+            return PlayOn(engine,
+                          [=](Model& model, Device*& device) { return model.FindPlayer(ph, dh, device); });
+        },
+        ph, dh);
 }
 
 u32 eDevMgriPodPause(u32 ph, u32 dh) {

@@ -128,6 +128,20 @@ void Player::EndSeek(TimePoint now) {
     }
 }
 
+Result Player::MoveWithin(std::chrono::milliseconds position, TimePoint now) {
+    Advance(now);
+    if (m_state == PlayState::Stopped) {
+        return kInStopState;
+    }
+    if (position > Duration()) {
+        return kInvalidIndex;
+    }
+    EndSeek(now);
+    MoveTo(position, now);
+    Tell(kPlayTime, ElapsedMs(now));
+    return kSuccess;
+}
+
 void Player::SetShuffle(ShuffleMode mode, TimePoint now) {
     Advance(now);
     if (m_queue.Shuffle() == mode) {

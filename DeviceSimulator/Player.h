@@ -38,6 +38,8 @@ class Player {
     Result Skip(SkipDirection direction, TimePoint now);
     Result StartSeek(SeekDirection direction, TimePoint now);
     void EndSeek(TimePoint now);
+    /// Goes to that time of the current track; kInvalidIndex when it is not as long.
+    Result MoveWithin(std::chrono::milliseconds position, TimePoint now);
 
     void SetShuffle(ShuffleMode mode, TimePoint now);
     void SetRepeat(RepeatMode mode);
@@ -45,6 +47,8 @@ class Player {
 
     /// Stands still without telling, and tells the sample rate anew when it goes on: nobody listens.
     void Rest(TimePoint now);
+    /// The next track tells its rate whether or not it is another one.
+    void ForgetSampleRate() { m_toldSampleRate = 0; }
 
     /// Lets everything happen that is due up to `now`.
     void Advance(TimePoint now);

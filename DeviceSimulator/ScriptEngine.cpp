@@ -38,6 +38,11 @@ ArtworkScript ScriptEngine::Artwork() {
     return m_artwork;
 }
 
+std::array<CallScript, kFunctionCount> ScriptEngine::Active() {
+    const std::lock_guard lock(m_mutex);
+    return m_scripts;
+}
+
 void ScriptEngine::Clear() {
     const std::lock_guard lock(m_mutex);
     m_scripts = {};
@@ -48,7 +53,7 @@ void ScriptEngine::Clear() {
 
 void ScriptEngine::ApplyDelay(FunctionId function) {
     std::unique_lock lock(m_mutex);
-    Script& script = m_scripts[IndexOf(function)];
+    CallScript& script = m_scripts[IndexOf(function)];
     if (Use(script.delayTimes)) {
         const auto until = std::chrono::steady_clock::now() + script.delay;
         m_cleared.wait_until(lock, until,
@@ -58,7 +63,7 @@ void ScriptEngine::ApplyDelay(FunctionId function) {
 
 std::optional<std::uint32_t> ScriptEngine::NextFailure(FunctionId function) {
     const std::lock_guard lock(m_mutex);
-    Script& script = m_scripts[IndexOf(function)];
+    CallScript& script = m_scripts[IndexOf(function)];
     return Use(script.failTimes) ? std::optional(script.failCode) : std::nullopt;
 }
 

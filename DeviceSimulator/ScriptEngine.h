@@ -18,6 +18,14 @@ struct ArtworkScript {
     std::chrono::milliseconds inProgress{0};
 };
 
+/// What is in force for the calls of one function.
+struct CallScript {
+    std::uint32_t failCode = 0;
+    std::uint32_t failTimes = 0;
+    std::chrono::milliseconds delay{0};
+    std::uint32_t delayTimes = 0;
+};
+
 /// Every member may be called from any thread.
 class ScriptEngine {
   public:
@@ -27,6 +35,8 @@ class ScriptEngine {
     void Delay(FunctionId function, std::chrono::milliseconds time, std::uint32_t times);
     void SetArtwork(ArtworkScript script);
     ArtworkScript Artwork();
+    /// By function.
+    std::array<CallScript, kFunctionCount> Active();
     /// Also releases the calls that are being delayed.
     void Clear();
 
@@ -36,17 +46,10 @@ class ScriptEngine {
     std::optional<std::uint32_t> NextFailure(FunctionId function);
 
   private:
-    struct Script {
-        std::uint32_t failCode = 0;
-        std::uint32_t failTimes = 0;
-        std::chrono::milliseconds delay{0};
-        std::uint32_t delayTimes = 0;
-    };
-
     std::mutex m_mutex;
     std::condition_variable m_cleared;
     std::uint64_t m_generation = 0;
-    std::array<Script, kFunctionCount> m_scripts{};
+    std::array<CallScript, kFunctionCount> m_scripts{};
     ArtworkScript m_artwork;
 };
 

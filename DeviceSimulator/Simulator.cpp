@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "DeviceSimulator/ControlCommands.h"
 #include "DeviceSimulator/Engine.h"
 
 namespace DeviceSimulator {
@@ -34,6 +35,11 @@ std::uint32_t Simulator::Plug(const DeviceDescription& device) {
 
 bool Simulator::Unplug(std::uint32_t handle) {
     return m_state->Started().Loop().Locked([&](Model& model, TimePoint) { return model.Unplug(handle); });
+}
+
+std::string Simulator::Command(std::string_view line) {
+    m_state->Started();
+    return AnswerControlLine(line, [] { return false; });
 }
 
 bool Simulator::Fail(std::string_view name, std::uint32_t code, std::uint32_t times) {
@@ -73,12 +79,12 @@ void Simulator::Drain() {
 }
 
 std::vector<CallRecord> Simulator::Calls() const {
-    return m_state->Started().Calls().Records(std::nullopt);
+    return m_state->Started().Calls().Records({});
 }
 
 std::vector<CallRecord> Simulator::Calls(std::string_view name) const {
     const auto function = FindFunction(name);
-    return function ? m_state->Started().Calls().Records(function) : std::vector<CallRecord>{};
+    return function ? m_state->Started().Calls().Records({.only = function}) : std::vector<CallRecord>{};
 }
 
 void Simulator::ClearCalls() {

@@ -27,6 +27,7 @@ struct CallRecord {
     std::string text;  ///< a text argument, else empty
     std::uint32_t result = 0;  ///< the code answered; 0 while the call is still running
     std::uint64_t thread = 0;  ///< the kernel's thread id
+    std::uint64_t number = 0;  ///< counts up with every call, from the process's first
 };
 
 /// A device to plug in. What is left out gets a likely value.
@@ -36,6 +37,8 @@ struct DeviceDescription {
     std::string name;                     ///< empty: a name that fits the type
     std::optional<std::uint32_t> productId;
     std::optional<std::uint32_t> vendorId;
+    std::uint32_t hub = 0;  ///< the handle of the hub that it hangs on; 0: none
+    bool isLocked = false;  ///< only of a player: it waits to be unlocked before it lets itself be opened
 };
 
 /// What becomes of every track's cover.
@@ -80,8 +83,12 @@ class DEVICE_SIMULATOR_API Simulator {
     /// Plugs a device in, at once, with the events that a player sends. Returns its handle; 0, and plugs
     /// nothing in, when the handle asked for is taken.
     std::uint32_t Plug(const DeviceDescription& device);
-    /// False when no such device is plugged in.
+    /// With a hub goes what hangs on it. False when no such device is plugged in.
     bool Unplug(std::uint32_t handle);
+
+    /// Carries out one line of the control socket, whether or not there is such a socket, and returns its
+    /// answer without a line end. A "wait" in it blocks.
+    std::string Command(std::string_view line);
 
     /// Makes the next `times` calls of `name` answer `code` and do nothing else. False: no such function.
     bool Fail(std::string_view name, std::uint32_t code, std::uint32_t times = kForEver);

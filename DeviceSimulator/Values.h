@@ -12,6 +12,7 @@ enum Result : std::uint32_t {
     kProcessNotRegistered = 6,
     kDeviceNotOpened = 11,
     kDeviceAlreadyOpened = 13,
+    kDeviceNotReady = 15,
     kNotSupportedByDevice = 17,
     kSessionNotOpened = 44,
     kSessionAlreadyOpened = 45,
@@ -27,6 +28,7 @@ enum Result : std::uint32_t {
     kInStopState = 70,
     kArtworkNotPresent = 72,
     kNotPlaying = 74,
+    kAppBusy = 94,
     kInvalidIndex = 100,
     kDatabaseBuildInProgress = 103,
     kArtworkInProgress = 105,
@@ -50,6 +52,8 @@ enum EventId : std::uint32_t {
     kShuffleSetting = 32,
     kRepeatSetting = 33,
     kPlayContext = 34,
+    kAuthenticationLocked = 35,
+    kAuthenticationUnlocked = 36,
     kDatabaseProgress = 37
 };
 

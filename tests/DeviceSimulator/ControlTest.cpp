@@ -3,10 +3,11 @@
 #include <sys/stat.h>
 #include <sys/un.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <sstream>
 
-#include "DeviceSimulator/ControlCommands.h"
 #include "DeviceSimulator/ControlServer.h"
 #include "ScratchFolder.h"
 #include "SimulatorFixture.h"
@@ -48,31 +49,137 @@ class Connection {
 
 class ControlTest : public SimulatorTest {
   protected:
+    /// Answers a command that is written with ' for ".
+    static Json::Value Do(std::string line) {
+        std::replace(line.begin(), line.end(), '\'', '"');
+        Json::Value answer;
+        std::istringstream(Simulator::Instance().Command(line)) >> answer;
+        EXPECT_EQ(answer["ok"].asBool(), !answer.isMember("error")) << line;
+        return answer;
+    }
+    static bool IsDone(const std::string& line) { return Do(line)["ok"].asBool(); }
+
     const ScratchFolder folder;
     const std::string path = folder.Path() / "control";
     std::unique_ptr<ControlServer> server = ControlServer::Open(path);
 };
 
-TEST_F(ControlTest, SaysWhatIsWrong) {
+TEST_F(ControlTest, SaysWhatIsWrongAndChangesNothing) {
+    OpenPlayer();
     const std::pair<std::string, std::string> cases[] = {
         {"nonsense", "not a JSON object"},
         {"{} {}", "not a JSON object"},
         {std::string(5000, '['), "tack"},
-        {"{}", "\"command\" must be one of"},
-        {R"({"command":"plug","tpye":"iap"})", "\"tpye\" is no member"},
-        {R"({"command":"plug","handle":-1})", "\"handle\" must be a number"},
-        {R"({"command":"unplug","handle":6})", "no device has handle 6"},
-        {R"({"command":"fail","call":"eDevMgriPodFly","code":1})", "\"call\" must name"},
-        {R"({"command":"event","words":[1,2,3,4,5,6,7]})", "1 to 6 numbers"},
-        {R"({"command":"wait","call":"eDevMgriPodStop","timeout":1})", "was not called 1 times"},
-        {R"({"command":"wait","call":"eDevMgriPodStop","timeout":600001})", "at most 600000"},
+        {"{}", "'command' must be one of artwork, busy"},
+        {"{'command':'plug','tpye':'iap'}", "'tpye' is no member"},
+        {"{'command':'plug','':0}", "'' is no member"},
+        {"{'command':'plug','handle':-1}", "'handle' must be a number"},
+        {"{'command':'plug','type':'toaster'}", "such as 'iap2'"},
+        {"{'command':'plug','type':'stick','locked':true}", "only a player"},
+        {"{'command':'plug','hub':1}", "no hub has handle 1"},
+        {"{'command':'plug','devices':[{},{'handle':1}]}", "handle 1 is taken"},
+        {"{'command':'plug','devices':[{'handle':7},{'handle':7}]}", "handle 7 is taken"},
+        {"{'command':'plug','devices':[{},{'nam':''}]}", "'devices'[1]: 'nam' is no member"},
+        {"{'command':'plug','devices':[{}],'name':''}", "'name' stands in 'devices'"},
+        {"{'command':'unplug','handles':[1,6]}", "no device has handle 6"},
+        {"{'command':'fail','call':'eDevMgriPodFly','code':1}", "'call' must name"},
+        {"{'command':'event','words':[1,2,3,4,5,6,7]}", "1 to 6 numbers"},
+        {"{'command':'event','name':'play-tune'}", "no event's name"},
+        {"{'command':'wait','call':'eDevMgriPodStop','timeout':1}", "was not called 1 times"},
+        {"{'command':'wait','call':'eDevMgriPodStop','timeout':600001}", "at most 600000"},
+        {"{'command':'player'}", "must say what"},
+        {"{'command':'player','do':'next','shuffle':'on'}", "one of off, tracks, albums"},
+        {"{'command':'player','do':'next'}", "the player is stopped"},
+        {"{'command':'player','do':'play','handle':9}", "no player has handle 9"},
+        {"{'command':'queue','tracks':[24]}", "names track 24 of 24"},
+        {"{'command':'queue','tracks':['Title 99']}", "'Title 99', which"},
+        {"{'command':'queue','tracks':[1,2],'position':2}", "'position' must be below 2"},
+        {"{'command':'sound','capture':'gone'}", "DEVICE_SIMULATOR_AUDIO is not set"},
     };
     for (const auto& [line, error] : cases) {
-        Json::Value answer;
-        std::istringstream(AnswerControlLine(line, [] { return false; })) >> answer;
-        EXPECT_FALSE(answer["ok"].asBool()) << line.substr(0, 60);
-        EXPECT_NE(answer["error"].asString().find(error), std::string::npos) << answer;
+        std::string answer = Do(line)["error"].asString();
+        std::replace(answer.begin(), answer.end(), '"', '\'');
+        EXPECT_NE(answer.find(error), std::string::npos) << line.substr(0, 60) << answer;
     }
+    EXPECT_EQ(TakeEventText(), "");
+    EXPECT_EQ(Do("{'command':'devices'}")["devices"].size(), 1U);
+    EXPECT_EQ(Do("{'command':'help','about':'unplug'}")["commands"][0]["members"].size(), 3U);
+}
+
+TEST_F(ControlTest, SeveralDevicesComeAndAHubTakesItsOwnAlong) {
+    const Json::Value plugged =
+        Do("{'command':'plug','devices':[{'type':'hub','handle':2},{'type':'stick','hub':2},{'hub':2},{}]}");
+    EXPECT_EQ(plugged["handles"].size(), 4U);
+    EXPECT_EQ(plugged["handles"][1], 1) << "the next free one";
+    EXPECT_EQ(TakeEventText(), "3=26 3=2 3=17 18 19 3=17 18 19");
+    EXPECT_TRUE(IsDone("{'command':'unplug','handle':2}"));
+    EXPECT_EQ(TakeEventText(), "4=2 4=17 4=26");
+    EXPECT_TRUE(IsDone("{'command':'unplug','all':true}"));
+    EXPECT_EQ(TakeEventText(), "4=17");
+    EXPECT_TRUE(
+        IsDone("{'command':'event','name':'DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE','words':[8000]}"));
+    EXPECT_TRUE(IsDone("{'command':'event','name':'db-build-progress-info'}"));
+    EXPECT_EQ(TakeEventText(), "17=8000 37");
+}
+
+TEST_F(ControlTest, ALockedPlayerCanBeOpenedOnceItIsUnlocked) {
+    const u32 handle = Do("{'command':'plug','locked':true}")["handle"].asUInt();
+    EXPECT_EQ(TakeEventText(), "3=17 18 35");
+    EXPECT_EQ(eDevMgrOpenDevice(ph, handle), u32{kDeviceNotReady});
+    EXPECT_TRUE(IsDone("{'command':'unlock'}"));
+    EXPECT_EQ(TakeEventText(), "36 19");
+    EXPECT_EQ(eDevMgrOpenDevice(ph, handle), u32{kSuccess});
+    EXPECT_TRUE(IsDone("{'command':'lock'}") && IsDone("{'command':'lock'}"));
+    const auto events = TakeEvents(ph);
+    ASSERT_EQ(events.size(), 1U);
+    EXPECT_EQ(events[0].words[5], handle);
+    EXPECT_STREQ(events[0].text, "/dev/iap1");
+    EXPECT_EQ(eDevMgriPodPlay(ph, handle), u32{kSuccess});
+    EXPECT_TRUE(Do("{'command':'status'}")["devices"][0]["locked"].asBool());
+}
+
+TEST_F(ControlTest, AThumbLeadsThePlayerAndItsQueue) {
+    OpenPlayer();
+    const Json::Value queue = Do("{'command':'queue','tracks':[5,'Title 03',5],'position':1,'start':2}");
+    EXPECT_EQ(queue["tracks"][0]["title"], "Title 05");
+    EXPECT_EQ(TakeEventText(), "34=3 13 17=48000 9");
+    EXPECT_EQ(Title(), "Title 03");
+    EXPECT_TRUE(IsDone("{'command':'queue','position':2}"));
+    EXPECT_TRUE(IsDone("{'command':'player','do':'seek','to':9000,'repeat':'all'}"));
+    EXPECT_FALSE(IsDone("{'command':'player','do':'seek','to':10001}"));
+    EXPECT_EQ(TakeEventText(), "13 33=2 8=9000");
+    Pass(1s);
+    const Json::Value player = Do("{'command':'status'}")["devices"][0]["player"];
+    EXPECT_EQ(player["position"].toStyledString() + player["elapsed"].toStyledString(), "0\n0\n");
+    EXPECT_EQ(player["track"]["title"].asString() + player["repeat"].asString(), "Title 05all");
+    EXPECT_TRUE(IsDone("{'command':'player','do':'toggle'}") && IsDone("{'command':'player','do':'toggle'}"));
+    EXPECT_EQ(TakeEventText(), "13 10 9");
+}
+
+TEST_F(ControlTest, BusyCallsAreCountedAndReleased) {
+    OpenPlayer();
+    const std::string next = Do("{'command':'calls','limit':0}")["next"].asString();
+    EXPECT_TRUE(IsDone("{'command':'busy','call':'*'}"));
+    EXPECT_EQ(eDevMgriPodPlay(ph, dh), 94U);
+    EXPECT_TRUE(IsDone("{'command':'busy','call':'eDevMgriPodPlay','times':0}"));
+    EXPECT_EQ(eDevMgriPodPlay(ph, dh), kSuccess);
+    EXPECT_EQ(Do("{'command':'status'}")["scripts"].size(), kFunctionCount - 1);
+    EXPECT_TRUE(IsDone("{'command':'clear','what':'scripts'}"));
+    EXPECT_EQ(Status(), 0U);
+    const std::string since = ",'since':" + next;
+    EXPECT_EQ(Do("{'command':'calls','limit':2" + since + "}")["calls"][0]["result"], 1);
+    EXPECT_EQ(Do("{'command':'calls'" + since + "}")["calls"].size(), 3U);
+    const std::string wait = "{'command':'wait','timeout':0,'call':'eDevMgriPodPlay'" + since;
+    EXPECT_TRUE(IsDone(wait + ",'times':2}") && !IsDone(wait + ",'times':3}"));
+}
+
+TEST_F(ControlTest, TheSoundDevicesVanishAndReturn) {
+    setenv("DEVICE_SIMULATOR_AUDIO", folder.Path().c_str(), 1);
+    EXPECT_EQ(Do("{'command':'sound','capture':'gone'}")["sound"]["playback"], "there");
+    EXPECT_TRUE(std::filesystem::exists(folder.Path() / "capture.gone"));
+    EXPECT_EQ(Do("{'command':'sound','capture':'there','playback':'gone'}")["sound"]["capture"], "there");
+    EXPECT_FALSE(std::filesystem::exists(folder.Path() / "capture.gone"));
+    unsetenv("DEVICE_SIMULATOR_AUDIO");
 }
 
 TEST_F(ControlTest, WaitingAndBadClientsStopNobodyElse) {
@@ -83,19 +190,14 @@ TEST_F(ControlTest, WaitingAndBadClientsStopNobodyElse) {
     Connection flood(path);
     flood.Send(std::string(ControlServer::kLongestLine + 4096, 'x'));
     EXPECT_NE(flood.ReadLine().find("too long"), std::string::npos);
+    // A crowd that says nothing gives way to who has something to say, one that waits does not.
     std::vector<std::unique_ptr<Connection>> crowd;
     for (std::size_t i = 0; i < ControlServer::kMostClients + 2; ++i) {
         crowd.push_back(std::make_unique<Connection>(path));
     }
-    EXPECT_NE(crowd.back()->ReadLine().find("too many"), std::string::npos);
-    crowd.clear();
-    std::string answer;
-    for (int i = 0; i < 100 && answer.find("true") == std::string::npos; ++i) {
-        Connection client(path);
-        client.Send("{\"command\":\"devices\"}\n");
-        answer = client.ReadLine();
-    }
-    EXPECT_EQ(answer, R"({"devices":[],"ok":true})");
+    crowd.back()->Send("{\"command\":\"devices\"}\n");
+    EXPECT_EQ(crowd.back()->ReadLine(), R"({"devices":[],"ok":true})");
+    EXPECT_EQ(crowd.front()->ReadLine(), "");
     eDevMgriPodStop(ph, 1);
     eDevMgriPodStop(ph, 1);
     EXPECT_EQ(waiter.ReadLine(), R"({"ok":true})");

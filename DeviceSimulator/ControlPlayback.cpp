@@ -1,0 +1,227 @@
+// Control commands: a thumb on the player, and its now-playing queue.
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <unordered_map>
+
+#include "DeviceSimulator/ControlHandlers.h"
+#include "DeviceSimulator/Engine.h"
+#include "DeviceSimulator/Playback.h"
+
+namespace DeviceSimulator {
+
+namespace {
+
+constexpr std::uint32_t kPage = 20;
+constexpr std::uint32_t kLargestPage = 1000;
+
+/// What a thumb does; "play" and "toggle" may have to choose the music first, "seek" says where to.
+constexpr auto kThumbWords = std::to_array<std::string_view>(
+    {"play", "toggle", "seek", "pause", "stop", "next", "previous", "forward", "rewind", "release"});
+enum Thumb : std::size_t { kPlay, kToggle, kSeek, kPause, kStop, kNext, kPrevious, kForward, kBack };
+
+struct ThumbOrder {
+    std::uint32_t handle = 0;
+    std::optional<std::size_t> thumb;
+    std::uint32_t to = 0;
+    std::optional<std::size_t> shuffle;
+    std::optional<std::size_t> repeat;
+};
+
+Result Press(Player& player, const ThumbOrder& order, TimePoint now) {
+    switch (*order.thumb) {
+        case kSeek:
+            return player.MoveWithin(std::chrono::milliseconds{order.to}, now);
+        case kPause:
+        case kToggle:
+            return player.Pause(now);
+        case kStop:
+            player.Stop(now);
+            return kSuccess;
+        case kNext:
+            return player.Skip(SkipDirection::Next, now);
+        case kPrevious:
+            return player.Skip(SkipDirection::Previous, now);
+        case kForward:
+            return player.StartSeek(SeekDirection::Forward, now);
+        case kBack:
+            return player.StartSeek(SeekDirection::Rewind, now);
+        default:
+            player.EndSeek(now);
+            return kSuccess;
+    }
+}
+
+std::string Explain(Result result, const ThumbOrder& order, const Player& player) {
+    if (result == kSuccess) {
+        return {};
+    }
+    if (result == kInvalidIndex) {
+        return "\"to\" is at most " + std::to_string(player.TotalMs()) + ", the track's length";
+    }
+    return order.thumb == kPlay || order.thumb == kToggle ? "the library holds no tracks"
+                                                          : "the player is stopped";
+}
+
+/// Settings come first, so that what begins to play begins with them.
+bool SetModes(ControlCall& call, const ThumbOrder& order) {
+    return Engine::Instance().Loop().Locked([&](Model& model, TimePoint now) {
+        std::string error;
+        Device* device = ChoosePlayer(model, order.handle, error);
+        call.fields.Refuse(error);
+        if (device == nullptr) {
+            return false;
+        }
+        if (order.shuffle) {
+            device->player.SetShuffle(static_cast<ShuffleMode>(*order.shuffle), now);
+        }
+        if (order.repeat) {
+            device->player.SetRepeat(static_cast<RepeatMode>(*order.repeat));
+        }
+        return order.thumb == kPlay ||
+               (order.thumb == kToggle && device->player.State() != PlayState::Playing);
+    });
+}
+
+void PressPlay(ControlCall& call, const ThumbOrder& order) {
+    std::string error;
+    const Result result = PlayOn(Engine::Instance(), [&](Model& model, Device*& device) {
+        device = ChoosePlayer(model, order.handle, error);
+        return device != nullptr ? kSuccess : kInvalidDeviceHandle;
+    });
+    call.fields.Refuse(error);
+    if (result != kSuccess) {
+        call.fields.Refuse("the library holds no tracks");
+    }
+}
+
+/// The library's tracks that "tracks" names by number or title.
+std::shared_ptr<const ItemList> FindTracks(ControlFields& fields, const Library& library) {
+    const auto count = static_cast<std::uint32_t>(library.TrackCount());
+    const std::vector<Json::Value> wanted = fields.Items("tracks");
+    std::unordered_map<std::string_view, std::uint32_t> byTitle;
+    if (std::any_of(wanted.begin(), wanted.end(), [](const auto& item) { return item.isString(); })) {
+        for (std::uint32_t track = 0; track < count; ++track) {
+            byTitle.try_emplace(library.Track(track).title, track);
+        }
+    }
+    auto tracks = std::make_shared<ItemList>();
+    for (const Json::Value& item : wanted) {
+        if (item.isUInt() && item.asUInt() >= count) {
+            fields.Complain("tracks", "names track " + std::to_string(item.asUInt()) + " of " +
+                                          std::to_string(count) + " that the library holds, from 0");
+        } else if (item.isUInt()) {
+            tracks->push_back(item.asUInt());
+        } else if (const auto found = byTitle.find(item.asString()); found != byTitle.end()) {
+            tracks->push_back(found->second);
+        } else {
+            fields.Complain("tracks", "names \"" + item.asString() + "\", which the library does not hold");
+        }
+    }
+    if (tracks->empty()) {
+        fields.Complain("tracks", "must not be empty");
+    }
+    return tracks;
+}
+
+struct QueueOrder {
+    std::uint32_t handle = 0;
+    std::shared_ptr<const Library> library;
+    std::shared_ptr<const ItemList> tracks;  // null: the present ones
+    std::optional<std::uint32_t> position;
+    std::uint32_t start = 0;
+    std::uint32_t count = kPage;
+};
+
+QueueOrder ReadQueueOrder(ControlFields& fields) {
+    QueueOrder order;
+    order.handle = fields.Number("handle", 0);
+    order.position = fields.OptionalNumber("position");
+    order.start = fields.Number("start", 0);
+    order.count = fields.Number("count", kPage);
+    if (order.count > kLargestPage) {
+        fields.Complain("count", "is at most 1000");
+    }
+    if (fields.Has("tracks") && fields.AreGood()) {
+        order.library = Engine::Instance().Music().Get();
+        order.tracks = FindTracks(fields, *order.library);
+    }
+    return order;
+}
+
+std::string ChangeQueue(Player& player, const QueueOrder& order, TimePoint now) {
+    const std::size_t size = order.tracks != nullptr ? order.tracks->size() : player.Queue().Count();
+    if (order.position.value_or(0) >= size && (order.position || order.tracks != nullptr)) {
+        return "\"position\" must be below " + std::to_string(size) + ", the queue's length";
+    }
+    if (order.start > size) {
+        return "\"start\" must be at most " + std::to_string(size) + ", the queue's length";
+    }
+    if (order.tracks != nullptr) {
+        player.Start(order.library, order.tracks, order.position.value_or(0), now);
+    } else if (order.position) {
+        player.Select(*order.position, now);
+    }
+    return {};
+}
+
+void DescribeQueue(const PlayQueue& queue, const QueueOrder& order, Json::Value& answer) {
+    answer["count"] = queue.Count();
+    answer["position"] = queue.Position();
+    answer["tracks"] = Json::arrayValue;
+    for (std::uint32_t i = order.start; i < queue.Count() && i - order.start < order.count; ++i) {
+        Json::Value track = DescribeTrack(*queue.Music(), queue.TrackAt(i));
+        track["position"] = i;
+        answer["tracks"].append(track);
+    }
+}
+
+}  // namespace
+
+void ControlPlayer(ControlCall& call) {
+    ThumbOrder order;
+    order.handle = call.fields.Number("handle", 0);
+    order.thumb = call.fields.Word("do", kThumbWords);
+    order.shuffle = call.fields.Word("shuffle", kShuffleWords);
+    order.repeat = call.fields.Word("repeat", kRepeatWords);
+    if (order.thumb == kSeek || call.fields.Has("to")) {
+        order.to = call.fields.Number("to");
+    }
+    if (call.fields.Has("to") && order.thumb != kSeek) {
+        call.fields.Complain("to", "goes with \"do\":\"seek\"");
+    }
+    if (!order.thumb && !order.shuffle && !order.repeat) {
+        call.fields.Refuse("\"do\", \"shuffle\" or \"repeat\" must say what");
+    }
+    if (!call.fields.AreGood()) {
+        return;
+    }
+    if (SetModes(call, order)) {
+        PressPlay(call, order);
+    } else if (order.thumb && call.fields.AreGood()) {
+        Engine::Instance().Loop().Locked([&](Model& model, TimePoint now) {
+            std::string error;
+            if (Device* device = ChoosePlayer(model, order.handle, error)) {
+                error = Explain(Press(device->player, order, now), order, device->player);
+            }
+            call.fields.Refuse(error);
+        });
+    }
+}
+
+void ControlQueue(ControlCall& call) {
+    const QueueOrder order = ReadQueueOrder(call.fields);
+    if (!call.fields.AreGood()) {
+        return;
+    }
+    Engine::Instance().Loop().Locked([&](Model& model, TimePoint now) {
+        std::string error;
+        if (Device* device = ChoosePlayer(model, order.handle, error)) {
+            error = ChangeQueue(device->player, order, now);
+            DescribeQueue(device->player.Queue(), order, call.answer);
+        }
+        call.fields.Refuse(error);
+    });
+}
+
+}  // namespace DeviceSimulator

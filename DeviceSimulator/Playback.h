@@ -1,0 +1,16 @@
+// Begins to play, for a process as for a thumb on the player.
+#pragma once
+
+#include <functional>
+
+#include "DeviceSimulator/Engine.h"
+
+namespace DeviceSimulator {
+
+/// Gives the device to play on, or says why there is none. Called under the model's lock, once or twice.
+using FindDevice = std::function<Result(Model&, Device*&)>;
+
+/// Plays on; with nothing chosen yet, all that the library holds. kInStopState when it holds nothing.
+Result PlayOn(Engine& engine, const FindDevice& find);
+
+}  // namespace DeviceSimulator
