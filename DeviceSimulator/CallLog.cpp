@@ -33,7 +33,9 @@ std::uint64_t CallLog::Begin(FunctionId function, CallArguments arguments) {
 void CallLog::End(std::uint64_t call, std::uint32_t result) {
     const std::lock_guard lock(m_mutex);
     if (call >= m_firstCall && call - m_firstCall < m_calls.size()) {
-        m_calls[static_cast<std::size_t>(call - m_firstCall)].result = result;
+        Call& ended = m_calls[static_cast<std::size_t>(call - m_firstCall)];
+        ended.result = result;
+        ended.isRunning = false;
     }
 }
 
@@ -55,6 +57,7 @@ std::vector<CallRecord> CallLog::Records(const Filter& filter) const {
         record.arguments.assign(numbers, numbers + call.arguments.count);
         record.text = call.arguments.text;
         record.result = call.result;
+        record.isRunning = call.isRunning;
         record.thread = call.thread;
         record.number = number;
     }

@@ -56,6 +56,7 @@ class CallLog {
         CallArguments arguments;
         std::uint32_t result;
         std::uint64_t thread;
+        bool isRunning = true;
     };
 
     std::size_t CountOf(FunctionId function, std::uint64_t since) const;

@@ -74,6 +74,7 @@ constexpr std::array kCommands{
             "a thumb on the player",
             {{{"do", "play, pause, toggle, stop, next, previous, seek, forward, rewind or release"},
               {"to", "for seek: ms from the track's beginning"},
+              {"left", "for seek, instead: ms before the track's end"},
               {"shuffle", "off, tracks or albums"},
               {"repeat", "off, one or all"},
               kHandle}},

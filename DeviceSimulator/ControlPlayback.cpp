@@ -23,15 +23,25 @@ enum Thumb : std::size_t { kPlay, kToggle, kSeek, kPause, kStop, kNext, kPreviou
 struct ThumbOrder {
     std::uint32_t handle = 0;
     std::optional<std::size_t> thumb;
-    std::uint32_t to = 0;
+    std::uint32_t time = 0;  ///< of a seek
+    bool isFromEnd = false;
     std::optional<std::size_t> shuffle;
     std::optional<std::size_t> repeat;
 };
 
+Result Seek(Player& player, const ThumbOrder& order, TimePoint now) {
+    const std::uint32_t total = player.TotalMs();
+    if (order.isFromEnd && order.time > total && player.State() != PlayState::Stopped) {
+        return kInvalidIndex;
+    }
+    const std::uint32_t position = order.isFromEnd ? total - std::min(order.time, total) : order.time;
+    return player.MoveWithin(std::chrono::milliseconds{position}, now);
+}
+
 Result Press(Player& player, const ThumbOrder& order, TimePoint now) {
     switch (*order.thumb) {
         case kSeek:
-            return player.MoveWithin(std::chrono::milliseconds{order.to}, now);
+            return Seek(player, order, now);
         case kPause:
         case kToggle:
             return player.Pause(now);
@@ -57,7 +67,7 @@ std::string Explain(Result result, const ThumbOrder& order, const Player& player
         return {};
     }
     if (result == kInvalidIndex) {
-        return "\"to\" is at most " + std::to_string(player.TotalMs()) + ", the track's length";
+        return "the track is only " + std::to_string(player.TotalMs()) + " ms long";
     }
     return order.thumb == kPlay || order.thumb == kToggle ? "the library holds no tracks"
                                                           : "the player is stopped";
@@ -184,11 +194,13 @@ void ControlPlayer(ControlCall& call) {
     order.thumb = call.fields.Word("do", kThumbWords);
     order.shuffle = call.fields.Word("shuffle", kShuffleWords);
     order.repeat = call.fields.Word("repeat", kRepeatWords);
-    if (order.thumb == kSeek || call.fields.Has("to")) {
-        order.to = call.fields.Number("to");
+    order.isFromEnd = call.fields.Has("left");
+    const bool hasTime = order.isFromEnd || call.fields.Has("to");
+    if (order.thumb == kSeek || hasTime) {
+        order.time = call.fields.Number(order.isFromEnd ? "left" : "to");
     }
-    if (call.fields.Has("to") && order.thumb != kSeek) {
-        call.fields.Complain("to", "goes with \"do\":\"seek\"");
+    if ((hasTime && order.thumb != kSeek) || (order.isFromEnd && call.fields.Has("to"))) {
+        call.fields.Refuse("\"to\" or \"left\" goes with \"do\":\"seek\"");
     }
     if (!order.thumb && !order.shuffle && !order.repeat) {
         call.fields.Refuse("\"do\", \"shuffle\" or \"repeat\" must say what");

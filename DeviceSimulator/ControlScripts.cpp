@@ -53,6 +53,9 @@ Json::Value ToJson(const CallRecord& record) {
     if (!record.text.empty()) {
         call["text"] = record.text;
     }
+    if (record.isRunning) {
+        call["running"] = true;
+    }
     call["result"] = record.result;
     call["thread"] = Json::UInt64{record.thread};
     return call;

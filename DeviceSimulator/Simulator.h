@@ -26,6 +26,7 @@ struct CallRecord {
         arguments;     ///< the numbers handed in, out pointers left out; in/out values as they came in
     std::string text;  ///< a text argument, else empty
     std::uint32_t result = 0;  ///< the code answered; 0 while the call is still running
+    bool isRunning = false;
     std::uint64_t thread = 0;  ///< the kernel's thread id
     std::uint64_t number = 0;  ///< counts up with every call, from the process's first
 };
