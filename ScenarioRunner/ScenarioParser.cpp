@@ -152,8 +152,10 @@ class Parser {
             Close(column);
         } else {
             const std::size_t end = text.find_last_not_of(" \t\r") + 1;
-            Add({m_line, std::string(text.substr(column - 1, end - column + 1)), ReadAction(line), false},
-                column);
+            Step step{m_line, std::string(text.substr(column - 1, end - column + 1)), ReadAction(line),
+                      false};
+            CheckOrder(step, line, column);
+            Add(std::move(step), column);
         }
         if (!line.IsAtEnd()) {
             line.Complain("nothing more was expected here");
@@ -183,7 +185,6 @@ class Parser {
     }
 
     void Add(Step step, std::size_t column) {
-        CheckOrder(step, column);
         std::vector<Step>& steps = *m_open.back().steps;
         steps.push_back(std::move(step));
         if (auto* repeat = std::get_if<Repeat>(&steps.back().action)) {
@@ -196,7 +197,7 @@ class Parser {
     }
 
     /// What looks at an answer needs one; and whoever looks at an error wants one.
-    void CheckOrder(const Step& step, std::size_t column) {
+    void CheckOrder(const Step& step, LineReader& line, std::size_t column) {
         const auto* expect = std::get_if<ExpectReply>(&step.action);
         const auto* until = std::get_if<Until>(&step.action);
         const ExpectReply* reply = until != nullptr ? &until->reply : expect;
@@ -207,7 +208,8 @@ class Parser {
         }
         const bool isAnswer = reply->subject == Subject::Answer;
         if (isAnswer ? !m_hasCommand : !m_hasRequest && !(m_hasCommand && reply->subject == Subject::Error)) {
-            Complain(column, isAnswer ? "no command stands before this" : "no request stands before this");
+            line.Complain(isAnswer ? "no command stands before this" : "no request stands before this",
+                          column);
         }
         std::vector<Step>& steps = *m_open.back().steps;
         if (reply->subject == Subject::Error && !steps.empty()) {
