@@ -70,6 +70,10 @@ bool Runner::Run(const Scenario& scenario) {
     const auto begin = Clock::now();
     m_summary = {};
     m_isInGroup = false;
+    m_lastCommand = nullptr;
+    m_lastRequest = nullptr;
+    m_answer = {};
+    m_reply = {};
     m_report.Begin(scenario);
     m_summary.isWhole = RunSteps(scenario.steps);
     m_summary.time = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - begin);
@@ -142,6 +146,10 @@ StepResult Runner::Do(const Until& until, const Step&) {
         }
         const bool isCommand = until.reply.subject == Subject::Answer ||
                                (until.reply.subject == Subject::Error && m_lastWasCommand);
+        if (isCommand ? m_lastCommand == nullptr : m_lastRequest == nullptr) {
+            // It stands in a repeat of no times.
+            return result;
+        }
         problem = problem ? problem : (isCommand ? Send(*m_lastCommand) : Send(*m_lastRequest));
         if (problem) {
             return Failed(ToText(until.reply.conditions), problem->text);
