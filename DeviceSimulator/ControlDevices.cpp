@@ -58,6 +58,9 @@ std::vector<std::uint32_t> ReadHandles(ControlFields& fields, const Model& model
     for (const auto& device : model.Devices()) {
         all.push_back(device->identity.handle);
     }
+    if (fields.Has("handle") + fields.Has("handles") + fields.Has("all") > 1) {
+        fields.Refuse("only one of \"handle\", \"handles\" and \"all\" can say which");
+    }
     if (fields.Flag("all", false)) {
         return all;
     }

@@ -14,6 +14,8 @@ namespace {
 
 constexpr std::uint32_t kPage = 20;
 constexpr std::uint32_t kLargestPage = 1000;
+/// Of a text in a message.
+constexpr std::size_t kLongestQuote = 80;
 
 /// What a thumb does; "play" and "toggle" may have to choose the music first, "seek" says where to.
 constexpr auto kThumbWords = std::to_array<std::string_view>(
@@ -62,35 +64,42 @@ Result Press(Player& player, const ThumbOrder& order, TimePoint now) {
     }
 }
 
-std::string Explain(Result result, const ThumbOrder& order, const Player& player) {
+std::string Explain(Result result, const Player& player) {
     if (result == kSuccess) {
         return {};
     }
-    if (result == kInvalidIndex) {
-        return "the track is only " + std::to_string(player.TotalMs()) + " ms long";
-    }
-    return order.thumb == kPlay || order.thumb == kToggle ? "the library holds no tracks"
-                                                          : "the player is stopped";
+    return result == kInvalidIndex ? "the track is only " + std::to_string(player.TotalMs()) + " ms long"
+                                   : "the player is stopped";
 }
 
-/// Settings come first, so that what begins to play begins with them.
-bool SetModes(ControlCall& call, const ThumbOrder& order) {
-    return Engine::Instance().Loop().Locked([&](Model& model, TimePoint now) {
+void SetModes(Player& player, const ThumbOrder& order, TimePoint now) {
+    if (order.shuffle) {
+        player.SetShuffle(static_cast<ShuffleMode>(*order.shuffle), now);
+    }
+    if (order.repeat) {
+        player.SetRepeat(static_cast<RepeatMode>(*order.repeat));
+    }
+}
+
+/// `work`(player, now) says what is wrong.
+template <typename Work>
+void OnPlayer(ControlCall& call, std::uint32_t handle, Work work) {
+    Engine::Instance().Loop().Locked([&](Model& model, TimePoint now) {
         std::string error;
-        Device* device = ChoosePlayer(model, order.handle, error);
+        if (Device* device = ChoosePlayer(model, handle, error)) {
+            error = work(device->player, now);
+        }
         call.fields.Refuse(error);
-        if (device == nullptr) {
-            return false;
-        }
-        if (order.shuffle) {
-            device->player.SetShuffle(static_cast<ShuffleMode>(*order.shuffle), now);
-        }
-        if (order.repeat) {
-            device->player.SetRepeat(static_cast<RepeatMode>(*order.repeat));
-        }
-        return order.thumb == kPlay ||
-               (order.thumb == kToggle && device->player.State() != PlayState::Playing);
     });
+}
+
+bool IsPlay(ControlCall& call, const ThumbOrder& order) {
+    bool isPlaying = false;
+    OnPlayer(call, order.handle, [&](const Player& player, TimePoint) {
+        isPlaying = player.State() == PlayState::Playing;
+        return std::string();
+    });
+    return order.thumb == kPlay || (order.thumb == kToggle && !isPlaying);
 }
 
 void PressPlay(ControlCall& call, const ThumbOrder& order) {
@@ -125,7 +134,8 @@ std::shared_ptr<const ItemList> FindTracks(ControlFields& fields, const Library&
         } else if (const auto found = byTitle.find(item.asString()); found != byTitle.end()) {
             tracks->push_back(found->second);
         } else {
-            fields.Complain("tracks", "names \"" + item.asString() + "\", which the library does not hold");
+            fields.Complain("tracks", "names \"" + item.asString().substr(0, kLongestQuote) +
+                                          "\", which the library does not hold");
         }
     }
     if (tracks->empty()) {
@@ -208,17 +218,23 @@ void ControlPlayer(ControlCall& call) {
     if (!call.fields.AreGood()) {
         return;
     }
-    if (SetModes(call, order)) {
+    const bool isPlay = IsPlay(call, order);
+    if (isPlay && call.fields.AreGood()) {
         PressPlay(call, order);
-    } else if (order.thumb && call.fields.AreGood()) {
-        Engine::Instance().Loop().Locked([&](Model& model, TimePoint now) {
-            std::string error;
-            if (Device* device = ChoosePlayer(model, order.handle, error)) {
-                error = Explain(Press(device->player, order, now), order, device->player);
-            }
-            call.fields.Refuse(error);
-        });
     }
+    if (!call.fields.AreGood()) {
+        return;
+    }
+    OnPlayer(call, order.handle, [&](Player& player, TimePoint now) {
+        std::string error;
+        if (order.thumb && !isPlay) {
+            error = Explain(Press(player, order, now), player);
+        }
+        if (error.empty()) {
+            SetModes(player, order, now);
+        }
+        return error;
+    });
 }
 
 void ControlQueue(ControlCall& call) {
@@ -226,13 +242,10 @@ void ControlQueue(ControlCall& call) {
     if (!call.fields.AreGood()) {
         return;
     }
-    Engine::Instance().Loop().Locked([&](Model& model, TimePoint now) {
-        std::string error;
-        if (Device* device = ChoosePlayer(model, order.handle, error)) {
-            error = ChangeQueue(device->player, order, now);
-            DescribeQueue(device->player.Queue(), order, call.answer);
-        }
-        call.fields.Refuse(error);
+    OnPlayer(call, order.handle, [&](Player& player, TimePoint now) {
+        std::string error = ChangeQueue(player, order, now);
+        DescribeQueue(player.Queue(), order, call.answer);
+        return error;
     });
 }
 

@@ -147,7 +147,7 @@ TEST_F(ControlTest, AThumbLeadsThePlayerAndItsQueue) {
     EXPECT_TRUE(IsDone("{'command':'queue','position':2}"));
     EXPECT_TRUE(IsDone("{'command':'player','do':'seek','to':9000,'repeat':'all'}"));
     EXPECT_FALSE(IsDone("{'command':'player','do':'seek','to':10001}"));
-    EXPECT_EQ(TakeEventText(), "13 33=2 8=9000");
+    EXPECT_EQ(TakeEventText(), "13 8=9000 33=2");
     Pass(1s);
     const Json::Value player = Do("{'command':'status'}")["devices"][0]["player"];
     EXPECT_EQ(player["position"].toStyledString() + player["elapsed"].toStyledString(), "0\n0\n");
