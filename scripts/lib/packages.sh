@@ -3,12 +3,11 @@
 BUILD_PACKAGES=(
     g++ cmake ninja-build pkg-config
     libjsoncpp-dev libglib2.0-dev libgstreamer1.0-dev libvips-dev  # the service
-    libcli11-dev                                                   # ipodctl
     libtag1-dev libjpeg-dev libpng-dev libasound2-dev              # the simulated player
-    libcli11-dev                                                   # the command-line programs
+    libcli11-dev libncurses-dev                                    # the command-line programs
 )
 RUN_PACKAGES=(bubblewrap gstreamer1.0-alsa gstreamer1.0-plugins-base gstreamer1.0-plugins-good)
-TEST_PACKAGES=(libgtest-dev libgmock-dev)
+TEST_PACKAGES=(libgtest-dev libgmock-dev tmux)
 
 as_root() {
     if [ "$(id -u)" = 0 ]; then

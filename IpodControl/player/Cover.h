@@ -1,0 +1,26 @@
+// A cover as colour blocks.
+#pragma once
+
+#include "IpodControl/player/Canvas.h"
+#include "IpodControl/player/Picture.h"
+
+namespace IpodControl::PlayerView {
+
+struct Place {
+    int row = 0;
+    int column = 0;
+    int rows = 0;
+    int columns = 0;
+};
+
+/// As large as the place allows, in the picture's own proportions: a cell is twice as high as wide.
+/// `colours`: how many the terminal has; below 8 the picture is shown in shades made of characters.
+void DrawCover(Canvas& canvas, const Place& place, const Picture& picture, int colours);
+/// A frame with `text` in it.
+void DrawPlaceholder(Canvas& canvas, const Place& place, std::string_view text);
+
+/// The entry of the palette's first `colours` (8, 16 or 256) that is nearest. Of 256 the first 16 are left
+/// out: every terminal paints those as it likes.
+int NearestColour(const Rgb& colour, int colours);
+
+}  // namespace IpodControl::PlayerView

@@ -1,0 +1,154 @@
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "IpodControl/player/Cover.h"
+#include "IpodControl/player/ViewParts.h"
+
+namespace IpodControl::PlayerView {
+
+namespace {
+
+constexpr Style kBold{.isBold = true};
+constexpr Style kDim{.isDim = true};
+
+struct StateText {
+    const char* sign;
+    const char* plainSign;
+    const char* word;
+};
+
+StateText TextOf(const Playback& playback) {
+    if (playback.IsSeeking()) {
+        return {"»", ">>", "seeking"};
+    }
+    switch (playback.State()) {
+        case PlayState::Playing:
+            return {"▶", ">", "playing"};
+        case PlayState::Paused:
+            return {"‖", "=", "paused"};
+        case PlayState::Stopped:
+            return {"■", "#", "stopped"};
+        default:
+            return {"·", "-", "not known"};
+    }
+}
+
+std::string Sign(const Playback& playback, Charset charset) {
+    const StateText text = TextOf(playback);
+    return charset == Charset::Ascii ? text.plainSign : text.sign;
+}
+
+const char* OnOff(std::optional<bool> flag) {
+    if (!flag) {
+        return "?";
+    }
+    return *flag ? "on" : "off";
+}
+
+const char* Word(Repeat repeat) {
+    constexpr std::array kWords{"?", "off", "all", "one"};
+    return kWords[static_cast<std::size_t>(repeat)];
+}
+
+std::string Modes(const Playback& playback, Charset charset) {
+    return Sign(playback, charset) + " " + TextOf(playback).word + "   shuffle " + OnOff(playback.Shuffle()) +
+           "   repeat " + Word(playback.RepeatMode()) + "   sound " + OnOff(playback.Stream());
+}
+
+std::string Times(const Playback& playback) {
+    return ClockText(playback.Position()) +
+           (playback.Duration() > 0 ? " / " + ClockText(playback.Duration()) : std::string());
+}
+
+std::string PlaceText(const Track& track) {
+    return track.index >= 1 && track.count >= track.index
+               ? Grouped(track.index) + " of " + Grouped(track.count)
+               : std::string();
+}
+
+/// In eighths of a cell where the terminal has characters for them.
+void DrawBar(Canvas& canvas, int row, int column, int width, double share) {
+    constexpr std::array kParts{"", "▏", "▎", "▍", "▌", "▋", "▊", "▉"};
+    const bool isPlain = canvas.Characters() == Charset::Ascii;
+    const auto eighths = static_cast<int>(std::lround(std::clamp(share, 0.0, 1.0) * width * 8));
+    for (int i = 0; i < width; ++i) {
+        if (i < eighths / 8) {
+            canvas.Put(row, column + i, isPlain ? "#" : "█");
+        } else if (i == eighths / 8 && eighths % 8 != 0 && !isPlain) {
+            canvas.Put(row, column + i, kParts[static_cast<std::size_t>(eighths % 8)]);
+        } else {
+            canvas.Put(row, column + i, isPlain ? "-" : "·", kDim);
+        }
+    }
+}
+
+void DrawProgress(Canvas& canvas, int row, int column, int width, const Playback& playback) {
+    const std::string times = Times(playback);
+    const int bar = width - static_cast<int>(times.size()) - 2;
+    if (playback.Duration() > 0 && bar > 0) {
+        DrawBar(canvas, row, column, bar,
+                static_cast<double>(playback.Position()) / static_cast<double>(playback.Duration()));
+        column += bar + 2;
+    }
+    canvas.Write(row, column, width, times);
+}
+
+void DrawCoverPart(Canvas& canvas, const PlayerView::Place& place, const Playback& playback,
+                   const Look& look) {
+    if (playback.Cover() == CoverState::Shown) {
+        DrawCover(canvas, place, playback.CoverPicture(), look.colours);
+    } else {
+        DrawPlaceholder(canvas, place, playback.Cover() == CoverState::None ? "no cover" : "bad cover");
+    }
+}
+
+/// Whether a track is known: a stopped player has none.
+bool HasTrack(const Playback& playback) {
+    return !playback.Current().title.empty() || playback.Duration() > 0;
+}
+
+std::string Title(const Playback& playback) {
+    if (!HasTrack(playback)) {
+        return playback.State() == PlayState::Unknown ? "Nothing is known" : "Nothing is playing";
+    }
+    return playback.Current().title.empty() ? "(no title)" : playback.Current().title;
+}
+
+}  // namespace
+
+void DrawNowPlaying(Canvas& canvas, const Layout& layout, const Playback& playback, const Look& look) {
+    const int rows = layout.nowPlayingRows - 1;
+    const int columns = canvas.Extent().columns;
+    int left = 1;
+    if (columns >= 2 * rows + 40) {
+        DrawCoverPart(canvas, {0, 1, rows, 2 * rows}, playback, look);
+        left = 2 * rows + 3;
+    }
+    const int width = columns - left - 1;
+    const Track& track = playback.Current();
+    canvas.Write(0, left, width, Title(playback), kBold);
+    canvas.Write(1, left, width, track.artist);
+    canvas.Write(2, left, width, track.album);
+    if (rows > 5) {
+        canvas.Write(3, left, width, PlaceText(track), kDim);
+    }
+    canvas.Write(rows - 2, left, width, Modes(playback, canvas.Characters()));
+    if (HasTrack(playback)) {
+        DrawProgress(canvas, rows - 1, left, width, playback);
+    }
+}
+
+void DrawNowPlayingBriefly(Canvas& canvas, const Playback& playback) {
+    const int columns = canvas.Extent().columns;
+    const std::string artist = playback.Current().artist;
+    canvas.Write(
+        0, 0, columns,
+        Sign(playback, canvas.Characters()) + " " + Title(playback) + (artist.empty() ? "" : " - " + artist),
+        kBold);
+    if (HasTrack(playback)) {
+        DrawProgress(canvas, 1, 0, columns, playback);
+    }
+}
+
+}  // namespace IpodControl::PlayerView
