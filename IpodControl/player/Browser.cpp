@@ -59,7 +59,7 @@ void Browser::Stop() {
 void Browser::Forget() {
     ++m_generation;
     ++m_epoch;
-    m_isKnown = m_isBusy = m_isPathKnown = false;
+    m_isKnown = m_isBusy = m_isOpening = m_wantsToEnter = m_isPathKnown = false;
     m_path.clear();
     m_inFlight.clear();
     m_wantedFilter.clear();
@@ -99,9 +99,11 @@ void Browser::Open(std::int64_t cursor) {
     ++m_generation;
     m_inFlight.clear();
     m_lastReread = m_session.now;
+    m_isOpening = true;
     m_session.Ask("getBrowseList", PageParams(0, ListPages::kPageItems),
                   [this, cursor, generation = m_generation](const Reply& reply) {
                       if (generation == m_generation) {
+                          m_isOpening = false;
                           Adopt(reply, cursor);
                       }
                   });
@@ -129,6 +131,9 @@ void Browser::Adopt(const Reply& reply, std::int64_t cursor) {
         m_rereadDue = m_session.now + kRereadPause;
     }
     MoveTo(cursor);
+    if (m_wantedFilter == m_filter && std::exchange(m_wantsToEnter, false)) {
+        Enter();
+    }
 }
 
 void Browser::SetRows(int rows) {
@@ -148,9 +153,10 @@ void Browser::KeepCursorShown() {
     m_top = std::clamp<std::int64_t>(m_top, 0, std::max<std::int64_t>(Total() - m_rows, 0));
 }
 
-/// What is shown first, then a screen below it and one above.
+/// What is shown first, then a screen below it and one above. Behind a step the answer would come from
+/// another list.
 void Browser::Fetch() {
-    while (m_isKnown && !m_isRoot && m_inFlight.size() < kMostInFlight &&
+    while (m_isKnown && !m_isRoot && !m_isBusy && !m_isOpening && m_inFlight.size() < kMostInFlight &&
            (FetchOneOf(m_top, m_top + m_rows - 1) || FetchOneOf(m_top, m_top + 2 * m_rows) ||
             FetchOneOf(m_top - m_rows, m_top))) {
     }

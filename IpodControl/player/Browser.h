@@ -87,7 +87,9 @@ class Browser {
     bool m_isKnown = false;
     bool m_isRoot = false;
     bool m_isLast = false;
-    bool m_isBusy = false;  ///< a step is under way
+    bool m_isBusy = false;     ///< a step is under way
+    bool m_isOpening = false;  ///< the list shown is about to be replaced
+    bool m_wantsToEnter = false;
     int m_rows = 1;
     std::int64_t m_cursor = 0;
     std::int64_t m_top = 0;

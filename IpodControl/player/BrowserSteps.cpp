@@ -34,7 +34,7 @@ std::string Browser::Path() const {
 }
 
 bool Browser::IsReady() {
-    if (!m_isRunning || !m_isKnown || m_isBusy) {
+    if (!m_isRunning || !m_isKnown || m_isBusy || m_isOpening) {
         m_session.Refuse(m_isRunning ? "One moment: the service has not answered yet"
                                      : "There is no library without a player");
         return false;
@@ -59,15 +59,20 @@ void Browser::Take(const char* method, Json::Value params, Calls::Handler handle
                       }
                       m_isBusy = false;
                       handler(reply);
-                      // What was typed in the meantime.
+                      // What was typed, and where was gone, in the meantime.
                       if (!m_isBusy) {
                           ApplyFilter();
+                          Fetch();
                       }
                   });
 }
 
 /// Looks first whether the item is still there: a number chosen from another list could play anything.
 void Browser::Enter() {
+    if (!m_isRoot && !m_wantedFilter.empty() && (m_isOpening || m_wantedFilter != m_filter)) {
+        m_wantsToEnter = true;
+        return;
+    }
     if (!IsReady()) {
         return;
     }
@@ -192,6 +197,7 @@ void Browser::Filter(std::string text) {
         return;
     }
     m_wantedFilter = std::move(text);
+    m_wantsToEnter = false;
     if (m_isRoot) {
         GoToCategory(m_wantedFilter);
     } else if (!m_isBusy) {
@@ -208,6 +214,7 @@ void Browser::ApplyFilter() {
          [this, sent = m_wantedFilter](const Reply& reply) {
              if (!Says(reply, "success")) {
                  m_session.Refuse("The service refused the filter");
+                 m_wantsToEnter = false;
                  m_wantedFilter = m_filter;
                  return;
              }

@@ -133,6 +133,7 @@ void Model::PressMove(const Key& key) {
         case KeyKind::Enter:
             return m_browser.Enter();
         case KeyKind::Right:
+            m_isTyping = false;
             return m_browser.EnterDeeper();
         case KeyKind::Left:
         case KeyKind::Backspace:

@@ -19,10 +19,10 @@ struct Range {
     char32_t last;
 };
 /// Controls, and what is invisible and changes how the rest of a line is shown.
-constexpr std::array kHarmful{Range{0x0, 0x1F},        Range{0x7F, 0x9F},     Range{0xAD, 0xAD},
-                              Range{0x61C, 0x61C},     Range{0x200B, 0x200F}, Range{0x2028, 0x202E},
-                              Range{0x2060, 0x206F},   Range{0xFEFF, 0xFEFF}, Range{0xFFF9, 0xFFFB},
-                              Range{0xE0000, 0xE0FFF}, Range{0xD800, 0xDFFF}};
+constexpr std::array kHarmful{Range{0x0, 0x1F},       Range{0x7F, 0x9F},     Range{0xAD, 0xAD},
+                              Range{0x61C, 0x61C},    Range{0x200B, 0x200F}, Range{0x2028, 0x202E},
+                              Range{0x2060, 0x206F},  Range{0xFEFF, 0xFEFF}, Range{0xFFF9, 0xFFFB},
+                              Range{0xE0000, 0xE0FFF}};
 
 int ContinuationBytes(unsigned char lead) {
     if (lead < 0x80) {
@@ -37,8 +37,10 @@ int ContinuationBytes(unsigned char lead) {
     return lead >= 0xF0 && lead <= 0xF4 ? 3 : -1;
 }
 
-bool IsOverlong(char32_t character, int continuations) {
-    return (continuations == 2 && character < 0x800) || (continuations == 3 && character < 0x10000);
+/// Of a value spelled with so many continuation bytes: not too many of them, and no surrogate.
+bool IsCharacter(char32_t value, int continuations) {
+    const char32_t least = continuations == 3 ? 0x10000 : continuations == 2 ? 0x800 : 0x80;
+    return value >= least && value <= 0x10FFFF && (value < 0xD800 || value > 0xDFFF);
 }
 
 /// -1: the terminal cannot show it.
@@ -46,7 +48,11 @@ int WidthOf(char32_t character, Charset charset) {
     if (character < 0x7F) {
         return 1;
     }
-    return charset == Charset::Ascii ? -1 : wcwidth(static_cast<wchar_t>(character));
+    if (charset == Charset::Utf8) {
+        return wcwidth(static_cast<wchar_t>(character));
+    }
+    const bool isAccent = character >= 0x300 && character <= 0x36F;
+    return isAccent ? 0 : -1;
 }
 
 Glyph Stand(Charset charset) {
@@ -70,7 +76,7 @@ char32_t NextCharacter(std::string_view text, std::size_t& position) {
         }
         character = (character << 6U) | (next & 0x3FU);
     }
-    if (IsOverlong(character, continuations) || character > 0x10FFFF) {
+    if (!IsCharacter(character, continuations)) {
         return kReplacement;
     }
     position = end;
@@ -108,7 +114,7 @@ std::vector<Glyph> Glyphs(std::string_view text, Charset charset) {
         }
         const int width = WidthOf(character, charset);
         if (width == 0) {
-            if (!glyphs.empty() && ++marks <= kMostMarks) {
+            if (!glyphs.empty() && charset == Charset::Utf8 && ++marks <= kMostMarks) {
                 glyphs.back().text += ToUtf8(character);
             }
             continue;
