@@ -23,7 +23,7 @@ namespace {
 constexpr std::size_t kLongestLine = 64U << 20;
 constexpr std::size_t kReadBytes = 64U << 10;
 /// So much at a time, so that a flood lets its reader do something else in between.
-constexpr std::size_t kMostReads = 64;
+constexpr std::size_t kMostReads = 4;
 
 struct FreeAddresses {
     void operator()(addrinfo* list) const { freeaddrinfo(list); }
