@@ -125,10 +125,12 @@ void Browser::WalkBack() {
         addFilter(step.filter);
         steps.push_back({"selectBrowseItem", With("itemId", Json::Int64{step.item.id})});
     }
+    addFilter(m_filter);
     if (m_isPathKnown) {
-        addFilter(m_filter);
+        Walk(steps, 0);
+    } else {
+        Open(0);
     }
-    Walk(steps, 0);
 }
 
 void Browser::Walk(const std::vector<Select>& steps, std::size_t step) {

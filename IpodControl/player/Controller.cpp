@@ -95,10 +95,10 @@ void Controller::Wait() {
     }
     if (IsReadable(keys)) {
         ReadKeys();
-        // The terminal has gone: nobody can see or quit it any more.
-        if ((keys.revents & POLLHUP) != 0) {
-            m_ending = SIGHUP;
-        }
+    }
+    // The terminal has gone: nobody can see it or quit any more.
+    if ((keys.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0) {
+        m_ending = SIGHUP;
     }
 }
 
