@@ -247,8 +247,14 @@ void CommandLine::AddSpecialCommands() {
 }
 
 void CommandLine::AddPlayer() {
-    CLI::App& command = Add("player", "Control the player in a full-screen view.", "");
-    command.callback([this] { m_chosen = [this] { return RunPlayerCommand(m_settings); }; });
+    CLI::App& command =
+        Add("player",
+            "Control the player in a full-screen view.\n"
+            "It waits for the service, and waits again when that goes away. ? lists the keys.",
+            "");
+    command.add_flag("--no-colours", m_isColourless,
+                     "draw without colours, as the variable NO_COLOR asks for");
+    command.callback([this] { m_chosen = [this] { return RunPlayerCommand(m_settings, !m_isColourless); }; });
 }
 
 void CommandLine::AddBrowse() {

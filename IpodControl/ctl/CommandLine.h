@@ -42,7 +42,8 @@ class CommandLine {
     BrowseOptions m_browse;
     WatchOptions m_watch;
     ArtOptions m_art;
-    std::string m_word;  // of wait, raw and completion
+    bool m_isColourless = false;  // the player view
+    std::string m_word;           // of wait, raw and completion
     std::function<int()> m_chosen;
 };
 

@@ -1,12 +1,15 @@
 #include "IpodControl/ctl/PlayerCommand.h"
 
-#include "IpodControl/ctl/Output.h"
+#include <cstdlib>
+
+#include "IpodControl/player/Player.h"
 
 namespace IpodControl {
 
-int RunPlayerCommand(const Settings& /*settings*/) {
-    Complain("this build has no player view.");
-    return kUsage;
+int RunPlayerCommand(const Settings& settings, bool hasColours) {
+    const char* const noColour = std::getenv("NO_COLOR");
+    const bool isForbidden = noColour != nullptr && *noColour != '\0';
+    return RunPlayer({settings.endpoint, settings.Timeout(), hasColours && !isForbidden});
 }
 
 }  // namespace IpodControl

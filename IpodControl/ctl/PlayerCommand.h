@@ -5,6 +5,6 @@
 
 namespace IpodControl {
 
-int RunPlayerCommand(const Settings& settings);
+int RunPlayerCommand(const Settings& settings, bool hasColours);
 
 }  // namespace IpodControl

@@ -37,7 +37,7 @@ void Walk(const std::vector<std::pair<std::string, std::string>>& steps) {
 
 std::string In(const std::string& locale) {
     return " 'trap : INT; LC_ALL=" + locale +
-           " TERM=tmux-256color " PLAYER_VIEW "; echo status $?; stty -a; cat'";
+           " TERM=tmux-256color " IPODCTL_FOLDER "/ipodctl player; echo status $?; stty -a; cat'";
 }
 
 TEST(PlayerViewTest, LeadsThePlayerThroughAll) {
