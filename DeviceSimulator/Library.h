@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -34,8 +35,8 @@ struct TrackInfo {
     std::string_view genre;
     std::string_view composer;
     std::uint32_t durationMs = 0;
-    std::uint32_t sampleRate = 44100;
-    std::string_view file;  ///< empty for a track without one (built-in and synthetic libraries)
+    std::uint32_t sampleRate = 44100;  ///< that it is sent at, 8,000 to 48,000 Hz
+    std::string_view file;             ///< empty for a track without one (built-in and synthetic libraries)
 };
 
 /// One narrowing of the browse path: the item at `position` of the list of `category` that stood there.
@@ -77,13 +78,20 @@ DEVICE_SIMULATOR_API std::unique_ptr<Library> MakeBuiltInLibrary();
 /// `tracks` made-up tracks, the same ones at every call.
 DEVICE_SIMULATOR_API std::unique_ptr<Library> MakeSyntheticLibrary(std::size_t tracks);
 
+/// Is told how far a library is, in per cent: on the thread that makes it, in ascending order, below 100.
+using LibraryProgress = std::function<void(std::uint32_t percentage)>;
+
 /// The music files below `folder` by their tags. Files that cannot be read are named once each on stderr and
 /// left out; a folder that is missing, unreadable or without music gives an empty library and a line on
-/// stderr.
-DEVICE_SIMULATOR_API std::unique_ptr<Library> ScanMusicFolder(const std::filesystem::path& folder);
+/// stderr. What is read is kept in a database in the folder `cache` (empty: nowhere), and only new and
+/// changed files are read again; a cache that cannot be used costs time and a line on stderr, no more.
+DEVICE_SIMULATOR_API std::unique_ptr<Library> ScanMusicFolder(const std::filesystem::path& folder,
+                                                              const std::filesystem::path& cache = {},
+                                                              const LibraryProgress& progress = {});
 
-/// What the environment asks for: DEVICE_SIMULATOR_LIBRARY (a folder), else DEVICE_SIMULATOR_TRACKS (a
-/// number), else the built-in library.
-DEVICE_SIMULATOR_API std::unique_ptr<Library> MakeLibraryFromEnvironment();
+/// What the environment asks for: DEVICE_SIMULATOR_LIBRARY (a folder) with DEVICE_SIMULATOR_CACHE, else
+/// DEVICE_SIMULATOR_TRACKS (a number), else the built-in library.
+DEVICE_SIMULATOR_API std::unique_ptr<Library> MakeLibraryFromEnvironment(
+    const LibraryProgress& progress = {});
 
 }  // namespace DeviceSimulator

@@ -4,6 +4,8 @@
 #include <numeric>
 #include <tuple>
 
+#include "DeviceSimulator/SentSampleRate.h"
+
 namespace DeviceSimulator {
 
 namespace {
@@ -92,7 +94,7 @@ LibraryBuilder::Added LibraryBuilder::Add(const TrackTags& tags, std::string_vie
     added.row.title = m_tables.texts.Keep(tags.title);
     added.row.file = m_tables.texts.Keep(file);
     added.row.durationMs = tags.durationMs;
-    added.row.sampleRate = tags.sampleRate;
+    added.row.sampleRate = SentSampleRate(tags.sampleRate);
     added.row.groups[kArtists] = GroupNumber(kArtists, artist);
     added.row.groups[kAlbums] = GroupNumber(kAlbums, Or(tags.album, kUnknownAlbum), owner);
     added.row.groups[kGenres] = tags.genre.empty() ? kNone : GroupNumber(kGenres, tags.genre);
@@ -108,14 +110,14 @@ void LibraryBuilder::AddPlaylist(std::string_view name, std::vector<std::uint32_
 }
 
 bool LibraryBuilder::HasCover(std::uint32_t album) const {
-    return album < m_covers.size() && m_covers[album] != nullptr;
+    return album < m_covers.size() && m_covers[album] != kNoCover;
 }
 
-void LibraryBuilder::SetCover(std::uint32_t album, std::shared_ptr<const Picture> cover) {
+void LibraryBuilder::SetCover(std::uint32_t album, std::uint32_t cover) {
     if (album >= m_covers.size()) {
-        m_covers.resize(album + 1);
+        m_covers.resize(album + 1, kNoCover);
     }
-    m_covers[album] = std::move(cover);
+    m_covers[album] = cover;
 }
 
 void LibraryBuilder::NumberGroups(GroupKind kind) {
@@ -136,10 +138,10 @@ void LibraryBuilder::NumberGroups(GroupKind kind) {
         m_tables.groups[kind].names.push_back(groups.names[group]);
     }
     if (kind == kAlbums) {
-        m_covers.resize(order.size());
+        m_covers.resize(order.size(), kNoCover);
         for (const std::uint32_t album : order) {
             m_tables.albumOwners.push_back(groups.owners[album]);
-            m_tables.covers.push_back(std::move(m_covers[album]));
+            m_tables.covers.push_back(m_covers[album]);
         }
     }
 }
@@ -198,13 +200,11 @@ void LibraryBuilder::ListTracks(GroupKind kind, const std::vector<std::uint32_t>
     }
 }
 
-std::unique_ptr<Library> LibraryBuilder::Build(bool setCovers) {
+std::unique_ptr<Library> LibraryBuilder::Build(std::shared_ptr<CoverStore> covers) {
     for (const GroupKind kind : {kArtists, kAlbums, kGenres, kComposers}) {
         NumberGroups(kind);
     }
-    if (!setCovers) {
-        m_tables.covers.clear();
-    }
+    m_tables.coverStore = std::move(covers);
     const auto numbers = NumberTracks();
     auto byAlbum = AlbumOrder();
     std::transform(byAlbum.begin(), byAlbum.end(), byAlbum.begin(),

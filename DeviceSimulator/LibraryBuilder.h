@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "DeviceSimulator/LibraryTables.h"
@@ -25,7 +26,7 @@ struct TrackTags {
     std::uint32_t track = 0;  ///< 0: not told
     bool compilation = false;
     std::uint32_t durationMs = 0;
-    std::uint32_t sampleRate = 44100;
+    std::uint32_t sampleRate = 44100;  ///< the file's own, in Hz
 };
 
 /// One thread builds; Build() ends it.
@@ -46,14 +47,17 @@ class LibraryBuilder {
     void AddPlaylist(std::string_view name, std::vector<std::uint32_t> tracks);
 
     bool HasCover(std::uint32_t album) const;
-    void SetCover(std::uint32_t album, std::shared_ptr<const Picture> cover);
+    /// `cover` is a number of the store that BuildWithCovers is given.
+    void SetCover(std::uint32_t album, std::uint32_t cover);
 
     std::size_t TrackCount() const { return m_tracks.size(); }
 
     /// With covers drawn at run time.
-    std::unique_ptr<Library> BuildWithDrawnCovers() { return Build(false); }
+    std::unique_ptr<Library> BuildWithDrawnCovers() { return Build(nullptr); }
     /// With the covers that were set.
-    std::unique_ptr<Library> BuildWithSetCovers() { return Build(true); }
+    std::unique_ptr<Library> BuildWithCovers(std::shared_ptr<CoverStore> store) {
+        return Build(std::move(store));
+    }
 
   private:
     struct AddedTrack {
@@ -68,7 +72,7 @@ class LibraryBuilder {
     };
 
     std::uint32_t GroupNumber(GroupKind kind, std::string_view name, std::string_view owner = {});
-    std::unique_ptr<Library> Build(bool setCovers);
+    std::unique_ptr<Library> Build(std::shared_ptr<CoverStore> covers);
     void NumberGroups(GroupKind kind);
     std::vector<std::uint32_t> NumberTracks();
     std::vector<std::uint32_t> AlbumOrder() const;
@@ -77,7 +81,7 @@ class LibraryBuilder {
     LibraryTables m_tables;
     std::vector<AddedTrack> m_tracks;
     std::array<Groups, kGroupKinds> m_groups;
-    std::vector<std::shared_ptr<const Picture>> m_covers;
+    std::vector<std::uint32_t> m_covers;  // by album; may be shorter
 };
 
 }  // namespace DeviceSimulator

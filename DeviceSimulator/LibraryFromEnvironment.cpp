@@ -1,6 +1,7 @@
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <iostream>
 #include <optional>
 #include <string_view>
@@ -23,12 +24,27 @@ std::optional<std::size_t> TrackNumber(std::string_view text) {
     return number;
 }
 
+/// Empty: none is wanted, or there is no place for one.
+std::filesystem::path CacheFolder() {
+    if (const char* const folder = std::getenv("DEVICE_SIMULATOR_CACHE")) {
+        return folder;
+    }
+    constexpr const char* kName = "device-simulator";
+    // Where a relative path would lead is nobody's intention.
+    if (const char* const base = std::getenv("XDG_CACHE_HOME"); base != nullptr && *base == '/') {
+        return std::filesystem::path(base) / kName;
+    }
+    const char* const home = std::getenv("HOME");
+    return home != nullptr && *home == '/' ? std::filesystem::path(home) / ".cache" / kName
+                                           : std::filesystem::path();
+}
+
 }  // namespace
 
-std::unique_ptr<Library> MakeLibraryFromEnvironment() {
+std::unique_ptr<Library> MakeLibraryFromEnvironment(const LibraryProgress& progress) {
     const char* const folder = std::getenv("DEVICE_SIMULATOR_LIBRARY");
     if (folder != nullptr && *folder != '\0') {
-        return ScanMusicFolder(folder);
+        return ScanMusicFolder(folder, CacheFolder(), progress);
     }
     const char* const tracks = std::getenv("DEVICE_SIMULATOR_TRACKS");
     if (tracks != nullptr && *tracks != '\0') {

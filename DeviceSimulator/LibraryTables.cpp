@@ -94,7 +94,8 @@ class TableLibrary final : public Library {
 
     const LibraryTables m_tables;
     mutable LibraryCache<ListKey, std::shared_ptr<const ItemList>> m_lists{kKeptLists};
-    mutable LibraryCache<std::uint32_t, std::shared_ptr<const Picture>> m_drawnCovers{kKeptCovers};
+    /// By the store's number, or by album where they are drawn.
+    mutable LibraryCache<std::uint32_t, std::shared_ptr<const Picture>> m_covers{kKeptCovers};
 };
 
 TrackInfo TableLibrary::Track(std::uint32_t track) const {
@@ -144,10 +145,12 @@ std::shared_ptr<const Picture> TableLibrary::Cover(std::uint32_t track) const {
         return nullptr;
     }
     const std::uint32_t album = m_tables.tracks[track].groups[kAlbums];
-    if (!m_tables.covers.empty()) {
-        return m_tables.covers[album];
+    if (m_tables.coverStore != nullptr) {
+        const std::uint32_t cover = m_tables.covers[album];
+        return cover == kNoCover ? nullptr
+                                 : m_covers.Get(cover, [&] { return m_tables.coverStore->Read(cover); });
     }
-    return m_drawnCovers.Get(
+    return m_covers.Get(
         album, [&] { return DrawCover(album, GroupName(kAlbums, album), m_tables.albumOwners[album]); });
 }
 

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "DeviceSimulator/CoverStore.h"
 #include "DeviceSimulator/Library.h"
 #include "DeviceSimulator/LibraryText.h"
 
@@ -51,8 +52,8 @@ struct LibraryTables {
     std::array<GroupTable, kGroupKinds> groups;
     std::vector<std::string_view> albumOwners;  ///< an album's artist, by album
     std::vector<PlaylistRow> playlists;
-    /// By album; empty: covers are drawn.
-    std::vector<std::shared_ptr<const Picture>> covers;
+    std::shared_ptr<CoverStore> coverStore;  ///< null: covers are drawn
+    std::vector<std::uint32_t> covers;       ///< by album, numbers of the store's; kNoCover: none
 };
 
 std::unique_ptr<Library> MakeTableLibrary(LibraryTables tables);

@@ -36,6 +36,9 @@ std::string_view CutAtCharacter(std::string_view text, std::size_t limit) {
 }  // namespace
 
 std::string CleanName(std::string_view bytes) {
+    if (bytes.empty()) {
+        return {};  // GLib makes null of null
+    }
     // Twice the limit is enough to look at: it only grows from here.
     bytes = bytes.substr(0, 2 * kMaxNameBytes);
     const GText valid(g_utf8_make_valid(bytes.data(), static_cast<gssize>(bytes.size())));

@@ -1,17 +1,31 @@
 // What lies below a folder of music.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 namespace DeviceSimulator {
 
+/// A file that was written to has another one.
+struct FileStamp {
+    std::int64_t size = 0;
+    std::int64_t modified = 0;  ///< in ns since 1970
+    bool operator==(const FileStamp&) const = default;
+};
+
+struct FoundFile {
+    std::string path;  ///< any bytes
+    FileStamp stamp;
+};
+
 /// Sorted by path, so that a folder is the same library wherever it is copied to.
 struct MusicFolderFiles {
-    std::vector<std::filesystem::path> music;
+    std::vector<FoundFile> music;
     std::vector<std::filesystem::path> playlists;  ///< .m3u and .m3u8
-    std::vector<std::string> errors;               ///< a line for each folder that could not be read
+    std::vector<std::string> errors;  ///< a line for each folder, link or pipe that could not be read
+    bool isComplete = true;           ///< every folder could be read
 };
 
 /// All files below `folder` but the hidden ones. Links are followed; a folder that is reached twice is looked

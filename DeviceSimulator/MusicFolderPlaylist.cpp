@@ -71,8 +71,11 @@ std::vector<fs::path> EntryPaths(const fs::path& file, std::string_view entry) {
     return paths;
 }
 
-std::string ReadPlaylist(const fs::path& file) {
+std::optional<std::string> ReadPlaylist(const fs::path& file) {
     std::ifstream stream(file, std::ios::binary);
+    if (!stream) {
+        return std::nullopt;
+    }
     std::string text(kMaxPlaylistBytes, '\0');
     stream.read(text.data(), static_cast<std::streamsize>(text.size()));
     text.resize(static_cast<std::size_t>(std::max<std::streamsize>(stream.gcount(), 0)));

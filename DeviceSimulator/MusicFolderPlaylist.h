@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,8 +17,8 @@ std::vector<std::string_view> PlaylistEntries(std::string_view text);
 /// and without dots.
 std::vector<std::filesystem::path> EntryPaths(const std::filesystem::path& file, std::string_view entry);
 
-/// What a playlist file holds, empty when it cannot be read; what is behind the first 8 MiB is left out.
-std::string ReadPlaylist(const std::filesystem::path& file);
+/// What a playlist file holds, none when it cannot be read; what is behind the first 8 MiB is left out.
+std::optional<std::string> ReadPlaylist(const std::filesystem::path& file);
 
 /// How paths are compared.
 std::filesystem::path ComparablePath(const std::filesystem::path& path);

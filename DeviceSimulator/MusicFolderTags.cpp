@@ -7,14 +7,18 @@
 #include <id3v2tag.h>
 #include <mp4file.h>
 #include <mpegfile.h>
+#include <tfilestream.h>
 #include <tpropertymap.h>
 #include <wavfile.h>
 #include <xiphcomment.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <charconv>
+#include <new>
 #include <string_view>
+#include <system_error>
 
 namespace DeviceSimulator {
 
@@ -26,7 +30,8 @@ using Bytes = std::vector<std::uint8_t>;
 class Pictures {
   public:
     void Add(const TagLib::ByteVector& data, bool isFront) {
-        Bytes bytes(data.begin(), data.end());
+        const char* const first = data.data();
+        Bytes bytes(first, first + data.size());
         if (isFront && !m_hasFront) {
             m_pictures.insert(m_pictures.begin(), std::move(bytes));
             m_hasFront = true;
@@ -116,8 +121,36 @@ TrackTags TagsOf(const TagLib::PropertyMap& properties) {
     return tags;
 }
 
-std::optional<MusicFile> Read(const std::filesystem::path& path) {
-    TagLib::FileRef reference(path.c_str());
+/// The tag library looks for the beginning of the sound for as long as there are bytes, be they terabytes, in
+/// small blocks.
+class BoundedStream : public TagLib::FileStream {
+  public:
+    explicit BoundedStream(const char* path) : FileStream(path, true) {}
+
+    TagLib::ByteVector readBlock(unsigned long length) override {
+        unsigned long& left = length <= kSearchedBlock ? m_leftToSearch : m_leftToRead;
+        if (length > left) {
+            left = 0;
+            return {};
+        }
+        left -= length;
+        return FileStream::readBlock(length);
+    }
+
+  private:
+    static constexpr unsigned long kSearchedBlock = 1024;
+
+    unsigned long m_leftToSearch = 4UL << 20;
+    unsigned long m_leftToRead = 128UL << 20;
+};
+
+std::optional<MusicFile> Read(const std::filesystem::path& path, std::string& error) {
+    BoundedStream stream(path.c_str());
+    if (!stream.isOpen()) {
+        error = std::generic_category().message(errno);
+        return std::nullopt;
+    }
+    const TagLib::FileRef reference(&stream);
     const TagLib::AudioProperties* const sound = reference.audioProperties();
     if (sound == nullptr || sound->sampleRate() <= 0 || sound->lengthInMilliseconds() <= 0) {
         return std::nullopt;
@@ -143,12 +176,15 @@ bool IsMusicFile(const std::filesystem::path& path) {
     return std::find(kExtensions.begin(), kExtensions.end(), extension) != kExtensions.end();
 }
 
-std::optional<MusicFile> ReadMusicFile(const std::filesystem::path& path) {
+std::optional<MusicFile> ReadMusicFile(const std::filesystem::path& path, std::string& error) {
     try {
-        return Read(path);
+        return Read(path, error);
+    } catch (const std::bad_alloc& exception) {
+        error = exception.what();
     } catch (const std::exception&) {
-        return std::nullopt;  // whatever a damaged file led the tag library into
+        // whatever a damaged file led the tag library into
     }
+    return std::nullopt;
 }
 
 }  // namespace DeviceSimulator

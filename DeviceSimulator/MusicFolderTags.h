@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "DeviceSimulator/LibraryBuilder.h"
@@ -18,8 +19,8 @@ struct MusicFile {
 /// By its name: mp3, m4a, mp4, m4b, aac, flac, ogg, oga, opus or wav.
 bool IsMusicFile(const std::filesystem::path& path);
 
-/// None when the file cannot be read, or holds no sound of a known length. Does not throw. Any thread may
-/// call.
-std::optional<MusicFile> ReadMusicFile(const std::filesystem::path& path);
+/// None when the file holds no sound of a known length, or, with the reason in `error`, when it cannot be
+/// read at present. Of a file that leads the reader astray only so much is read. Any thread may call.
+std::optional<MusicFile> ReadMusicFile(const std::filesystem::path& path, std::string& error);
 
 }  // namespace DeviceSimulator

@@ -15,6 +15,10 @@ namespace {
 // A progressive picture may come in any number of passes over all of it; real ones have about ten.
 constexpr int kMaxScans = 100;
 
+// Such a picture is held whole while it is decoded: one of 30 million pixels, its colours halved, takes this
+// much.
+constexpr long kMaxDecoderBytes = 96L << 20;
+
 // libjpeg leaves by longjmp. So every function that calls setjmp keeps whatever has a destructor in the
 // object that it is a member of, and its own variables are plain and not read after the jump.
 struct JpegErrors {
@@ -50,6 +54,7 @@ class JpegDecoder {
         }
         jpeg_create_decompress(&m_info);
         m_info.progress = &m_progress;
+        m_info.mem->max_memory_to_use = kMaxDecoderBytes;
         jpeg_mem_src(&m_info, bytes.data(), static_cast<unsigned long>(bytes.size()));
         return jpeg_read_header(&m_info, TRUE) == JPEG_HEADER_OK;
     }

@@ -6,8 +6,11 @@ pkg_check_modules(GLIB REQUIRED IMPORTED_TARGET glib-2.0)
 pkg_check_modules(TAGLIB REQUIRED IMPORTED_TARGET taglib)
 pkg_check_modules(JPEG REQUIRED IMPORTED_TARGET libjpeg)
 pkg_check_modules(PNG REQUIRED IMPORTED_TARGET libpng)
+pkg_check_modules(SQLITE REQUIRED IMPORTED_TARGET sqlite3>=3.35)
+find_package(Threads REQUIRED)
 
-set(DEVICE_SIMULATOR_LIBRARY_LINKS PkgConfig::GLIB PkgConfig::TAGLIB PkgConfig::JPEG PkgConfig::PNG)
+set(DEVICE_SIMULATOR_LIBRARY_LINKS
+    PkgConfig::GLIB PkgConfig::TAGLIB PkgConfig::JPEG PkgConfig::PNG PkgConfig::SQLITE Threads::Threads)
 
 add_library(device_simulator_library OBJECT)
 foreach(source IN ITEMS
@@ -18,14 +21,18 @@ foreach(source IN ITEMS
         LibraryFromEnvironment.cpp
         LibraryTables.cpp
         LibraryText.cpp
+        MusicCache.cpp
         MusicFolder.cpp
+        MusicFolderCovers.cpp
         MusicFolderFiles.cpp
         MusicFolderPlaylist.cpp
         MusicFolderTags.cpp
         PictureCover.cpp
         PictureJpeg.cpp
         PicturePng.cpp
-        SyntheticLibrary.cpp)
+        Sqlite.cpp
+        SyntheticLibrary.cpp
+        WorkerThreads.cpp)
     target_sources(device_simulator_library PRIVATE "${CMAKE_CURRENT_LIST_DIR}/${source}")
 endforeach()
 set_target_properties(device_simulator_library PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)

@@ -136,6 +136,7 @@ start_service() {
         exit 1
     fi
     export DEVICE_SIMULATOR_LIBRARY=$music DEVICE_SIMULATOR_CONTROL=$STATE/control
+    export DEVICE_SIMULATOR_CACHE=${DEVICE_SIMULATOR_CACHE-$STATE/cache}
     trap stop_service EXIT
     trap exit INT TERM
     if [ $confined = yes ]; then start_confined; else start_unconfined; fi

@@ -34,7 +34,7 @@ struct DemoAlbum {
 };
 
 // The lossless ones are short, so that all of it stays small.
-constexpr std::array<DemoAlbum, 6> kDemoAlbums{{
+constexpr std::array<DemoAlbum, 7> kDemoAlbums{{
     {"The Gravel Choir",
      "First Rehearsal",
      "Folk",
@@ -96,6 +96,16 @@ constexpr std::array<DemoAlbum, 6> kDemoAlbums{{
      {600, 300},
      {"January Kettle", "Attic Window", "The Last Page", nullptr},
      2},
+    {"Osric Vane",
+     "Letters, Unsent",
+     "Singer-Songwriter",
+     "Osric Vane",
+     ".m4a",
+     44100,
+     8,
+     PictureFormat::kJpeg,
+     {500, 500},
+     {"Blotting Paper", "Return to Sender", "P.S.", nullptr}},
 }};
 
 std::optional<std::vector<std::uint8_t>> EncodePng(const RgbImage& image) {
@@ -171,7 +181,8 @@ DemoError MakePlaylist(const fs::path& folder) {
     const fs::path path = folder / "Evening Drive.m3u8";
     std::ofstream file(path, std::ios::binary);
     file << "#EXTM3U\n# Across all formats; the second track comes twice.\n";
-    for (const auto& [album, track] : {std::pair{3U, 1U}, {0U, 2U}, {4U, 1U}, {2U, 3U}, {0U, 2U}, {5U, 0U}}) {
+    for (const auto& [album, track] :
+         {std::pair{3U, 1U}, {0U, 2U}, {4U, 1U}, {2U, 3U}, {0U, 2U}, {5U, 0U}, {6U, 2U}}) {
         file << FileOf(album, track).native() << '\n';
     }
     file.close();

@@ -7,8 +7,8 @@
 
 namespace DeviceSimulator {
 
-/// Writes six albums (20 tracks of 5 to 20 seconds in four formats, with tags and pictures) and a playlist
-/// below `folder`, which is made where it is missing. The same files at every call.
+/// Writes seven albums (23 tracks of 5 to 20 seconds in five formats, with tags and pictures) and a playlist
+/// below `folder`, which is made where it is missing. The same sound and tags at every call.
 DemoError MakeDemoMusic(const std::filesystem::path& folder);
 
 }  // namespace DeviceSimulator

@@ -15,12 +15,13 @@ struct Encoder {
     std::string_view capsUpToRate = {};  ///< where the encoder would choose a rate by itself
 };
 
-constexpr std::array<Encoder, 4> kEncoders{{
+constexpr std::array<Encoder, 5> kEncoders{{
     {".mp3", "lamemp3enc target=bitrate bitrate=64 cbr=true encoding-engine-quality=fast",
      "audio/mpeg,rate="},
     {".flac", "flacenc"},
     {".ogg", "vorbisenc quality=0.1 ! oggmux"},
     {".opus", "opusenc bitrate=48000 complexity=0 ! oggmux"},
+    {".m4a", "avenc_aac bitrate=64000 ! mp4mux"},
 }};
 
 struct NeededElement {
@@ -28,7 +29,7 @@ struct NeededElement {
     const char* package;
 };
 
-constexpr std::array<NeededElement, 8> kNeeded{{
+constexpr std::array<NeededElement, 10> kNeeded{{
     {"filesink", "libgstreamer1.0-0"},
     {"appsrc", "gstreamer1.0-plugins-base"},
     {"audioconvert", "gstreamer1.0-plugins-base"},
@@ -37,6 +38,8 @@ constexpr std::array<NeededElement, 8> kNeeded{{
     {"opusenc", "gstreamer1.0-plugins-base"},
     {"flacenc", "gstreamer1.0-plugins-good"},
     {"lamemp3enc", "gstreamer1.0-plugins-good"},
+    {"mp4mux", "gstreamer1.0-plugins-good"},
+    {"avenc_aac", "gstreamer1.0-libav"},
 }};
 
 struct Unref {

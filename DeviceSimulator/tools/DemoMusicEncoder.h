@@ -16,7 +16,8 @@ using DemoError = std::string;
 /// one. Initialises GStreamer.
 DemoError CheckEncoders();
 
-/// Writes 16-bit stereo sound as the format of `path`'s extension: .mp3, .flac, .ogg or .opus. Without tags.
+/// Writes 16-bit stereo sound as the format of `path`'s extension: .mp3, .flac, .ogg, .opus or .m4a. Without
+/// tags.
 DemoError EncodeFile(const std::filesystem::path& path, const std::vector<std::int16_t>& samples,
                      std::uint32_t sampleRate);
 

@@ -2,11 +2,11 @@
 
 BUILD_PACKAGES=(
     g++ cmake ninja-build pkg-config
-    libjsoncpp-dev libglib2.0-dev libgstreamer1.0-dev libvips-dev  # the service
-    libtag1-dev libjpeg-dev libpng-dev libasound2-dev              # the simulated player
-    libcli11-dev libncurses-dev                                    # the command-line programs
+    libjsoncpp-dev libglib2.0-dev libgstreamer1.0-dev libvips-dev     # the service
+    libtag1-dev libjpeg-dev libpng-dev libasound2-dev libsqlite3-dev  # the simulated player
+    libcli11-dev libncurses-dev                                       # the command-line programs
 )
-RUN_PACKAGES=(bubblewrap gstreamer1.0-alsa gstreamer1.0-plugins-base gstreamer1.0-plugins-good)
+RUN_PACKAGES=(bubblewrap gstreamer1.0-alsa gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-libav)
 TEST_PACKAGES=(libgtest-dev libgmock-dev tmux)
 
 as_root() {

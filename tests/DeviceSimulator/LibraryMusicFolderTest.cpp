@@ -1,12 +1,14 @@
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <fstream>
+#include <iterator>
 #include <sstream>
 
 #include "DeviceSimulator/Library.h"
-#include "DeviceSimulator/MusicFolderTags.h"
+#include "DeviceSimulator/Sqlite.h"
 #include "DeviceSimulator/tools/DemoMusic.h"
-#include "DeviceSimulator/tools/DemoMusicMelody.h"
 #include "LibraryTestFiles.h"
 
 #if defined(__SANITIZE_THREAD__)
@@ -27,9 +29,9 @@ struct Scanned {
     Names lines;  ///< on stderr, each without the folder
 };
 
-Scanned Scan(const fs::path& folder) {
+Scanned Scan(const fs::path& folder, const fs::path& cache = {}) {
     testing::internal::CaptureStderr();
-    Scanned scanned{ScanMusicFolder(folder), {}};
+    Scanned scanned{ScanMusicFolder(folder, cache), {}};
     std::istringstream output(testing::internal::GetCapturedStderr());
     for (std::string line; std::getline(output, line);) {
         scanned.lines.push_back(line.substr(line.rfind('/') + 1));
@@ -47,23 +49,22 @@ TEST(MusicFolder, MusicIsReadInAllItsFormats) {
     }
     const ScratchFolder folder;
     ASSERT_EQ(MakeDemoMusic(folder.Path()), "");
-    const fs::path m4a = folder.Path() / "song.m4a";
-    ASSERT_EQ(EncodeWith("lamemp3enc ! audio/mpeg,rate=48000 ! mp4mux", m4a, MakeMelody(1, 48000, 2), 48000),
-              "");
-    ASSERT_TRUE(WriteTags(m4a, Tags("~ Kvällsljus", "Artist", "Album", 2, 7), {{{MakePng({40, 40}), true}}}));
     const auto [library, lines] = Scan(folder.Path());
     EXPECT_EQ(lines, Names{});
-    ASSERT_EQ(library->TrackCount(), 21U);
+    ASSERT_EQ(library->TrackCount(), 23U);
     struct Case {
         const char* title;
         std::uint32_t seconds;
         std::uint32_t sampleRate;
         std::uint32_t coverWidth;
     };
-    const Case cases[] = {{"Seven Sparrows", 16, 44100, 640}, {"Lights Out", 9, 44100, 480},
-                          {"12 Volts", 18, 48000, 320},       {"Bell", 13, 48000, 0},
-                          {"猫と自動販売機", 12, 48000, 300}, {"The Last Page", 20, 44100, 600},
-                          {"~ Kvällsljus", 2, 48000, 40}};
+    const Case cases[] = {{"Seven Sparrows", 16, 44100, 640},
+                          {"Lights Out", 9, 44100, 480},
+                          {"12 Volts", 18, 48000, 320},
+                          {"Bell", 13, 48000, 0},
+                          {"猫と自動販売機", 12, 48000, 300},
+                          {"The Last Page", 20, 44100, 600},
+                          {"P.S.", 12, 44100, 500}};
     const Names titles = NamesOf(*library, {}, kTrack);
     for (const Case& c : cases) {
         const auto at = std::find(titles.begin(), titles.end(), c.title) - titles.begin();
@@ -82,18 +83,17 @@ TEST(MusicFolder, OddNamesAreReadAndDamagedFilesNamedOnceAndLeftOut) {
     folder.Write(".hidden.mp3", "garbage");
     WriteMp3(folder, ".hidden/song.mp3", {});
     folder.Write("notes.txt", "no music");
-    const std::pair<const char*, std::string> damaged[] = {{"empty.flac", ""},
-                                                           {"garbage.mp3", std::string(5000, 'g')},
-                                                           {"head.flac", "fLaC"},
-                                                           {"head.ogg", "OggS"},
-                                                           {"text.m4a", "ftyp moov"},
-                                                           {"text.opus", "not music"},
-                                                           {"text.wav", "RIFF\xFF\xFF\xFF\xFFWAVEfmt "}};
+    const std::pair<const char*, std::string> damaged[] = {
+        {"empty.flac", ""},         {"garbage.mp3", std::string(5000, 'g')},
+        {"giant.mp3", ""},          {"head.flac", "fLaC"},
+        {"head.ogg", "OggS"},       {"text.m4a", "ftyp moov"},
+        {"text.opus", "not music"}, {"text.wav", "RIFF\xFF\xFF\xFF\xFFWAVEfmt "}};
     Names expected;
     for (const auto& [name, bytes] : damaged) {
         folder.Write(name, bytes);
         expected.emplace_back(name);
     }
+    fs::resize_file(folder.Path() / "giant.mp3", std::uintmax_t{1} << 40);
     const auto [library, lines] = Scan(folder.Path());
     EXPECT_EQ(lines, expected);
     EXPECT_EQ(NamesOf(*library, {}, kTrack), (Names{"07 Some Song", "na\xEF\xBF\xBDme"}));
@@ -109,12 +109,40 @@ TEST(MusicFolder, LinksThatLoopAndPipesDoNotHoldItUp) {
     fs::create_directory_symlink("self", folder.Path() / "self");
     ASSERT_EQ(mkfifo((folder.Path() / "pipe.mp3").c_str(), 0600), 0);
     ASSERT_EQ(mkfifo((folder.Path() / "pipe.m3u").c_str(), 0600), 0);
+    fs::create_symlink("nowhere", folder.Path() / "dangling.mp3");
     const auto [library, lines] = Scan(folder.Path());
     EXPECT_EQ(NamesOf(*library, {}, kTrack), (Names{"Song"}));
-    EXPECT_EQ(lines, Names{});
+    EXPECT_EQ(lines, (Names{"again", "dangling.mp3: No such file or directory", "pipe.m3u", "pipe.mp3",
+                            "self: Too many levels of symbolic links", "up"}));
     const auto [nothing, complaint] = Scan(folder.Path() / "missing");
     EXPECT_TRUE(nothing->Items({}, kTrack)->empty());
     EXPECT_EQ(complaint.size(), 1U);
+}
+
+TEST(MusicFolder, WhatMayNotBeReadIsNamedAndReadOnceItMay) {
+    const ScratchFolder scratch;
+    const fs::path folder = scratch.Path();
+    WriteMp3(scratch, "song.mp3", Tags("Song", "", ""));
+    WriteMp3(scratch, "closed.mp3", Tags("Closed", "", ""));
+    scratch.Write("closed.m3u", "");
+    scratch.Write("closed/x.mp3", "");
+    const auto allow = [&folder](fs::perms perms) {
+        for (const char* name : {"closed.m3u", "closed", "closed.mp3"}) {
+            fs::permissions(folder / name, perms);
+        }
+    };
+    fs::permissions(folder, fs::perms::all);
+    allow(fs::perms::none);
+    const bool isRoot = geteuid() == 0;  // whom nothing is closed to
+    ASSERT_TRUE(!isRoot || seteuid(65534) == 0);
+    const auto [library, lines] = Scan(folder, folder / "cache");
+    ASSERT_TRUE(!isRoot || seteuid(0) == 0);
+    EXPECT_EQ(NamesOf(*library, {}, kTrack), (Names{"Song"}));
+    EXPECT_EQ(lines, (Names{"closed.m3u", "closed.mp3: Permission denied", "closed: Permission denied"}));
+    allow(fs::perms::all);
+    const auto opened = Scan(folder, folder / "cache");
+    EXPECT_EQ(NamesOf(*opened.library, {}, kTrack), (Names{"Closed", "Song"}));
+    EXPECT_EQ(opened.lines, (Names{"x.mp3"}));
 }
 
 TEST(MusicFolder, AnAlbumTakesTheFirstFrontCoverThatCanBeDecoded) {
@@ -151,6 +179,87 @@ TEST(MusicFolder, PlaylistsNameFilesBelowTheFolder) {
     EXPECT_EQ(NamesOf(*library, {}, kPlaylist), (Names{"Mixed", "Western"}));
     EXPECT_EQ(NamesOf(*library, {{kPlaylist, 0}}, kTrack), (Names{"One", "Twelve", "One", "One"}));
     EXPECT_EQ(NamesOf(*library, {{kPlaylist, 1}}, kTrack), (Names{"Twelve", "One"}));
+}
+
+/// Everything that a library says of its tracks, a line each.
+std::string Described(const Library& library) {
+    std::ostringstream text;
+    for (std::uint32_t i = 0; i < library.TrackCount(); ++i) {
+        const TrackInfo track = library.Track(i);
+        const auto cover = library.Cover(i);
+        text << track.title << '|' << track.artist << '|' << track.album << '|' << track.composer << '|'
+             << track.file << '|' << track.durationMs << '|' << track.sampleRate << '|'
+             << (cover ? cover->bytes.size() : 0) << '\n';
+    }
+    return text.str();
+}
+
+/// 40 songs with the covers of 7 albums, and a file that is none.
+void WriteSongs(const ScratchFolder& folder) {
+    for (std::uint32_t i = 0; i < 40; ++i) {
+        const std::string number = std::to_string(i);
+        WriteMp3(folder, "music/" + number + ".mp3",
+                 Tags(number, "\xC3\x84", "Album " + std::to_string(i % 7)),
+                 {{MakePng({100 + i % 7, 100}), true}});
+    }
+    folder.Write("music/garbage.mp3", "garbage");
+}
+
+TEST(MusicFolderCache, OnlyWhatIsNewOrChangedIsReadAgain) {
+    const ScratchFolder folder;
+    WriteSongs(folder);
+    const fs::path music = folder.Path() / "music";
+    const auto scan = [&] { return Scan(music, folder.Path() / "cache"); };
+    const std::string expected = Described(*Scan(music).library);
+    EXPECT_EQ(Described(*scan().library), expected);
+    // Of the same size and time: nothing shows that it was written to.
+    const auto spoil = [&folder](const fs::path& file) {
+        const auto time = fs::last_write_time(file);
+        folder.Write(file, std::string(fs::file_size(file), 'g'));
+        fs::last_write_time(file, time);
+    };
+    spoil(music / "3.mp3");
+    EXPECT_EQ(Described(*scan().library), expected);
+    fs::last_write_time(music / "3.mp3", fs::last_write_time(music / "3.mp3") + std::chrono::microseconds(1));
+    EXPECT_EQ(scan().lines, (Names{"3.mp3", "garbage.mp3"}));
+    fs::remove(music / "4.mp3");
+    WriteMp3(folder, "music/garbage.mp3", Tags("Mended", "", ""));
+    EXPECT_EQ(Described(*scan().library), Described(*Scan(music).library));
+    // A disk that is not there for once is not forgotten.
+    fs::rename(music, folder.Path() / "elsewhere");
+    EXPECT_EQ(scan().library->TrackCount(), 0U);
+    fs::rename(folder.Path() / "elsewhere", music);
+    spoil(music / "5.mp3");
+    EXPECT_EQ(scan().library->TrackCount(), 39U);
+}
+
+TEST(MusicFolderCache, OneThatCannotBeUsedCostsALineAtMost) {
+    const ScratchFolder folder;
+    WriteSongs(folder);
+    const fs::path database = folder.Path() / "cache/device-simulator-music.db";
+    const std::string expected = Described(*Scan(folder.Path() / "music", database.parent_path()).library);
+    const auto expect = [&](const fs::path& cache, std::size_t lines) {
+        const auto scanned = Scan(folder.Path() / "music", cache);
+        EXPECT_EQ(Described(*scanned.library), expected);
+        EXPECT_LE(scanned.lines.size(), 1 + lines);
+    };
+    std::ifstream file(database, std::ios::binary);
+    const std::string good(std::istreambuf_iterator<char>(file), {});
+    std::string holed = good;
+    holed.replace(4096, 8192, 8192, '\x5A');
+    std::string otherVersion = good;
+    otherVersion[63] = '\x63';
+    for (const auto& bytes : {std::string(5000, 'x'), good.substr(0, 10000), holed, otherVersion, good}) {
+        fs::remove_all(database.parent_path());
+        folder.Write(database, bytes);
+        expect(database.parent_path(), 1);
+        expect(database.parent_path(), 0);  // it has been started over
+    }
+    expect(folder.Write("file", ""), 1);
+    int result = 0;
+    const SqliteHandle other = OpenSqlite(database, result);
+    ASSERT_EQ(ExecSqlite(other, "DELETE FROM file;BEGIN IMMEDIATE"), SQLITE_OK);
+    expect(database.parent_path(), 1);
 }
 
 }  // namespace

@@ -30,6 +30,7 @@ inline std::shared_ptr<const Library> MakeTestLibrary() {
         return kind + std::string(number < 10 ? " 0" : " ") + std::to_string(number);
     };
     LibraryBuilder builder;
+    const auto covers = std::make_shared<MemoryCovers>();
     ItemList backwards;
     for (std::uint32_t t = 0; t < kTracks; ++t) {
         TrackTags tags;
@@ -43,11 +44,11 @@ inline std::shared_ptr<const Library> MakeTestLibrary() {
         backwards.insert(backwards.begin(), added.track);
         if (t >= 3) {
             const auto number = static_cast<std::uint8_t>(t / 3);
-            builder.SetCover(added.album, std::make_shared<Picture>(Picture{{0xFF, 0xD8, number}, 2, 3}));
+            builder.SetCover(added.album, covers->Keep({}, {{0xFF, 0xD8, number}, 2, 3}));
         }
     }
     builder.AddPlaylist("Backwards", backwards);
-    return builder.BuildWithSetCovers();
+    return builder.BuildWithCovers(covers);
 }
 
 /// Stands still until it is moved.
