@@ -109,8 +109,10 @@ u32 eDevMgriPodStartBuildingDatabase(u32 ph, u32 dh, char* path) {
     return PassGate(
         DEVICE_SIMULATOR_KEY(eDevMgriPodStartBuildingDatabase),
         [&](Engine& engine) {
-            return engine.Loop().Locked(
-                [&](Model& model, TimePoint now) { return model.StartDatabase(ph, dh, now); });
+            auto progress = engine.Music().Progress();
+            return engine.Loop().Locked([&](Model& model, TimePoint now) {
+                return model.StartDatabase(ph, dh, std::move(progress), now);
+            });
         },
         ph, dh, path);
 }

@@ -9,11 +9,8 @@ namespace DeviceSimulator {
 
 namespace {
 
-MusicSource::Maker MakerFor(const std::shared_ptr<const Library>& library) {
-    if (library != nullptr) {
-        return [library] { return library; };
-    }
-    return [] { return std::shared_ptr<const Library>(MakeBuiltInLibrary()); };
+std::shared_ptr<const Library> MakeBuiltIn(const LibraryProgress&) {
+    return MakeBuiltInLibrary();
 }
 
 }  // namespace
@@ -34,7 +31,7 @@ void Engine::EnsureStarted() {
         return;
     }
     m_loop.Reset(OptionsFromEnvironment(), std::make_shared<SteadyClock>());
-    m_music.Reset([] { return std::shared_ptr<const Library>(MakeLibraryFromEnvironment()); });
+    m_music.Reset(MakeLibraryFromEnvironment, [this] { m_loop.ClockMoved(); });
     if (const auto path = ControlPathFromEnvironment()) {
         m_control = ControlServer::Open(*path);
     }
@@ -45,7 +42,11 @@ void Engine::Reset(SimulatorOptions options, std::shared_ptr<const Clock> clock)
     const std::lock_guard lock(m_startMutex);
     m_scripts.Clear();
     SetStandIns({});
-    m_music.Reset(MakerFor(options.library));
+    if (options.library != nullptr) {
+        m_music.Reset(options.library);
+    } else {
+        m_music.Reset(MakeBuiltIn, [this] { m_loop.ClockMoved(); });
+    }
     m_loop.Reset(std::move(options), std::move(clock));
     m_calls.Clear();
     m_isStarted.store(true, std::memory_order_release);

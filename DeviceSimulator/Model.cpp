@@ -82,7 +82,8 @@ Result Model::Close(std::uint32_t process, std::uint32_t handle, TimePoint now) 
     return result;
 }
 
-Result Model::StartDatabase(std::uint32_t process, std::uint32_t handle, TimePoint now) {
+Result Model::StartDatabase(std::uint32_t process, std::uint32_t handle,
+                            std::shared_ptr<const BuildProgress> progress, TimePoint now) {
     Device* device = nullptr;
     const Result result = FindPlayer(process, handle, device);
     if (result != kSuccess) {
@@ -94,7 +95,7 @@ Result Model::StartDatabase(std::uint32_t process, std::uint32_t handle, TimePoi
     if (device->database.IsRunning()) {
         return kDatabaseBuildInProgress;
     }
-    device->database.Start(m_options.databaseBuildTime, now);
+    device->database.Start(m_options.databaseBuildTime, std::move(progress), now);
     return kSuccess;
 }
 

@@ -63,7 +63,9 @@ class Model {
     std::vector<const Device*> Listed() const;
     Result Open(std::uint32_t process, std::uint32_t handle);
     Result Close(std::uint32_t process, std::uint32_t handle, TimePoint now);
-    Result StartDatabase(std::uint32_t process, std::uint32_t handle, TimePoint now);
+    /// `progress` as for DatabaseBuild::Start.
+    Result StartDatabase(std::uint32_t process, std::uint32_t handle,
+                         std::shared_ptr<const BuildProgress> progress, TimePoint now);
     Result OpenSession(std::uint32_t process, std::uint32_t handle);
     Result CloseSession(std::uint32_t process, std::uint32_t handle);
 

@@ -1,4 +1,6 @@
 #include <atomic>
+#include <future>
+#include <stdexcept>
 #include <thread>
 
 #include "SimulatorFixture.h"
@@ -33,6 +35,34 @@ TEST_F(DeviceLifeTest, ThePlayerComesAWhileAfterTheFirstRegistrationAndBuildsIts
     Pass(1ms);
     EXPECT_EQ(TakeEventText(), "37=100");
     EXPECT_EQ(eDevMgriPodOpenMdBrowseSession(ph, dh, 1), kSuccess);
+}
+
+TEST_F(DeviceLifeTest, ADatabaseIsDoneNeitherBeforeItsTimeNorBeforeItsMusic) {
+    MusicSource& music = Engine::Instance().Music();
+    std::promise<void> told, rest;
+    const auto maker = [&](const LibraryProgress& progress) -> std::shared_ptr<const Library> {
+        progress(59);
+        told.set_value();
+        rest.get_future().wait();
+        throw std::runtime_error("no such disk");
+    };
+    music.Reset(maker, [] { Engine::Instance().Loop().ClockMoved(); });
+    dh = Simulator::Instance().Plug({});
+    ASSERT_EQ(eDevMgrOpenDevice(ph, dh), kSuccess);
+    char path[] = "./Phone.db";
+    EXPECT_EQ(eDevMgriPodStartBuildingDatabase(ph, dh, path), kSuccess);
+    told.get_future().wait();
+    TakeEvents(ph);
+    Pass(300ms);
+    EXPECT_EQ(TakeEventText(), "37=10 37=20 37=30");
+    Pass(5s);
+    EXPECT_EQ(TakeEventText(), "37=40 37=50");
+    rest.set_value();
+    EXPECT_EQ(music.Get()->TrackCount(), 0U);
+    while (*music.Progress() < 100) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(TakeEventText(), "37=60 37=70 37=80 37=90 37=100");
 }
 
 TEST_F(DeviceLifeTest, UnpluggingAndClosingSilenceThePlayer) {
