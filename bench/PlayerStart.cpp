@@ -1,0 +1,60 @@
+// bench_player_start: registers with the simulated player that the environment asks for, builds its database,
+// and prints when the progress events came and the peak of the process's memory.
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <thread>
+
+#include "DeviceManager/DeviceManager.h"
+#include "bench/Memory.h"
+
+namespace {
+
+constexpr u32 kDeviceConnected = 3;
+constexpr u32 kDatabaseProgress = 37;
+
+std::chrono::steady_clock::time_point g_began;
+std::atomic<u32> g_device{0};
+std::atomic<bool> g_isReady{false};
+
+double Milliseconds() {
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - g_began).count();
+}
+
+void Note(const DeviceEvent* event, u32) {
+    if (event->words[0] == kDeviceConnected) {
+        g_device = event->words[2];
+    } else if (event->words[0] == kDatabaseProgress) {
+        std::printf("%5.0f ms  %3u %%\n", Milliseconds(), event->words[1]);
+        g_isReady = event->words[1] == 100;
+    }
+}
+
+template <typename Condition>
+bool WaitUntil(Condition condition) {
+    constexpr double kPatienceMs = 60000;
+    while (!condition() && Milliseconds() < kPatienceMs) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return condition();
+}
+
+}  // namespace
+
+int main() {
+    g_began = std::chrono::steady_clock::now();
+    u32 process = 0;
+    char path[] = "bench.db";
+    if (eDevMgrRegisterProcess(&process, Note) != 1 || !WaitUntil([] { return g_device != 0; }) ||
+        eDevMgrOpenDevice(process, g_device) != 1 ||
+        eDevMgriPodStartBuildingDatabase(process, g_device, path) != 1 ||
+        !WaitUntil([] { return g_isReady.load(); })) {
+        std::fprintf(stderr, "no iAP2 device, or no database of it\n");
+        return 1;
+    }
+    u32 tracks = 0;
+    eDevMgriPodOpenMdBrowseSession(process, g_device, 1);
+    eDevMgriPodGetNumItems(process, g_device, 512, 0, 32, &tracks);
+    std::printf("%5.0f ms  %u tracks, %.1f MB peak\n", Milliseconds(), tracks, PeakMegabytes());
+    return 0;
+}
