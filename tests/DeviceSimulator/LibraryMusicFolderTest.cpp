@@ -2,22 +2,14 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <sstream>
 
 #include "DeviceSimulator/Library.h"
 #include "DeviceSimulator/Sqlite.h"
-#include "DeviceSimulator/tools/DemoMusic.h"
 #include "LibraryTestFiles.h"
-
-#if defined(__SANITIZE_THREAD__)
-#define LIBRARY_TEST_THREAD_SANITIZER
-#elif defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-#define LIBRARY_TEST_THREAD_SANITIZER
-#endif
-#endif
 
 namespace DeviceSimulator {
 namespace {
@@ -41,14 +33,14 @@ Scanned Scan(const fs::path& folder, const fs::path& cache = {}) {
 }
 
 TEST(MusicFolder, MusicIsReadInAllItsFormats) {
-#ifdef LIBRARY_TEST_THREAD_SANITIZER
-    GTEST_SKIP() << "the encoders' libraries, not instrumented, look like races from first to last";
-#endif
-    if (const auto reason = CheckEncoders(); !reason.empty()) {
-        GTEST_SKIP() << reason;
-    }
     const ScratchFolder folder;
-    ASSERT_EQ(MakeDemoMusic(folder.Path()), "");
+    // A process of its own: what the encoders' libraries do is nothing that a sanitizer should tell of here.
+    const std::string options = "ASAN_OPTIONS=detect_leaks=0 TSAN_OPTIONS=report_bugs=0 ";
+    const int status = std::system((options + "'" MAKE_DEMO_MUSIC "' " + folder.Path().native()).c_str());
+    if (WIFEXITED(status) && WEXITSTATUS(status) == 3) {
+        GTEST_SKIP() << "an encoder is missing";
+    }
+    ASSERT_EQ(status, 0);
     const auto [library, lines] = Scan(folder.Path());
     EXPECT_EQ(lines, Names{});
     ASSERT_EQ(library->TrackCount(), 23U);
