@@ -1,6 +1,10 @@
 #include "DeviceSimulator/MusicSource.h"
 
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <utility>
 
@@ -21,11 +25,55 @@ class EmptyLibrary : public Library {
     std::shared_ptr<const Picture> Cover(std::uint32_t) const override { return nullptr; }
 };
 
+/// What a maker is cut off with.
+struct ProcessEnds {};
+
+/// The threads that make libraries. One that went on while the process ends would work with what has been
+/// torn down, so the process waits for them, and they stop at their next step.
+class Makers {
+  public:
+    /// Never destroyed, as they come to their end last.
+    static Makers& Instance() {
+        static auto* const kMakers = new Makers;
+        return *kMakers;
+    }
+
+    /// One of them runs until the last copy of the result has gone.
+    std::shared_ptr<void> Enter() {
+        static const int kIsRegistered = std::atexit([] { Instance().Stop(); });
+        static_cast<void>(kIsRegistered);
+        const std::lock_guard lock(m_mutex);
+        ++m_count;
+        return {this, [](Makers* makers) { makers->Leave(); }};
+    }
+    bool IsOver() const { return m_isOver.load(); }
+
+  private:
+    void Leave() {
+        const std::lock_guard lock(m_mutex);
+        --m_count;
+        m_left.notify_all();
+    }
+    void Stop() {
+        constexpr std::chrono::seconds kPatience{1};
+        std::unique_lock lock(m_mutex);
+        m_isOver = true;
+        m_left.wait_for(lock, kPatience, [this] { return m_count == 0; });
+    }
+
+    std::atomic<bool> m_isOver{false};
+    std::mutex m_mutex;
+    std::condition_variable m_left;
+    int m_count = 0;  // under m_mutex
+};
+
 std::shared_ptr<const Library> Make(const MusicSource::Maker& maker, const LibraryProgress& progress) {
     try {
         if (auto library = maker(progress)) {
             return library;
         }
+    } catch (const ProcessEnds&) {
+        // Nobody asks for it any more.
     } catch (const std::exception& error) {
         std::fprintf(stderr, "device simulator: no music library: %s\n", error.what());
     }
@@ -80,12 +128,22 @@ void MusicSource::Start() {
             moved();
         }
     };
+    const LibraryProgress step = [move](std::uint32_t percentage) {
+        if (Makers::Instance().IsOver()) {
+            throw ProcessEnds{};
+        }
+        move(percentage);
+    };
     std::packaged_task<std::shared_ptr<const Library>()> build(
-        [maker = m_maker, move] { return Make(maker, move); });
+        [maker = m_maker, step] { return Make(maker, step); });
     Future library = build.get_future().share();
-    StartThread("devmgr-library", [build = std::move(build), move]() mutable {
+    StartThread("devmgr-library", [build = std::move(build), move,
+                                   entry = Makers::Instance().Enter()]() mutable {
         build();
-        move(100);
+        if (!Makers::Instance().IsOver()) {
+            move(100);
+        }
+        entry.reset();
     }).detach();
     m_library = std::move(library);
     m_progress = std::move(progress);

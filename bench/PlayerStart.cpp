@@ -54,7 +54,7 @@ int main() {
     }
     u32 tracks = 0;
     eDevMgriPodOpenMdBrowseSession(process, g_device, 1);
-    eDevMgriPodGetNumItems(process, g_device, 512, 0, 32, &tracks);
+    eDevMgriPodGetNumItems(process, g_device, -1, 0, 32, &tracks);
     std::printf("%5.0f ms  %u tracks, %.1f MB peak\n", Milliseconds(), tracks, PeakMegabytes());
     return 0;
 }
