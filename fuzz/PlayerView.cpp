@@ -77,7 +77,7 @@ class Person {
         list["isLastCategory"] = Or(Often(50));
         list["totalCount"] = Or(Often(70) ? Json::Value(500) : Json::Value(Number()));
         Json::Value& items = list["categoryItems"] = Json::Value(Json::arrayValue);
-        for (int i = Below(Often(5) ? 20'000 : 80); i > 0; --i) {
+        for (int i = Below(Often(1) ? 5'000 : 80); i > 0; --i) {
             Json::Value item(Json::objectValue);
             item["itemId"] = Or(i);
             item["itemName"] = Or(Often(50) ? "name" : Text());
@@ -178,7 +178,9 @@ int Visit(Person& person, Model& model, Time& now) {
             Hear(model, person.Notification());
             ++heard;
         }
-        Look(person, model);
+        if (person.Often(20)) {
+            Look(person, model);
+        }
     }
     model.Disconnected("gone");
     return heard;
