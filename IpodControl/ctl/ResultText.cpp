@@ -37,19 +37,6 @@ void PrintList(const Json::Value& result) {
               std::to_string(IntegerField(result, "currIndex").value_or(0)) + ")");
 }
 
-void PrintPicture(const Json::Value& result) {
-    const auto number = [&result](const char* name) {
-        return std::to_string(IntegerField(result, name).value_or(0));
-    };
-    const auto bytes = DecodeBase64(TextField(result, "albumArt"));
-    const auto jpeg = MeasureJpeg(bytes.value_or(""));
-    PrintLine(number("imageWidth") + " x " + number("imageHeight") + ", " +
-              std::to_string(jpeg    ? jpeg->length
-                             : bytes ? bytes->size()
-                                     : 0) +
-              " bytes");
-}
-
 void PrintSetting(const Json::Value& setting) {
     if (setting.isBool()) {
         PrintLine(setting.asBool() ? "on" : "off");
@@ -75,7 +62,7 @@ void PrintResult(const Method& method, const Json::Value& result, bool isDone) {
     } else if (method.view == View::List) {
         PrintList(result);
     } else if (method.view == View::Picture) {
-        PrintPicture(result);
+        PrintLine(PictureText(result));
     } else if (method.view == View::Selection) {
         PrintLine(result == "browsing" ? "open" : "playing");
     } else if (method.view == View::Played && result.isNull()) {
@@ -103,6 +90,19 @@ std::string PositionText(const Json::Value& trackInfo) {
     const std::int64_t duration = IntegerField(trackInfo, "trackDuration").value_or(0);
     const std::string elapsed = MinutesAndSeconds(IntegerField(trackInfo, "trackTime").value_or(0));
     return duration > 0 ? elapsed + " of " + MinutesAndSeconds(duration) : elapsed;
+}
+
+std::string PictureText(const Json::Value& picture) {
+    const auto bytes = DecodeBase64(TextField(picture, "albumArt"));
+    if (!bytes || bytes->empty()) {
+        return "none";
+    }
+    const auto jpeg = MeasureJpeg(*bytes);
+    if (!jpeg) {
+        return std::to_string(bytes->size()) + " bytes, no JPEG";
+    }
+    return std::to_string(jpeg->width) + " x " + std::to_string(jpeg->height) + ", " +
+           std::to_string(jpeg->length) + " bytes";
 }
 
 }  // namespace IpodControl

@@ -18,4 +18,8 @@ void PrintItems(const Json::Value& items);
 /// "0:12 of 3:34", or without the second where the duration is unknown.
 std::string PositionText(const Json::Value& trackInfo);
 
+/// The size of the picture in an answer or a notification, or "none". By the picture itself: what is reported
+/// beside it is another matter.
+std::string PictureText(const Json::Value& picture);
+
 }  // namespace IpodControl

@@ -15,7 +15,7 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds kUsualWait{30'000};
 /// An answer that takes longer than this is none: the service is busy, and is asked again.
-constexpr milliseconds kAnswerTime{5000};
+constexpr milliseconds kAnswerTime{2000};
 /// Between two looks; a notification shortens it.
 constexpr milliseconds kPause{250};
 

@@ -167,7 +167,7 @@ class Watch {
             {descriptor, static_cast<short>(POLLIN | (m_wire.WantsToWrite() ? POLLOUT : 0)), 0}};
         poll(entries, 3, static_cast<int>(std::clamp<decltype(left)>(left, 0, most.count())));
         // Whoever reads the output may have gone.
-        m_isOver = m_isOver || entries[0].revents != 0 || (entries[1].revents & POLLERR) != 0 ||
+        m_isOver = m_isOver || entries[0].revents != 0 || entries[1].revents != 0 ||
                    (m_end && Clock::now() >= *m_end);
         if (!m_isOver && descriptor >= 0 && !m_isGreeted && Clock::now() >= m_greetingEnd) {
             Lose({ProblemKind::TimedOut, ToText(m_settings.endpoint) + " does not answer"});

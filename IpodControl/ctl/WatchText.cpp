@@ -8,7 +8,6 @@
 #include <ctime>
 
 #include "IpodControl/ctl/Fields.h"
-#include "IpodControl/ctl/Picture.h"
 #include "IpodControl/ctl/ResultText.h"
 #include "IpodControl/ctl/Text.h"
 
@@ -30,17 +29,6 @@ std::string TrackLine(const Json::Value& info) {
     return line + "  " + PositionText(info);
 }
 
-std::string PictureLine(const Json::Value& params) {
-    const auto bytes = DecodeBase64(TextField(params, "albumArt"));
-    if (!bytes || bytes->empty()) {
-        return "picture   none";
-    }
-    const auto jpeg = MeasureJpeg(*bytes);
-    return "picture   " + Number(params, "imageWidth") + " x " + Number(params, "imageHeight") + ", " +
-           std::to_string(jpeg ? jpeg->length : bytes->size()) + " bytes, of track " +
-           Number(params, "trackIndex");
-}
-
 }  // namespace
 
 std::string NotificationText(const Message& notification) {
@@ -59,7 +47,7 @@ std::string NotificationText(const Message& notification) {
         return BoolField(params, "isTrackPaused") ? "pause     paused" : "pause     playing";
     }
     if (method == "ipodAlbumArtNotification") {
-        return PictureLine(params);
+        return "picture   " + PictureText(params) + ", of track " + Number(params, "trackIndex");
     }
     return Harmless(method + " " + ToLine(params));
 }
