@@ -94,7 +94,7 @@ void Print(const Settings& settings, const Json::Value& items, const Json::Value
 
 Answer PrintOpenList(Client& client, const Settings& settings) {
     Json::Value all(Json::arrayValue);
-    const Answer answer = ReadList(client, [&all](const Json::Value& items) {
+    Answer answer = ReadList(client, [&all](const Json::Value& items) {
         for (const Json::Value& item : items) {
             all.append(item);
         }
