@@ -7,9 +7,32 @@
 
 namespace DeviceSimulator {
 
+namespace {
+
+/// One at a time: of those that are open the first that plays, else the first that may go on.
+const Device* FindSounding(const Model& model) {
+    const Device* standing = nullptr;
+    for (const auto& device : model.Devices()) {
+        const PlayState state = device->player.State();
+        if (device->openings.empty() || state == PlayState::Stopped) {
+            continue;
+        }
+        if (state == PlayState::Playing) {
+            return device.get();
+        }
+        standing = standing != nullptr ? standing : device.get();
+    }
+    return standing;
+}
+
+}  // namespace
+
+EventLoop::EventLoop() : m_sound([this](const SoundTrack& track) { PassOver(track); }) {}
+
 void EventLoop::Reset(SimulatorOptions options, std::shared_ptr<const Clock> clock) {
     std::unique_lock lock(m_mutex);
     m_model.Reset(std::move(options));
+    FollowSound();
     m_clock = std::move(clock);
     m_deliveredCount = m_model.LastSequence();
     WaitWhileRunning(lock, m_runningProcess);
@@ -20,6 +43,7 @@ void EventLoop::Reset(SimulatorOptions options, std::shared_ptr<const Clock> clo
 Result EventLoop::Deregister(std::uint32_t process) {
     std::unique_lock lock(m_mutex);
     const Result result = m_model.Deregister(process, m_clock->Now());
+    FollowSound();
     if (result == kSuccess) {
         WaitWhileRunning(lock, process);
     }
@@ -41,6 +65,7 @@ void EventLoop::ClockMoved() {
 /// changes nothing wakes nobody.
 void EventLoop::Settle(TimePoint now) {
     m_model.Advance(now);
+    FollowSound();
     const auto due = m_model.NextDue();
     const bool isNeeded =
         m_model.HasPending() || (due && *due <= now) || (due && (!m_sleepsUntil || *due < *m_sleepsUntil));
@@ -55,10 +80,32 @@ void EventLoop::Settle(TimePoint now) {
     }
 }
 
+void EventLoop::FollowSound() {
+    const Device* const device = FindSounding(m_model);
+    const Sounding sounding =
+        device != nullptr ? Sounding{device->instance, device->player.SoundChanges()} : Sounding{};
+    if (sounding == m_sounding) {
+        return;
+    }
+    m_sounding = sounding;
+    m_sound.Tell(sounding.instance, device != nullptr ? device->player.CurrentSound() : Sound{});
+}
+
+void EventLoop::PassOver(const SoundTrack& track) {
+    Locked([&](Model& model, TimePoint now) {
+        for (const auto& device : model.Devices()) {
+            if (device->instance == track.device && device->player.CurrentSound().track == track.number) {
+                device->player.PassOver(now);
+            }
+        }
+    });
+}
+
 void EventLoop::Run() {
     std::unique_lock lock(m_mutex);
     for (;;) {
         m_model.Advance(m_clock->Now());
+        FollowSound();
         if (m_model.HasPending()) {
             Deliver(lock, m_model.TakePending());
             continue;

@@ -12,6 +12,7 @@
 
 #include "DeviceSimulator/Clock.h"
 #include "DeviceSimulator/Model.h"
+#include "DeviceSimulator/SoundSender.h"
 
 namespace DeviceSimulator {
 
@@ -19,7 +20,7 @@ namespace DeviceSimulator {
 /// callback runs.
 class EventLoop {
   public:
-    EventLoop() = default;
+    EventLoop();
     EventLoop(const EventLoop&) = delete;
     EventLoop& operator=(const EventLoop&) = delete;
 
@@ -48,7 +49,15 @@ class EventLoop {
     void ClockMoved();
 
   private:
+    struct Sounding {
+        std::uint64_t instance = 0;  // of a device; 0: none
+        std::uint64_t changes = 0;   // the player's count
+        bool operator==(const Sounding&) const = default;
+    };
+
     void Settle(TimePoint now);
+    void FollowSound();
+    void PassOver(const SoundTrack& track);
     void Run();
     void Deliver(std::unique_lock<std::mutex>& lock, const PendingEvent& pending);
     void WaitWhileRunning(std::unique_lock<std::mutex>& lock, std::uint32_t process);
@@ -58,6 +67,8 @@ class EventLoop {
     std::condition_variable m_delivered;  // a callback has returned, or an event is done with
     std::shared_ptr<const Clock> m_clock = std::make_shared<SteadyClock>();
     Model m_model;
+    SoundSender m_sound;
+    Sounding m_sounding;  // what the sender has been told of
     std::thread m_thread;
     std::optional<TimePoint> m_sleepsUntil;
     bool m_isSleeping = false;

@@ -83,6 +83,7 @@ Result Player::Skip(SkipDirection direction, TimePoint now) {
         return kInStopState;
     }
     EndSeek(now);
+    m_passedOver = 0;
     const std::uint32_t last = m_queue.Count() - 1;
     const std::uint32_t position = m_queue.Position();
     const bool wraps = m_repeat != RepeatMode::None;
@@ -140,6 +141,20 @@ Result Player::MoveWithin(std::chrono::milliseconds position, TimePoint now) {
     MoveTo(position, now);
     Tell(kPlayTime, ElapsedMs(now));
     return kSuccess;
+}
+
+void Player::PassOver(TimePoint now) {
+    Advance(now);
+    if (m_state == PlayState::Stopped) {
+        return;
+    }
+    EndSeek(now);
+    if (++m_passedOver < m_queue.Count()) {
+        MoveOn(m_repeat != RepeatMode::None, now);
+    } else {
+        m_queue.SetPosition(0);
+        Halt(now);
+    }
 }
 
 void Player::SetShuffle(ShuffleMode mode, TimePoint now) {
@@ -201,6 +216,14 @@ std::uint32_t Player::TotalMs() const {
     return ToMs(Duration());
 }
 
+Sound Player::CurrentSound() const {
+    if (m_state == PlayState::Stopped) {
+        return {};
+    }
+    const TrackInfo info = m_queue.InfoAt(m_queue.Position());
+    return {info.file, info.sampleRate, m_tracksBegun, m_position, m_since, m_state == PlayState::Playing};
+}
+
 int Player::Speed() const {
     switch (m_state) {
         case PlayState::Playing:
@@ -240,6 +263,7 @@ TimePoint Player::EndsAt() const {
 void Player::MoveTo(Nanoseconds position, TimePoint now) {
     m_position = position;
     m_since = now;
+    ++m_soundChanges;
     m_nextTick = now + kTick - (IsSeeking() ? 0ns : position % kTick);
 }
 
@@ -252,6 +276,7 @@ void Player::SetState(PlayState state, TimePoint now) {
 void Player::BeginTrack(std::uint32_t position, TimePoint now) {
     m_queue.SetPosition(position);
     m_trackBegan = now;
+    ++m_tracksBegun;
     MoveTo(0ns, now);
     Tell(kTrackChanged);
     const std::uint32_t rate = m_queue.InfoAt(position).sampleRate;
@@ -262,6 +287,7 @@ void Player::BeginTrack(std::uint32_t position, TimePoint now) {
 
 void Player::BeginPlaying(std::uint32_t position, TimePoint now) {
     const bool wasPlaying = m_state == PlayState::Playing;
+    m_passedOver = 0;
     SetState(PlayState::Playing, now);
     BeginTrack(position, now);
     if (!wasPlaying) {
@@ -275,13 +301,18 @@ void Player::ReachEnd(TimePoint now) {
         Tell(kSeekStopped);
         return;
     }
-    const std::uint32_t position = m_queue.Position();
+    m_passedOver = 0;
     if (m_repeat == RepeatMode::One) {
-        BeginTrack(position, now);
-    } else if (position + 1 < m_queue.Count()) {
-        BeginTrack(position + 1, now);
-    } else if (m_repeat == RepeatMode::All) {
-        BeginTrack(0, now);
+        BeginTrack(m_queue.Position(), now);
+    } else {
+        MoveOn(m_repeat == RepeatMode::All, now);
+    }
+}
+
+void Player::MoveOn(bool isRepeated, TimePoint now) {
+    const std::uint32_t next = m_queue.Position() + 1;
+    if (next < m_queue.Count() || isRepeated) {
+        BeginTrack(next < m_queue.Count() ? next : 0, now);
     } else {
         if (IsSeeking()) {
             Tell(kSeekStopped);

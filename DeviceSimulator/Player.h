@@ -9,6 +9,7 @@
 
 #include "DeviceSimulator/Clock.h"
 #include "DeviceSimulator/PlayQueue.h"
+#include "DeviceSimulator/Sound.h"
 #include "DeviceSimulator/Values.h"
 
 namespace DeviceSimulator {
@@ -40,6 +41,9 @@ class Player {
     void EndSeek(TimePoint now);
     /// Goes to that time of the current track; kInvalidIndex when it is not as long.
     Result MoveWithin(std::chrono::milliseconds position, TimePoint now);
+    /// Goes on to the next track from one that cannot be played, whatever is repeated. Stops at the queue's
+    /// end, and when no track of it can be.
+    void PassOver(TimePoint now);
 
     void SetShuffle(ShuffleMode mode, TimePoint now);
     void SetRepeat(RepeatMode mode);
@@ -64,6 +68,10 @@ class Player {
     std::uint32_t ElapsedMs(TimePoint now) const;
     std::uint32_t TotalMs() const;
 
+    Sound CurrentSound() const;
+    /// Counts up whenever CurrentSound is another one than its time going on makes it.
+    std::uint64_t SoundChanges() const { return m_soundChanges; }
+
   private:
     using Nanoseconds = std::chrono::nanoseconds;
 
@@ -77,6 +85,7 @@ class Player {
     void BeginTrack(std::uint32_t position, TimePoint now);
     void BeginPlaying(std::uint32_t position, TimePoint now);
     void ReachEnd(TimePoint now);
+    void MoveOn(bool isRepeated, TimePoint now);
     void Halt(TimePoint now);
     void Tell(std::uint32_t id, std::uint32_t value = 0) { m_events.push_back({id, value}); }
 
@@ -89,6 +98,9 @@ class Player {
     TimePoint m_nextTick{};
     TimePoint m_trackBegan{};
     std::uint32_t m_toldSampleRate = 0;
+    std::uint64_t m_tracksBegun = 0;
+    std::uint64_t m_soundChanges = 0;
+    std::uint32_t m_passedOver = 0;  // one after another
     std::vector<PlayerEvent> m_events;
 };
 

@@ -1,4 +1,5 @@
-# Switches of the build, and `project_options`, which every target of the project links.
+# Switches of the build, and `project_options`, which every target of the project links (`project_plain_options`,
+# the same without sanitizers, where these would see too little).
 
 set(IPOD_DEVICE_MANAGER_LIBRARY "" CACHE FILEPATH
     "The platform's own libdevicemanager.so to link the service with; empty: the simulated player")
@@ -21,10 +22,10 @@ pkg_check_modules(JSONCPP REQUIRED IMPORTED_TARGET jsoncpp)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
-add_library(project_options INTERFACE)
-target_compile_features(project_options INTERFACE cxx_std_20)
-target_include_directories(project_options INTERFACE "${PROJECT_SOURCE_DIR}")
-target_compile_options(project_options INTERFACE
+add_library(project_plain_options INTERFACE)
+target_compile_features(project_plain_options INTERFACE cxx_std_20)
+target_include_directories(project_plain_options INTERFACE "${PROJECT_SOURCE_DIR}")
+target_compile_options(project_plain_options INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wformat=2 -Wnon-virtual-dtor -Woverloaded-virtual
     # Log entries carry the source file: its path inside the project, not the build machine's.
     "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
@@ -33,9 +34,11 @@ if(CMAKE_SIZEOF_VOID_P EQUAL 4)
     target_compile_definitions(project_options INTERFACE _FILE_OFFSET_BITS=64)
 endif()
 if(IPOD_WARNINGS_AS_ERRORS)
-    target_compile_options(project_options INTERFACE -Werror)
+    target_compile_options(project_plain_options INTERFACE -Werror)
 endif()
-target_link_libraries(project_options INTERFACE Threads::Threads)
+target_link_libraries(project_plain_options INTERFACE Threads::Threads)
+add_library(project_options INTERFACE)
+target_link_libraries(project_options INTERFACE project_plain_options)
 
 if(IPOD_SANITIZER STREQUAL "address")
     set(IPOD_SANITIZER_FLAGS -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)

@@ -15,8 +15,6 @@ constexpr const char* kFolderVariable = "DEVICE_SIMULATOR_AUDIO";
 constexpr std::uint32_t kDefaultRate = 44100;
 constexpr unsigned long kLowestRate = 8000;
 constexpr unsigned long kHighestRate = 192000;
-/// Six seconds of sound instead of a default pipe's third of a second: a writer may be late.
-constexpr int kPipeBytes = 1 << 20;
 /// Where the file of what was played starts over, so that a long run does not fill the disk: six minutes.
 constexpr std::uint32_t kMostPlaybackBytes = 64U << 20;
 constexpr std::size_t kHeaderBytes = 44;
@@ -44,10 +42,7 @@ std::array<char, kHeaderBytes> WavHeader(std::uint32_t rate, std::uint32_t dataB
 }
 
 FileDescriptor OpenCapture(const std::string& path) {
-    FileDescriptor file(path.empty() ? -1 : open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-    if (file.IsOpen())
-        fcntl(file.Get(), F_SETPIPE_SZ, kPipeBytes);  // Refused for a file, which needs none.
-    return file;
+    return FileDescriptor(path.empty() ? -1 : open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
 }
 
 }  // namespace

@@ -5,6 +5,8 @@
 #include <array>
 #include <memory>
 
+#include "DeviceSimulator/GstreamerOwned.h"
+
 namespace DeviceSimulator {
 
 namespace {
@@ -41,19 +43,6 @@ constexpr std::array<NeededElement, 10> kNeeded{{
     {"mp4mux", "gstreamer1.0-plugins-good"},
     {"avenc_aac", "gstreamer1.0-libav"},
 }};
-
-struct Unref {
-    void operator()(GstElement* element) const {
-        gst_element_set_state(element, GST_STATE_NULL);
-        gst_object_unref(element);
-    }
-    void operator()(GstBus* bus) const { gst_object_unref(bus); }
-    void operator()(GstMessage* message) const { gst_message_unref(message); }
-    void operator()(GstCaps* caps) const { gst_caps_unref(caps); }
-    void operator()(GError* error) const { g_error_free(error); }
-};
-template <typename T>
-using Owned = std::unique_ptr<T, Unref>;
 
 DemoError TextOf(GError* error, const std::filesystem::path& path) {
     const Owned<GError> owned(error);

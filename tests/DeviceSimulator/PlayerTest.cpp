@@ -90,6 +90,25 @@ TEST_F(PlayerTest, RepeatDecidesWhatFollowsTheEnd) {
     }
 }
 
+TEST_F(PlayerTest, PassesOverTracksUntilNoneIsLeft) {
+    for (const RepeatMode repeat : {RepeatMode::None, RepeatMode::One, RepeatMode::All}) {
+        player.SetRepeat(repeat);
+        Start(3, 1);
+        player.PassOver(now);
+        EXPECT_EQ(Track(), 2U);
+        After(10s);  // one that is played through: the count begins anew
+        player.Select(2, now);
+        const std::uint64_t changes = player.SoundChanges();
+        player.PassOver(now);
+        EXPECT_NE(player.SoundChanges(), changes);
+        EXPECT_EQ(player.State(), repeat == RepeatMode::None ? PlayState::Stopped : PlayState::Playing);
+        player.PassOver(now);
+        player.PassOver(now);
+        EXPECT_EQ(player.State(), PlayState::Stopped);
+        EXPECT_TRUE(player.CurrentSound().file.empty());
+    }
+}
+
 TEST_F(PlayerTest, SkipsByPositionRepeatAndQueue) {
     struct Case {
         SkipDirection direction;

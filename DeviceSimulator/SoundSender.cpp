@@ -1,0 +1,147 @@
+#include "DeviceSimulator/SoundSender.h"
+
+#include <poll.h>
+#include <signal.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+#include "DeviceSimulator/MusicFolderFiles.h"
+#include "DeviceSimulator/Thread.h"
+
+namespace DeviceSimulator {
+
+namespace {
+
+SoundCommand MakeCommand(std::uint64_t device, const Sound& sound) {
+    SoundCommand command;
+    command.track = {device, sound.track};
+    command.position = sound.position;
+    command.since = sound.since.time_since_epoch();
+    command.rate = sound.rate;
+    command.isMoving = sound.isMoving ? 1 : 0;
+    return command;
+}
+
+std::string DescribeEnd(int status) {
+    return WIFSIGNALED(status) ? "signal " + std::to_string(WTERMSIG(status))
+                               : "status " + std::to_string(WEXITSTATUS(status));
+}
+
+}  // namespace
+
+void SoundSender::Tell(std::uint64_t device, const Sound& sound) {
+    const std::lock_guard lock(m_mutex);
+    if (!m_wakeUp && (sound.file.empty() || !Start())) {
+        return;
+    }
+    m_wanted = {MakeCommand(device, sound), std::string(sound.file)};
+    eventfd_write(m_wakeUp.Get(), 1);
+}
+
+bool SoundSender::Start() {
+    const char* const folder = std::getenv("DEVICE_SIMULATOR_AUDIO");
+    if (folder == nullptr || *folder == '\0') {
+        return false;
+    }
+    m_folder = folder;
+    m_wakeUp = UniqueFd(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    if (m_wakeUp) {
+        StartThread("simulator-sound", [this] { Run(); }).detach();
+    }
+    return static_cast<bool>(m_wakeUp);
+}
+
+void SoundSender::Run() {
+    for (;;) {
+        const short answers = m_isUnsent ? POLLIN | POLLOUT : POLLIN;
+        std::array<pollfd, 2> ready{{{m_wakeUp.Get(), POLLIN, 0}, {m_program.Socket(), answers, 0}}};
+        poll(ready.data(), ready.size(), -1);
+        if (ready[0].revents != 0) {
+            TakeWanted();
+        }
+        if ((ready[1].revents & ~POLLOUT) != 0) {
+            Receive();
+        }
+        if (m_isUnsent && EnsureProgram()) {
+            Send();
+        }
+    }
+}
+
+void SoundSender::TakeWanted() {
+    eventfd_t unused = 0;
+    eventfd_read(m_wakeUp.Get(), &unused);
+    const std::lock_guard lock(m_mutex);
+    m_current = m_wanted;
+    m_isUnsent = true;
+}
+
+/// Started with the first track to sound, and again with the next one after that which it has ended with.
+bool SoundSender::EnsureProgram() {
+    if (m_program.IsRunning()) {
+        return true;
+    }
+    m_isUnsent = false;
+    if (m_current.file.empty() || m_current.command.track == m_fatalTrack) {
+        return false;
+    }
+    const int error = m_program.Start(m_folder, m_lastRate);
+    if (error != 0 && !std::exchange(m_isMissing, true)) {
+        std::fprintf(stderr, "device simulator: no sound, for want of %s: %s\n", SoundProgram::Path().c_str(),
+                     std::strerror(error));
+    }
+    return error == 0;
+}
+
+void SoundSender::Send() {
+    std::string message(reinterpret_cast<const char*>(&m_current.command), sizeof m_current.command);
+    message += m_current.file.substr(0, kMostSoundText);
+    const ssize_t sent = send(m_program.Socket(), message.data(), message.size(), MSG_NOSIGNAL);
+    // Of a program that has ended its socket tells.
+    m_isUnsent = sent < 0 && (errno == EAGAIN || errno == EINTR);
+    if (m_current.command.rate != 0) {
+        m_lastRate = m_current.command.rate;
+    }
+}
+
+void SoundSender::Receive() {
+    std::array<char, sizeof(SoundReport) + kMostSoundText> message;
+    const ssize_t size = recv(m_program.Socket(), message.data(), message.size(), 0);
+    if (size >= static_cast<ssize_t>(sizeof(SoundReport))) {
+        SoundReport report;
+        std::memcpy(&report, message.data(), sizeof report);
+        HandleReport(report, std::string(message.data() + sizeof report,
+                                         static_cast<std::size_t>(size) - sizeof report));
+    } else if (size >= 0 || (errno != EAGAIN && errno != EINTR)) {
+        ProgramEnded();
+    }
+}
+
+void SoundSender::HandleReport(const SoundReport& report, const std::string& reason) {
+    if (report.track != m_current.command.track) {
+        return;  // it has gone on to another one by itself
+    }
+    if (m_named.insert(m_current.file).second) {
+        std::fprintf(stderr, "device simulator: cannot play %s: %s\n", PathText(m_current.file).c_str(),
+                     reason.c_str());
+    }
+    m_onFailure(report.track);
+}
+
+void SoundSender::ProgramEnded() {
+    m_fatalTrack = m_current.command.track;
+    const std::string end = DescribeEnd(m_program.End());
+    std::fprintf(stderr, "device simulator: the sound program has ended (%s) at %s\n", end.c_str(),
+                 PathText(m_current.file).c_str());
+}
+
+}  // namespace DeviceSimulator

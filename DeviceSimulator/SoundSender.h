@@ -1,0 +1,60 @@
+// Tells the sound program what the player lets sound, on a thread of its own.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <set>
+#include <string>
+
+#include "DeviceSimulator/Sound.h"
+#include "DeviceSimulator/SoundProgram.h"
+#include "DeviceSimulator/UniqueFd.h"
+#include "DeviceSimulator/sound/SoundProtocol.h"
+
+namespace DeviceSimulator {
+
+/// Lives as long as the process.
+class SoundSender {
+  public:
+    /// `onFailure` is called on the sender's thread, without a lock, for a track that cannot be decoded.
+    explicit SoundSender(std::function<void(const SoundTrack&)> onFailure)
+        : m_onFailure(std::move(onFailure)) {}
+
+    /// From now on `sound` of that device holds. Any thread; waits for nothing but its own short lock.
+    /// Without DEVICE_SIMULATOR_AUDIO, and until the first sound that has a file, nothing happens.
+    void Tell(std::uint64_t device, const Sound& sound);
+
+  private:
+    struct Wanted {
+        SoundCommand command;
+        std::string file;
+    };
+
+    bool Start();
+    void Run();
+    void TakeWanted();
+    bool EnsureProgram();
+    void Send();
+    void Receive();
+    void HandleReport(const SoundReport& report, const std::string& reason);
+    void ProgramEnded();
+
+    const std::function<void(const SoundTrack&)> m_onFailure;
+
+    std::mutex m_mutex;
+    Wanted m_wanted;    // guarded by m_mutex
+    UniqueFd m_wakeUp;  // an eventfd; opened under m_mutex, before the thread starts
+
+    // The thread's own.
+    std::string m_folder;
+    Wanted m_current;
+    bool m_isUnsent = false;
+    SoundProgram m_program;
+    std::uint32_t m_lastRate = 0;
+    bool m_isMissing = false;       // the program; said once
+    SoundTrack m_fatalTrack;        // that the program has ended with
+    std::set<std::string> m_named;  // files that cannot be decoded
+};
+
+}  // namespace DeviceSimulator

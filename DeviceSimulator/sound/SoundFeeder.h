@@ -1,0 +1,53 @@
+// Keeps the FIFO that the simulated sound card captures from a little ahead of the player's clock.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "DeviceSimulator/sound/SoundFifo.h"
+#include "DeviceSimulator/sound/SoundProtocol.h"
+#include "DeviceSimulator/sound/TrackDecoder.h"
+
+namespace DeviceSimulator {
+
+/// One thread.
+class SoundFeeder {
+  public:
+    /// `lastRate`: Hz, that a stream which has the FIFO open reads at; 0: not known.
+    SoundFeeder(std::string fifoPath, std::uint32_t lastRate)
+        : m_fifo(std::move(fifoPath)), m_fifoRate(lastRate) {}
+
+    /// From now on `command` holds, with that file. What of the sound before is unread is thrown away.
+    void Obey(const SoundCommand& command, std::string file);
+    /// Does what is due; to be called every few milliseconds while IsMoving, and when MessageFd is readable.
+    void Work();
+    bool IsMoving() const { return m_decoder && m_command.isMoving != 0; }
+    /// -1: nothing to wait for.
+    int MessageFd() const { return m_decoder ? m_decoder->MessageFd() : -1; }
+
+    struct Failure {
+        SoundTrack track;
+        std::string reason;
+    };
+    /// A track that cannot be decoded, once; it is silent.
+    std::optional<Failure> TakeFailure();
+
+  private:
+    std::int64_t FrameNow() const;
+    std::int64_t ToFrames(std::chrono::nanoseconds time) const;
+    bool HasBegun();
+    void Feed();
+
+    SoundFifo m_fifo;
+    SoundCommand m_command;
+    std::string m_file;
+    std::optional<TrackDecoder> m_decoder;
+    std::uint32_t m_fifoRate;  // of what has last been written
+    std::int64_t m_next = 0;   // the frame to be written next
+    bool m_hasBegun = false;   // something has been written since the last command
+    std::int64_t m_lag = 0;    // frames
+};
+
+}  // namespace DeviceSimulator

@@ -1,0 +1,79 @@
+#include "DeviceSimulator/sound/SoundFifo.h"
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+namespace DeviceSimulator {
+
+namespace {
+
+constexpr mode_t kOwnerOnly = 0600;
+
+/// For reading as well: so that it can be emptied, and written while nobody else has it open.
+UniqueFd OpenFifo(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0 || !S_ISFIFO(status.st_mode)) {
+        return UniqueFd{};  // opening something else may have effects
+    }
+    UniqueFd file(open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
+    return file && fstat(file.Get(), &status) == 0 && S_ISFIFO(status.st_mode) ? std::move(file) : UniqueFd{};
+}
+
+}  // namespace
+
+bool SoundFifo::Open() {
+    if (m_file && IsAtPath()) {
+        return true;
+    }
+    mkfifo(m_path.c_str(), kOwnerOnly);  // fails where there is something
+    m_file = OpenFifo(m_path);
+    return IsOpen();
+}
+
+void SoundFifo::Replace() {
+    Clear();
+    const std::string fresh = m_path + ".new";
+    unlink(fresh.c_str());
+    if (IsAtPath() && mkfifo(fresh.c_str(), kOwnerOnly) == 0 &&
+        std::rename(fresh.c_str(), m_path.c_str()) == 0) {
+        m_file = OpenFifo(m_path);
+    }
+}
+
+std::size_t SoundFifo::Unread() const {
+    int bytes = 0;
+    return m_file && ioctl(m_file.Get(), FIONREAD, &bytes) == 0
+               ? static_cast<std::size_t>(bytes) / sizeof(SoundFrame)
+               : 0;
+}
+
+std::size_t SoundFifo::Write(std::span<const SoundFrame> frames) {
+    const ssize_t written = write(m_file.Get(), frames.data(), frames.size_bytes());
+    return written > 0 ? static_cast<std::size_t>(written) / sizeof(SoundFrame) : 0;
+}
+
+void SoundFifo::Drop(std::size_t count) {
+    std::array<SoundFrame, 4096> dropped;
+    while (count > 0) {
+        const std::size_t most = std::min(count, dropped.size());
+        const ssize_t got = read(m_file.Get(), dropped.data(), most * sizeof(SoundFrame));
+        if (got <= 0) {
+            return;
+        }
+        count -= std::min(count, static_cast<std::size_t>(got) / sizeof(SoundFrame));
+    }
+}
+
+bool SoundFifo::IsAtPath() const {
+    struct stat mine {};
+    struct stat there {};
+    return m_file && fstat(m_file.Get(), &mine) == 0 && stat(m_path.c_str(), &there) == 0 &&
+           mine.st_dev == there.st_dev && mine.st_ino == there.st_ino;
+}
+
+}  // namespace DeviceSimulator
