@@ -64,7 +64,8 @@ void SoundSender::Run() {
     for (;;) {
         const short answers = m_isUnsent ? POLLIN | POLLOUT : POLLIN;
         std::array<pollfd, 2> ready{{{m_wakeUp.Get(), POLLIN, 0}, {m_program.Socket(), answers, 0}}};
-        poll(ready.data(), ready.size(), -1);
+        const bool isToStart = m_isUnsent && !m_program.IsRunning();
+        poll(ready.data(), ready.size(), isToStart ? 0 : -1);
         if (ready[0].revents != 0) {
             TakeWanted();
         }
@@ -91,7 +92,7 @@ bool SoundSender::EnsureProgram() {
         return true;
     }
     m_isUnsent = false;
-    if (m_current.file.empty() || m_current.command.track == m_fatalTrack) {
+    if (m_current.file.empty() || m_current.command.track == m_sent.command.track) {
         return false;
     }
     const int error = m_program.Start(m_folder, m_lastRate);
@@ -106,10 +107,12 @@ void SoundSender::Send() {
     std::string message(reinterpret_cast<const char*>(&m_current.command), sizeof m_current.command);
     message += m_current.file.substr(0, kMostSoundText);
     const ssize_t sent = send(m_program.Socket(), message.data(), message.size(), MSG_NOSIGNAL);
-    // Of a program that has ended its socket tells.
-    m_isUnsent = sent < 0 && (errno == EAGAIN || errno == EINTR);
-    if (m_current.command.rate != 0) {
-        m_lastRate = m_current.command.rate;
+    m_isUnsent = sent < 0;
+    if (sent >= 0) {
+        m_sent = m_current;
+        m_lastRate = m_current.command.rate != 0 ? m_current.command.rate : m_lastRate;
+    } else if (errno != EAGAIN && errno != EINTR) {
+        ProgramEnded();
     }
 }
 
@@ -138,10 +141,9 @@ void SoundSender::HandleReport(const SoundReport& report, const std::string& rea
 }
 
 void SoundSender::ProgramEnded() {
-    m_fatalTrack = m_current.command.track;
     const std::string end = DescribeEnd(m_program.End());
     std::fprintf(stderr, "device simulator: the sound program has ended (%s) at %s\n", end.c_str(),
-                 PathText(m_current.file).c_str());
+                 PathText(m_sent.file).c_str());
 }
 
 }  // namespace DeviceSimulator

@@ -53,7 +53,7 @@ class SoundSender {
     SoundProgram m_program;
     std::uint32_t m_lastRate = 0;
     bool m_isMissing = false;       // the program; said once
-    SoundTrack m_fatalTrack;        // that the program has ended with
+    Wanted m_sent;                  // what the program was last told
     std::set<std::string> m_named;  // files that cannot be decoded
 };
 

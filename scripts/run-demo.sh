@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
 # Starts the service over a simulated player, shows a short session and stays up until Ctrl-C.
 #
-#   scripts/run-demo.sh [--unconfined] [FOLDER]
+#   scripts/run-demo.sh [--unconfined] [--sound-card] [FOLDER]
 #
 # FOLDER holds the music of the player (mp3, m4a, flac, ogg, opus, with tags); without it a few files are made.
 # The service runs in a private file system and is reached on 127.0.0.1:8883. --unconfined runs it on the machine's
-# own file system, where it writes /home/root/ipod.log and deletes files: see below.
+# own file system, where it writes /home/root/ipod.log and deletes files: see below. --sound-card plays to this
+# machine's sound card instead of to a file.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/lib/packages.sh
@@ -20,6 +21,7 @@ PORT=8883
 export ALSA_CONFIG_PATH=$BUILD/DeviceSimulator/alsa/asound.conf DEVICE_SIMULATOR_AUDIO=$STATE/sound
 
 confined=yes
+sound_card=no
 music=
 service= # process to signal
 shell_job=
@@ -30,6 +32,7 @@ parse_arguments() {
     while [ $# -gt 0 ]; do
         case $1 in
             --unconfined) confined=no ;;
+            --sound-card) sound_card=yes ;;
             -h | --help) usage; exit 0 ;;
             -*) usage >&2; exit 2 ;;
             *) music=$1 ;;
@@ -59,19 +62,13 @@ make_music() {
     echo "== The player holds the music of $music"
 }
 
-# Half a minute of a 441 Hz tone at 44,100 Hz, for the player to send: stereo, 100 frames a period.
-make_tone() {
+prepare_sound() {
     mkdir -p "$DEVICE_SIMULATOR_AUDIO"
-    local tone=$DEVICE_SIMULATOR_AUDIO/capture.pcm period="" doubled i
-    [ ! -f "$tone" ] || return 0
-    period=$(awk 'BEGIN { for (i = 0; i < 100; ++i) {
-        v = int(8000 * sin(i * 6.2831853 / 100)); if (v < 0) v += 65536
-        b = sprintf("\\%03o\\%03o", v % 256, v / 256); printf "%s%s", b, b } }')
-    printf '%b' "${period//\\/\\0}" >"$tone.new"
-    for ((i = 0; i < 14; ++i)); do
-        cat "$tone.new" "$tone.new" >"$tone.doubled" && mv "$tone.doubled" "$tone.new"
-    done
-    mv "$tone.new" "$tone"
+    # What lies there from another time would sound instead of the music.
+    rm -f "$DEVICE_SIMULATOR_AUDIO"/capture.pcm
+    [ "$sound_card" = yes ] || return 0
+    export ALSA_CONFIG_PATH=$BUILD/DeviceSimulator/alsa/asound-card.conf
+    [ -d /dev/snd ] || { echo "This machine has no sound card (/dev/snd)." >&2; exit 1; }
 }
 
 explain_unconfined() {
@@ -83,7 +80,9 @@ END
 }
 
 start_confined() {
-    make_sandbox "$STATE/home" --ro-bind "$BUILD" "$BUILD" --ro-bind "$music" "$music" \
+    local card=()
+    [ "$sound_card" = no ] || card=(--dev-bind /dev/snd /dev/snd)
+    make_sandbox "$STATE/home" --ro-bind "$BUILD" "$BUILD" --ro-bind "$music" "$music" "${card[@]}" \
         --bind "$STATE" "$STATE" --setenv GST_REGISTRY "$STATE/gstreamer-registry" --chdir /
     if ! sandbox_works; then
         cat >&2 <<END
@@ -180,8 +179,12 @@ show_picture() {
 show_sound() {
     rpc_show start
     rpc_collect 2
-    show_sound_level
-    rpc_show stop
+    if [ "$sound_card" = yes ]; then
+        echo "   # the music now plays on this machine's sound card"
+    else
+        show_sound_level
+        rpc_show stop
+    fi
 }
 
 show_session() {
@@ -206,7 +209,7 @@ show_session() {
 parse_arguments "$@"
 build
 make_music
-make_tone
+prepare_sound
 start_service
 show_session
 cat <<END

@@ -8,8 +8,6 @@
 #include <optional>
 #include <vector>
 
-#include "DeviceSimulator/tools/DemoMusicEncoder.h"
-
 namespace EndToEnd {
 
 namespace {
@@ -23,11 +21,6 @@ constexpr std::streamoff kRateAt = 24;
 constexpr std::streamoff kFrameBytes = 4;
 constexpr int kSilence = 300;  // of 32767
 constexpr double kTolerance = 0.06;
-
-void Check(const DeviceSimulator::DemoError& error) {
-    if (!error.empty())
-        throw std::runtime_error(error);
-}
 
 /// By its zero crossings, as a sound that changes meanwhile is no tone.
 double FindTone(const std::vector<std::int16_t>& stereo, std::uint32_t rate) {
@@ -59,7 +52,6 @@ std::optional<double> NewestTone() {
 }  // namespace
 
 void SetUpSound() {
-    Check(DeviceSimulator::CheckEncoders());
     for (const char* folder : {kMusicFolder, kSoundFolder}) {
         fs::remove_all(folder);
         fs::create_directories(folder);
@@ -69,14 +61,13 @@ void SetUpSound() {
     setenv("ALSA_CONFIG_PATH", END_TO_END_ALSA_CONFIG, 1);
 }
 
-void MakeToneFile(const std::string& name, std::uint32_t rate, double firstHertz, double secondHertz) {
-    std::vector<std::int16_t> samples(std::size_t{rate} * 2 * 40);
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        const double hertz = i < samples.size() / 2 ? firstHertz : secondHertz;
-        const double time = static_cast<double>(i / 2) / rate;
-        samples[i] = static_cast<std::int16_t>(8000 * std::sin(2 * M_PI * hertz * time));
-    }
-    Check(DeviceSimulator::EncodeFile(kMusicFolder + name, samples, rate));
+void MakeToneFile(const std::string& name, int rate, int firstHertz, int secondHertz) {
+    std::string command = MAKE_TONE_FILE;
+    command += ' ' + (kMusicFolder + name);
+    for (const int argument : {rate, firstHertz, secondHertz})
+        command += ' ' + std::to_string(argument);
+    if (std::system(command.c_str()) != 0)
+        throw std::runtime_error("failed: " + command);
 }
 
 milliseconds WaitForTone(double hertz) {

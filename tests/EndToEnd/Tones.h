@@ -2,7 +2,6 @@
 // file.
 #pragma once
 
-#include <cstdint>
 #include <string>
 
 #include "tests/EndToEnd/Deadline.h"
@@ -13,13 +12,12 @@ inline constexpr const char* kMusicFolder = "/tmp/music/";
 /// What is in the sound card's file is played once it has gone through the output's buffer.
 inline constexpr milliseconds kOutputBuffer{200};
 
-/// Gives the services started from now on an empty music folder and a simulated sound card. Throws
-/// std::runtime_error when music cannot be made.
+/// Gives the services started from now on an empty music folder and a simulated sound card.
 void SetUpSound();
 
 /// A file in the music folder of 40 seconds of one tone and then another, each lasting half the time; in the
-/// format of its extension. Throws std::runtime_error when it cannot be made.
-void MakeToneFile(const std::string& name, std::uint32_t rate, double firstHertz, double secondHertz);
+/// format of its extension. `name` needs no quoting in a shell. Throws std::runtime_error when it fails.
+void MakeToneFile(const std::string& name, int rate, int firstHertz, int secondHertz);
 
 /// How long it takes until the newest 40 ms of the output are that tone; 0: silence. Throws
 /// std::runtime_error when it does not come.
