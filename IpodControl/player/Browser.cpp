@@ -157,7 +157,7 @@ void Browser::KeepCursorShown() {
 /// another list.
 void Browser::Fetch() {
     while (m_isKnown && !m_isRoot && !m_isBusy && !m_isOpening && m_inFlight.size() < kMostInFlight &&
-           (FetchOneOf(m_top, m_top + m_rows - 1) || FetchOneOf(m_top, m_top + 2 * m_rows) ||
+           (FetchOneOf(m_top, m_top + m_rows - 1) || FetchOneOf(m_top, m_top + m_rows + m_rows) ||
             FetchOneOf(m_top - m_rows, m_top))) {
     }
 }

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <clocale>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -58,7 +59,8 @@ attr_t Attributes(const Style& style) {
 bool CanPlaceCursor() {
     char name[] = "cup";
     const char* const capability = tigetstr(name);
-    return capability != nullptr && capability != reinterpret_cast<const char*>(-1);
+    // -1 for what is no text, which this one is.
+    return capability != nullptr && reinterpret_cast<std::intptr_t>(capability) != -1;
 }
 
 constexpr std::array<std::pair<wint_t, KeyKind>, 11> kNamedKeys{{
