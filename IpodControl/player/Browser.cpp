@@ -87,7 +87,7 @@ void Browser::Reread() {
 
 /// An iAP2 device is connected some time before its library can be browsed.
 bool Browser::OffersNothing() const {
-    for (std::int64_t i = 0; i < Total(); ++i) {
+    for (std::int64_t i = 0; m_isRoot && i < Total(); ++i) {
         if (m_pages.At(i) != nullptr && m_pages.At(i)->isOffered) {
             return false;
         }
