@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include "IpodControl/Base64.h"
 #include "IpodControl/ctl/Ask.h"
 #include "IpodControl/ctl/Commands.h"
 #include "IpodControl/ctl/Fields.h"

@@ -1,15 +1,11 @@
-// The picture that the service delivers: base64, with padding behind the JPEG.
+// The picture that the service delivers, with padding behind the JPEG.
 #pragma once
 
 #include <cstddef>
 #include <optional>
-#include <string>
 #include <string_view>
 
 namespace IpodControl {
-
-/// None for text that is not base64.
-std::optional<std::string> DecodeBase64(std::string_view text);
 
 struct Jpeg {
     std::size_t length = 0;   ///< up to and with its end marker; all bytes where it has none

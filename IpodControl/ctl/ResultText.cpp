@@ -1,5 +1,7 @@
 #include "IpodControl/ctl/ResultText.h"
 
+#include "IpodControl/Base64.h"
+#include "IpodControl/ClockText.h"
 #include "IpodControl/ctl/Fields.h"
 #include "IpodControl/ctl/Output.h"
 #include "IpodControl/ctl/Picture.h"
@@ -88,8 +90,8 @@ void PrintItems(const Json::Value& items) {
 
 std::string PositionText(const Json::Value& trackInfo) {
     const std::int64_t duration = IntegerField(trackInfo, "trackDuration").value_or(0);
-    const std::string elapsed = MinutesAndSeconds(IntegerField(trackInfo, "trackTime").value_or(0));
-    return duration > 0 ? elapsed + " of " + MinutesAndSeconds(duration) : elapsed;
+    const std::string elapsed = ClockText(IntegerField(trackInfo, "trackTime").value_or(0));
+    return duration > 0 ? elapsed + " of " + ClockText(duration) : elapsed;
 }
 
 std::string PictureText(const Json::Value& picture) {

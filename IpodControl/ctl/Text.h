@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -25,8 +24,5 @@ std::string Shortened(std::string_view text, std::size_t width);
 std::string Folded(std::string_view text);
 /// How many letters have to be changed, left out or added to get from one to the other.
 std::size_t EditDistance(std::string_view left, std::string_view right);
-
-/// "3:07".
-std::string MinutesAndSeconds(std::int64_t milliseconds);
 
 }  // namespace IpodControl

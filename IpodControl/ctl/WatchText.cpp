@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <ctime>
 
+#include "IpodControl/ClockText.h"
 #include "IpodControl/ctl/Fields.h"
 #include "IpodControl/ctl/ResultText.h"
 #include "IpodControl/ctl/Text.h"
@@ -95,13 +96,12 @@ std::string Progress::Line(std::size_t width) const {
         return {};
     }
     std::string line = m_isPaused ? "|| " : "> ";
-    line += MinutesAndSeconds(m_elapsed);
+    line += ClockText(m_elapsed);
     if (m_duration > 0) {
         constexpr std::int64_t kBar = 30;
         const auto done = std::clamp<std::int64_t>(m_elapsed / (m_duration / kBar + 1), 0, kBar);
         line += " [" + std::string(static_cast<std::size_t>(done), '=') +
-                std::string(static_cast<std::size_t>(kBar - done), ' ') + "] " +
-                MinutesAndSeconds(m_duration);
+                std::string(static_cast<std::size_t>(kBar - done), ' ') + "] " + ClockText(m_duration);
     }
     return Shortened(line + "  " + m_title, width);
 }

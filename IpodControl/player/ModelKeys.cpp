@@ -1,8 +1,8 @@
 // What each key does.
 #include <string>
 
+#include "IpodControl/Utf8.h"
 #include "IpodControl/player/Model.h"
-#include "IpodControl/player/Text.h"
 
 namespace IpodControl::PlayerView {
 
@@ -43,7 +43,9 @@ bool Model::Type(const Key& key) {
     switch (key.kind) {
         case KeyKind::Character:
             if (filter.size() < kLongestFilter && IsHarmless(key.character)) {
-                m_browser.Filter(filter + ToUtf8(key.character));
+                std::string longer = filter;
+                AppendUtf8(longer, key.character);
+                m_browser.Filter(longer);
             }
             return true;
         case KeyKind::Backspace:

@@ -36,13 +36,14 @@ class Decoder {
     Decoder(const Decoder&) = delete;
     Decoder& operator=(const Decoder&) = delete;
 
-    bool Run(const std::vector<std::uint8_t>& jpeg) {
+    bool Run(std::string_view jpeg) {
         if (setjmp(m_errors.escape) != 0) {
             return false;
         }
         jpeg_create_decompress(&m_info);
         m_info.progress = &m_progress;
-        jpeg_mem_src(&m_info, jpeg.data(), static_cast<unsigned long>(jpeg.size()));
+        jpeg_mem_src(&m_info, reinterpret_cast<const unsigned char*>(jpeg.data()),
+                     static_cast<unsigned long>(jpeg.size()));
         if (jpeg_read_header(&m_info, TRUE) != JPEG_HEADER_OK || !Begin()) {
             return false;
         }
@@ -105,13 +106,6 @@ class Decoder {
     std::vector<JSAMPLE> m_row;
 };
 
-/// -1: no digit.
-int Digit(char c) {
-    constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    const std::size_t digit = kDigits.find(c);
-    return digit == std::string_view::npos ? -1 : static_cast<int>(digit);
-}
-
 /// Of the pixels [first, last) in both directions.
 Rgb Mean(const Picture& picture, std::size_t left, std::size_t right, std::size_t top, std::size_t bottom) {
     std::array<std::size_t, 3> sums{};
@@ -129,32 +123,12 @@ Rgb Mean(const Picture& picture, std::size_t left, std::size_t right, std::size_
 
 }  // namespace
 
-std::optional<Picture> DecodeJpeg(const std::vector<std::uint8_t>& jpeg) {
+std::optional<Picture> DecodeJpeg(std::string_view jpeg) {
     Decoder decoder;
     if (jpeg.empty() || jpeg.size() > kMostBytes || !decoder.Run(jpeg)) {
         return std::nullopt;
     }
     return decoder.Take();
-}
-
-std::vector<std::uint8_t> DecodeBase64(std::string_view text) {
-    std::vector<std::uint8_t> bytes;
-    bytes.reserve(text.size() / 4 * 3);
-    std::uint32_t bits = 0;
-    int count = 0;
-    for (const char c : text.substr(0, text.find('='))) {
-        const int digit = Digit(c);
-        if (digit < 0) {
-            return {};
-        }
-        bits = (bits << 6U) | static_cast<std::uint32_t>(digit);
-        count += 6;
-        if (count >= 8) {
-            count -= 8;
-            bytes.push_back(static_cast<std::uint8_t>(bits >> static_cast<unsigned>(count)));
-        }
-    }
-    return bytes;
 }
 
 Picture Scale(const Picture& picture, std::size_t width, std::size_t height) {

@@ -20,10 +20,7 @@ struct Picture {
 
 /// Made small while it is decoded. None when `jpeg` is no picture, or a larger one than the service sends.
 /// Behind the picture's end mark anything may stand.
-std::optional<Picture> DecodeJpeg(const std::vector<std::uint8_t>& jpeg);
-
-/// Empty when `text` is no base64.
-std::vector<std::uint8_t> DecodeBase64(std::string_view text);
+std::optional<Picture> DecodeJpeg(std::string_view jpeg);
 
 /// The mean of the pixels behind each new one. A `picture` without pixels, and a size of 0, give none.
 Picture Scale(const Picture& picture, std::size_t width, std::size_t height);

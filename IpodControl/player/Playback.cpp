@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "IpodControl/Base64.h"
 #include "IpodControl/player/Fields.h"
 
 namespace IpodControl::PlayerView {
@@ -124,7 +125,7 @@ void Playback::TakeCover(const Json::Value& params) {
         m_coverState = CoverState::None;
         return;
     }
-    auto picture = DecodeJpeg(DecodeBase64({begin, static_cast<std::size_t>(end - begin)}));
+    auto picture = DecodeJpeg(DecodeBase64({begin, static_cast<std::size_t>(end - begin)}).value_or(""));
     m_coverState = picture ? CoverState::Shown : CoverState::Broken;
     m_cover = std::move(picture).value_or(Picture{});
 }

@@ -12,6 +12,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <utility>
+
+#include "IpodControl/Utf8.h"
 // ncurses declares its functions for wide characters when it is asked to, and macros with common names.
 #define NCURSES_WIDECHAR 1
 #define NCURSES_NOMACROS 1
@@ -181,8 +183,8 @@ void Terminal::ShowCell(int row, int column, const Cell& cell) {
     }
     std::array<wchar_t, CCHARW_MAX + 1> text{};
     std::size_t count = 0;
-    for (std::size_t position = 0; position < cell.text.size() && count < CCHARW_MAX;) {
-        text[count++] = static_cast<wchar_t>(NextCharacter(cell.text, position));
+    for (std::string_view rest = cell.text; !rest.empty() && count < CCHARW_MAX;) {
+        text[count++] = static_cast<wchar_t>(TakeCharacter(rest));
     }
     int pair = 0;
     if (m_colours > 0 && (cell.style.foreground >= 0 || cell.style.background >= 0)) {

@@ -26,14 +26,7 @@ std::vector<Glyph> Fit(std::string_view text, int columns, Charset charset);
 
 int Columns(const std::vector<Glyph>& glyphs);
 
-/// The character that begins at `position`, which is moved behind it; U+FFFD for a byte that begins none.
-char32_t NextCharacter(std::string_view text, std::size_t& position);
-std::string ToUtf8(char32_t character);
-bool IsHarmless(char32_t character);
-
 /// "1,204"
 std::string Grouped(long long number);
-/// "3:07", "1:02:05"
-std::string ClockText(long long milliseconds);
 
 }  // namespace IpodControl::PlayerView

@@ -2,6 +2,7 @@
 #include <array>
 #include <cmath>
 
+#include "IpodControl/ClockText.h"
 #include "IpodControl/player/Cover.h"
 #include "IpodControl/player/ViewParts.h"
 

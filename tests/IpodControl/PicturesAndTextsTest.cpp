@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "IpodControl/ClockText.h"
 #include "IpodControl/ctl/Picture.h"
 #include "IpodControl/ctl/Text.h"
 
@@ -49,7 +50,7 @@ TEST(TextTest, FitsColumnsAndFindsNames) {
     EXPECT_EQ(DisplayWidth("a\u00e5\u661f"), 4U);  // the last one is two cells wide
     EXPECT_EQ(Folded("\u00c9LODIE \u0421\u0435"), "\u00e9lodie \u0441\u0435");
     EXPECT_EQ(EditDistance("Artistz", "Artists"), 1U);
-    EXPECT_EQ(MinutesAndSeconds(214'999), "3:34");
+    EXPECT_EQ(ClockText(214'999), "3:34");
 }
 
 }  // namespace
