@@ -65,7 +65,7 @@ std::string SoundProgram::Path() {
         .native();
 }
 
-int SoundProgram::Start(const std::string& folder, std::uint32_t lastRate) {
+int SoundProgram::Start(const std::string& folder) {
     int ends[2] = {-1, -1};
     if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends) != 0) {
         return errno;
@@ -74,8 +74,7 @@ int SoundProgram::Start(const std::string& folder, std::uint32_t lastRate) {
     const UniqueFd theirs(ends[1]);
     std::string path = Path();
     std::string folderArgument = folder;
-    std::string rateArgument = std::to_string(lastRate);
-    char* const arguments[] = {path.data(), folderArgument.data(), rateArgument.data(), nullptr};
+    char* const arguments[] = {path.data(), folderArgument.data(), nullptr};
     const SpawnFiles files(theirs.Get());
     const SpawnAttributes attributes;
     const int error = posix_spawn(&m_pid, path.c_str(), files.Get(), attributes.Get(), arguments, environ);

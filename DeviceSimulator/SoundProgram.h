@@ -3,7 +3,6 @@
 
 #include <sys/types.h>
 
-#include <cstdint>
 #include <string>
 #include <utility>
 
@@ -19,9 +18,8 @@ class SoundProgram {
     SoundProgram(const SoundProgram&) = delete;
     SoundProgram& operator=(const SoundProgram&) = delete;
 
-    /// Runs the program that stands beside this library. 0, or the errno that it failed with. `lastRate`: see
-    /// the program.
-    int Start(const std::string& folder, std::uint32_t lastRate);
+    /// Runs the program that stands beside this library. 0, or the errno that it failed with.
+    int Start(const std::string& folder);
     bool IsRunning() const { return static_cast<bool>(m_socket); }
     /// -1 while it does not run. Non-blocking; messages as in SoundProtocol.h.
     int Socket() const { return m_socket.Get(); }

@@ -95,7 +95,7 @@ bool SoundSender::EnsureProgram() {
     if (m_current.file.empty() || m_current.command.track == m_sent.command.track) {
         return false;
     }
-    const int error = m_program.Start(m_folder, m_lastRate);
+    const int error = m_program.Start(m_folder);
     if (error != 0 && !std::exchange(m_isMissing, true)) {
         std::fprintf(stderr, "device simulator: no sound, for want of %s: %s\n", SoundProgram::Path().c_str(),
                      std::strerror(error));
@@ -110,7 +110,6 @@ void SoundSender::Send() {
     m_isUnsent = sent < 0;
     if (sent >= 0) {
         m_sent = m_current;
-        m_lastRate = m_current.command.rate != 0 ? m_current.command.rate : m_lastRate;
     } else if (errno != EAGAIN && errno != EINTR) {
         ProgramEnded();
     }

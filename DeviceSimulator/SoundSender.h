@@ -51,7 +51,6 @@ class SoundSender {
     Wanted m_current;
     bool m_isUnsent = false;
     SoundProgram m_program;
-    std::uint32_t m_lastRate = 0;
     bool m_isMissing = false;       // the program; said once
     Wanted m_sent;                  // what the program was last told
     std::set<std::string> m_named;  // files that cannot be decoded

@@ -65,7 +65,7 @@ make_music() {
 prepare_sound() {
     mkdir -p "$DEVICE_SIMULATOR_AUDIO"
     # What lies there from another time would sound instead of the music.
-    rm -f "$DEVICE_SIMULATOR_AUDIO"/capture.pcm
+    rm -f "$DEVICE_SIMULATOR_AUDIO/capture.pcm"
     [ "$sound_card" = yes ] || return 0
     export ALSA_CONFIG_PATH=$BUILD/DeviceSimulator/alsa/asound-card.conf
     [ -d /dev/snd ] || { echo "This machine has no sound card (/dev/snd)." >&2; exit 1; }

@@ -53,6 +53,7 @@ class SimulatedPcm {
 
     const snd_pcm_stream_t m_stream;
     const std::string m_gonePath;
+    const std::uint32_t m_captureRate = ReadCaptureRate();
     FileDescriptor m_timer;
     std::optional<CaptureFile> m_capture;
     std::optional<PlaybackFile> m_playback;
@@ -69,7 +70,7 @@ SimulatedPcm::SimulatedPcm(snd_pcm_stream_t stream)
       m_gonePath(SoundFilePath(stream == SND_PCM_STREAM_CAPTURE ? "capture.gone" : "playback.gone")),
       m_timer(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC)) {
     if (IsCapture())
-        m_capture.emplace();
+        m_capture.emplace(m_captureRate);
     else
         m_playback.emplace();
 }
@@ -100,14 +101,13 @@ int SimulatedPcm::Create(snd_pcm_t** pcm, const char* name, int mode) {
 int SimulatedPcm::Constrain() {
     const unsigned access = SND_PCM_ACCESS_RW_INTERLEAVED;
     const unsigned format = SND_PCM_FORMAT_S16_LE;
-    const unsigned captureRate = IsCapture() ? ReadCaptureRate() : 0;
     const int failures[] = {
         snd_pcm_ioplug_set_param_list(&m_io, SND_PCM_IOPLUG_HW_ACCESS, 1, &access),
         snd_pcm_ioplug_set_param_list(&m_io, SND_PCM_IOPLUG_HW_FORMAT, 1, &format),
         snd_pcm_ioplug_set_param_minmax(&m_io, SND_PCM_IOPLUG_HW_CHANNELS, kSoundChannels, kSoundChannels),
         snd_pcm_ioplug_set_param_minmax(&m_io, SND_PCM_IOPLUG_HW_RATE,
-                                        IsCapture() ? captureRate : kLowestPlaybackRate,
-                                        IsCapture() ? captureRate : kHighestPlaybackRate),
+                                        IsCapture() ? m_captureRate : kLowestPlaybackRate,
+                                        IsCapture() ? m_captureRate : kHighestPlaybackRate),
         snd_pcm_ioplug_set_param_minmax(&m_io, SND_PCM_IOPLUG_HW_PERIOD_BYTES, kLeastPeriodBytes,
                                         kMostPeriodBytes),
         snd_pcm_ioplug_set_param_minmax(&m_io, SND_PCM_IOPLUG_HW_PERIODS, kLeastPeriods, kMostPeriods),

@@ -74,11 +74,21 @@ std::uint32_t ReadCaptureRate() {
     return rate >= kLowestRate && rate <= kHighestRate ? static_cast<std::uint32_t>(rate) : kDefaultRate;
 }
 
-CaptureFile::CaptureFile() : m_path(SoundFilePath("capture.pcm")), m_file(OpenCapture(m_path)) {}
+CaptureFile::CaptureFile(std::uint32_t rate)
+    : m_path(SoundFilePath("capture.pcm")),
+      m_pathOfRate(SoundFilePath(("capture-" + std::to_string(rate) + ".pcm").c_str())) {
+    Open();
+}
+
+void CaptureFile::Open() {
+    m_file = OpenCapture(m_path);
+    if (!m_file.IsOpen())
+        m_file = OpenCapture(m_pathOfRate);
+}
 
 void CaptureFile::Read(void* into, std::size_t frames) {
     if (!m_file.IsOpen())
-        m_file = OpenCapture(m_path);
+        Open();
     char* const bytes = static_cast<char*>(into);
     const std::size_t wanted = frames * kFrameBytes;
     std::memcpy(bytes, m_partial.data(), m_partialSize);

@@ -40,18 +40,21 @@ bool SoundFileExists(const std::string& path);
 /// sensible.
 std::uint32_t ReadCaptureRate();
 
-/// "capture.pcm", a file or a FIFO of S16LE stereo frames.
+/// "capture.pcm", a file or a FIFO of S16LE stereo frames; where there is none, "capture-<rate>.pcm", into
+/// which the simulated player writes only what has that rate.
 class CaptureFile {
   public:
-    CaptureFile();
+    explicit CaptureFile(std::uint32_t rate);
 
     /// Fills `frames` frames: with what there is to read now, then with silence. Never blocks.
     void Read(void* into, std::size_t frames);
 
   private:
+    void Open();
     std::size_t ReadBytes(char* into, std::size_t size);
 
     std::string m_path;
+    std::string m_pathOfRate;
     FileDescriptor m_file;
     std::array<char, kFrameBytes> m_partial{};  ///< of a frame whose rest has not come yet
     std::size_t m_partialSize = 0;

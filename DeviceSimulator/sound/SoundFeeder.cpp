@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 namespace DeviceSimulator {
@@ -32,13 +34,9 @@ void SoundFeeder::Obey(const SoundCommand& command, std::string file) {
     m_command = command;
     m_file = std::move(file);
     m_fifo.Clear();
-    if (m_file.empty() || command.rate == 0 || !m_fifo.Open()) {
+    if (m_file.empty() || command.rate == 0 || !OpenFifo()) {
         m_decoder.reset();
         return;
-    }
-    // A stream that still runs at the old rate must not read sound of the new one.
-    if (std::exchange(m_fifoRate, command.rate) != command.rate) {
-        m_fifo.Replace();
     }
     if (!isSameSound || !m_decoder) {
         m_decoder.emplace(m_file, command.rate);
@@ -47,6 +45,17 @@ void SoundFeeder::Obey(const SoundCommand& command, std::string file) {
     m_lag = 0;
     m_next = ToFrames(command.position);
     m_decoder->GoTo(std::max(m_next, FrameNow() - ToFrames(kMostLag)));
+}
+
+/// One for each rate: a stream that still runs at another one must not read this sound, and one that has been
+/// opened anew is to find it, whichever comes first.
+bool SoundFeeder::OpenFifo() {
+    std::error_code ignored;
+    if (std::filesystem::exists(m_folder + "/capture.pcm", ignored)) {
+        m_fifo.Close();  // the user's own is what the player sends
+        return false;
+    }
+    return m_fifo.Open(m_folder + "/capture-" + std::to_string(m_command.rate) + ".pcm");
 }
 
 void SoundFeeder::Work() {

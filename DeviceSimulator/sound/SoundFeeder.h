@@ -15,9 +15,8 @@ namespace DeviceSimulator {
 /// One thread.
 class SoundFeeder {
   public:
-    /// `lastRate`: Hz, that a stream which has the FIFO open reads at; 0: not known.
-    SoundFeeder(std::string fifoPath, std::uint32_t lastRate)
-        : m_fifo(std::move(fifoPath)), m_fifoRate(lastRate) {}
+    /// `folder`: the simulated sound card's.
+    explicit SoundFeeder(std::string folder) : m_folder(std::move(folder)) {}
 
     /// From now on `command` holds, with that file. What of the sound before is unread is thrown away.
     void Obey(const SoundCommand& command, std::string file);
@@ -39,15 +38,16 @@ class SoundFeeder {
     std::int64_t ToFrames(std::chrono::nanoseconds time) const;
     bool HasBegun();
     void Feed();
+    bool OpenFifo();
 
+    const std::string m_folder;
     SoundFifo m_fifo;
     SoundCommand m_command;
     std::string m_file;
     std::optional<TrackDecoder> m_decoder;
-    std::uint32_t m_fifoRate;  // of what has last been written
-    std::int64_t m_next = 0;   // the frame to be written next
-    bool m_hasBegun = false;   // something has been written since the last command
-    std::int64_t m_lag = 0;    // frames
+    std::int64_t m_next = 0;  // the frame to be written next
+    bool m_hasBegun = false;  // something has been written since the last command
+    std::int64_t m_lag = 0;   // frames
 };
 
 }  // namespace DeviceSimulator

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 
 namespace DeviceSimulator {
 
@@ -26,23 +25,10 @@ UniqueFd OpenFifo(const std::string& path) {
 
 }  // namespace
 
-bool SoundFifo::Open() {
-    if (m_file && IsAtPath()) {
-        return true;
-    }
-    mkfifo(m_path.c_str(), kOwnerOnly);  // fails where there is something
-    m_file = OpenFifo(m_path);
-    return IsOpen();
-}
-
-void SoundFifo::Replace() {
-    Clear();
-    const std::string fresh = m_path + ".new";
-    unlink(fresh.c_str());
-    if (IsAtPath() && mkfifo(fresh.c_str(), kOwnerOnly) == 0 &&
-        std::rename(fresh.c_str(), m_path.c_str()) == 0) {
-        m_file = OpenFifo(m_path);
-    }
+bool SoundFifo::Open(const std::string& path) {
+    mkfifo(path.c_str(), kOwnerOnly);  // fails where there is something
+    m_file = OpenFifo(path);
+    return static_cast<bool>(m_file);
 }
 
 std::size_t SoundFifo::Unread() const {
@@ -67,13 +53,6 @@ void SoundFifo::Drop(std::size_t count) {
         }
         count -= std::min(count, static_cast<std::size_t>(got) / sizeof(SoundFrame));
     }
-}
-
-bool SoundFifo::IsAtPath() const {
-    struct stat mine {};
-    struct stat there {};
-    return m_file && fstat(m_file.Get(), &mine) == 0 && stat(m_path.c_str(), &there) == 0 &&
-           mine.st_dev == there.st_dev && mine.st_ino == there.st_ino;
 }
 
 }  // namespace DeviceSimulator

@@ -1,4 +1,4 @@
-// "capture.pcm" as a FIFO, from its writing end.
+// A FIFO that the simulated sound card captures from, at its writing end.
 #pragma once
 
 #include <sys/stat.h>
@@ -15,18 +15,13 @@ namespace DeviceSimulator {
 /// A frame of S16LE stereo sound as it lies in memory.
 using SoundFrame = std::uint32_t;
 
-/// Made when nothing is at its path. What is there and no FIFO is the user's own and stays as it is; nothing
-/// is written then. Never blocks. One thread.
+/// Made when nothing is at its path. What is there and no FIFO stays as it is; nothing is written then. Never
+/// blocks. One thread.
 class SoundFifo {
   public:
-    explicit SoundFifo(std::string path) : m_path(std::move(path)) {}
-
-    /// Looks anew at what is at the path, as it may have been replaced. False when it is none of ours.
-    bool Open();
-    bool IsOpen() const { return static_cast<bool>(m_file); }
-    /// Empties it and puts a new one at its path: who has the old one open hears silence, and what is written
-    /// from now on is for those who open it from now on.
-    void Replace();
+    /// Closes the one before, and looks anew at what is at `path`. False when it is no FIFO.
+    bool Open(const std::string& path);
+    void Close() { m_file = UniqueFd(); }
 
     /// Frames that nobody has read yet.
     std::size_t Unread() const;
@@ -37,9 +32,6 @@ class SoundFifo {
     void Clear() { Drop(Unread()); }
 
   private:
-    bool IsAtPath() const;
-
-    const std::string m_path;
     UniqueFd m_file;
 };
 

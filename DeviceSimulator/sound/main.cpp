@@ -1,7 +1,6 @@
 // simulated-player-sound: the sound of the simulated player, which starts it with the other end of a socket
-// as its standard input (SoundProtocol.h), the folder of the simulated sound card and the rate of what last
-// sounded, 0 for none, as its arguments. A program of its own: a file that brings a decoder down does not
-// take along who plays it.
+// as its standard input (SoundProtocol.h) and the folder of the simulated sound card as its argument. A
+// program of its own: a file that brings a decoder down does not take along who plays it.
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -9,7 +8,6 @@
 
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <string>
@@ -81,7 +79,7 @@ void Run(SoundFeeder& feeder) {
 
 int main(int argc, char** argv) {
     using namespace DeviceSimulator;
-    if (argc != 3 || !IsSocket()) {
+    if (argc != 2 || !IsSocket()) {
         std::fprintf(stderr, "%s is started by the simulated player.\n", argv[0]);
         return 2;
     }
@@ -90,7 +88,6 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "simulated-player-sound: GStreamer does not start\n");
         return 1;
     }
-    const auto lastRate = static_cast<std::uint32_t>(std::strtoul(argv[2], nullptr, 10));
-    SoundFeeder feeder(std::string(argv[1]) + "/capture.pcm", lastRate);
+    SoundFeeder feeder(argv[1]);
     Run(feeder);
 }

@@ -19,8 +19,8 @@ void SetUpSound();
 /// format of its extension. `name` needs no quoting in a shell. Throws std::runtime_error when it fails.
 void MakeToneFile(const std::string& name, int rate, int firstHertz, int secondHertz);
 
-/// How long it takes until the newest 40 ms of the output are that tone; 0: silence. Throws
-/// std::runtime_error when it does not come.
-milliseconds WaitForTone(double hertz);
+/// Until the newest 40 ms of the output are that tone; 0: silence. Throws std::runtime_error when it does not
+/// come.
+void WaitForTone(double hertz);
 
 }  // namespace EndToEnd
