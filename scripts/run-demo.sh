@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
-# Starts the service over a simulated player, shows a short session and stays up until Ctrl-C.
+# Starts the service over a simulated player, shows a short session, opens the player view (on a terminal) and
+# stays up until Ctrl-C.
 #
-#   scripts/run-demo.sh [--unconfined] [--sound-card] [FOLDER]
+#   scripts/run-demo.sh [--unconfined] [--sound-card] [--no-view] [FOLDER]
 #
 # FOLDER holds the music of the player (mp3, m4a, flac, ogg, opus, with tags); without it a few files are made.
 # The service runs in a private file system and is reached on 127.0.0.1:8883. --unconfined runs it on the machine's
 # own file system, where it writes /home/root/ipod.log and deletes files: see below. --sound-card plays to this
-# machine's sound card instead of to a file.
+# machine's sound card instead of to a file. --no-view leaves the player view out.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/lib/packages.sh
@@ -22,6 +23,7 @@ export ALSA_CONFIG_PATH=$BUILD/DeviceSimulator/alsa/asound.conf DEVICE_SIMULATOR
 
 confined=yes
 sound_card=no
+view=yes
 music=
 service= # process to signal
 shell_job=
@@ -33,6 +35,7 @@ parse_arguments() {
         case $1 in
             --unconfined) confined=no ;;
             --sound-card) sound_card=yes ;;
+            --no-view) view=no ;;
             -h | --help) usage; exit 0 ;;
             -*) usage >&2; exit 2 ;;
             *) music=$1 ;;
@@ -206,14 +209,26 @@ show_session() {
     rpc_show_notification trackPausedNotification 5
 }
 
-parse_arguments "$@"
-build
-make_music
-prepare_sound
-start_service
-show_session
-cat <<END
-== The service is up on 127.0.0.1:$PORT. In another shell, for example:
+# The full-screen view, where there is a terminal for it; q leaves it.
+show_view() {
+    [ "$view" = yes ] && [ -t 0 ] && [ -t 1 ] || return 0
+    echo "== The player view comes next: ? lists its keys, q leaves it"
+    sleep 3 # for the session above to be read
+    "$BUILD/IpodControl/ipodctl" player || true
+}
+
+tell_what_next() {
+    local build=${BUILD#"$PWD/"}
+    cat <<END
+== The service is up on 127.0.0.1:$PORT. In another shell, in this folder:
+
+     $build/IpodControl/ipodctl status
+     $build/IpodControl/ipodctl browse Artists
+     $build/IpodControl/ipodctl player
+     $build/ScenarioRunner/ipodsim send status
+     $build/ScenarioRunner/ipodsim run scenarios/commute.scenario
+
+   or with nothing but bash:
 
      exec 3<>/dev/tcp/127.0.0.1/$PORT
      echo '{"jsonrpc":"2.0","method":"playPause","id":1}' >&3; head -n 3 <&3
@@ -222,8 +237,16 @@ cat <<END
    The player's control socket: $STATE/control
    Ctrl-C stops it.
 END
-while kill -0 "$service" 2>/dev/null; do
-    # The shell reads on, so that the service never waits for this client.
-    rpc_discard 1
-done
+}
+
+parse_arguments "$@"
+build
+make_music
+prepare_sound
+start_service
+show_session
+# Nobody reads here any more, and the service is not to wait for that.
+rpc_close
+show_view
+tell_what_next
 wait "$shell_job"

@@ -8,6 +8,10 @@ rpc_open() {
     exec 3<>"/dev/tcp/127.0.0.1/$1"
 }
 
+rpc_close() {
+    exec 3>&-
+}
+
 rpc_show_line() {
     local line=$1
     RPC_SEEN+=$line
@@ -66,11 +70,4 @@ rpc_wait_until() {
         sleep 0.1
     done
     return 1
-}
-
-# rpc_discard SECONDS: reads and drops what arrives; waits as long where the connection has ended.
-rpc_discard() {
-    local line status=0
-    read -r -t "$1" line <&3 || status=$?
-    [ "$status" = 0 ] || [ "$status" -gt 128 ] || sleep "$1"
 }
