@@ -4,6 +4,7 @@
 set(IPOD_DEVICE_MANAGER_LIBRARY "" CACHE FILEPATH
     "The platform's own libdevicemanager.so to link the service with; empty: the simulated player")
 option(IPOD_BUILD_SIMULATOR "Build the simulated player (a libdevicemanager.so) and what is tested with it" ON)
+option(IPOD_BUILD_CLIENTS "Build ipodctl, and ipodsim beside the simulated player" ON)
 option(IPOD_BUILD_BENCH "Build the programs under bench/" ON)
 option(IPOD_BUILD_FUZZERS "Build the programs under fuzz/ (clang only)" OFF)
 option(IPOD_WARNINGS_AS_ERRORS "Treat the compiler's warnings as errors" ${PROJECT_IS_TOP_LEVEL})
