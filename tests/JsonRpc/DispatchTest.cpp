@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -82,6 +83,64 @@ TEST_F(DispatchTest, EveryTextGetsItsReply) {
             EXPECT_EQ(Answers(text), reply + "\n") << text.substr(0, 200);
         }
     }
+}
+
+TEST_F(DispatchTest, IdsOfEveryTypeComeBackInRepliesOfEveryKind) {
+    const auto request = [](const std::string& rest, const std::string& id) {
+        return Request(rest + (id.empty() ? "" : ",\"id\":" + id));
+    };
+    for (const std::string id :
+         {"0", "-1", "1.5", "9223372036854775807", "18446744073709551615", "\"\"", R"("\u00e9\n\"")", "true",
+          "false", "null", "[]", "{}", R"([1,{"a":[null]}])", R"({"id":{"id":2}})", ""}) {
+        const std::string echoed = id.empty() ? "null" : id;
+        EXPECT_EQ(Answers(request(R"("method":"echo")", id)), Result(echoed, "null") + "\n");
+        const std::tuple<int, const char*, const char*> failures[] = {
+            {-32600, "Invalid JSON-RPC request.", R"("method":{})"},
+            {-32601, "Method not found.", R"("method":"nothing")"},
+            {-32602, "Invalid params.", R"("method":"fill","params":{"size":[]})"},
+            {-32603, "Internal error.", R"("method":"throw")"}};
+        for (const auto& [code, message, rest] : failures) {
+            EXPECT_EQ(Answers(request(rest, id)), Error(code, message, echoed.c_str()) + "\n");
+        }
+    }
+}
+
+TEST_F(DispatchTest, BatchAnswersEachMemberInItsPlace) {
+    const std::pair<std::string, std::string> members[] = {
+        {Request(R"("method":"echo","id":"a","params":[7])"), Result("\"a\"", "[7]")},
+        {Request(R"("method":"echo","params":{"x":1})"), Result("null", R"({"x":1})")},
+        {"1", kInvalidRequest},
+        {"null", kInvalidRequest},
+        {"\"echo\"", kInvalidRequest},
+        {"{}", kInvalidRequest},
+        {"[" + Request(R"("method":"echo","id":1)") + "]", kInvalidRequest},  // no batch within a batch
+        {Request(R"("method":"nothing")"), Error(-32601, "Method not found.", "null")},
+        {Request(R"("method":["echo"],"id":2)"), Error(-32600, "Invalid JSON-RPC request.", "2")},
+        {Request(R"("method":"fill","params":"x")"), Error(-32602, "Invalid params.", "null")},
+        {Request(R"("method":"refuse","id":1)"), kInternalError},
+        {Request(R"("method":"echo","id":"last")"), Result("\"last\"", "null")},
+    };
+    std::string batch;
+    std::string replies;
+    for (const auto& [request, reply] : members) {
+        batch += "," + request;
+        replies += "," + reply;
+        EXPECT_EQ(Answers("[" + request + "]"), "[" + reply + "]\n") << "alone";
+    }
+    m_methods.m_calls = 0;
+    EXPECT_EQ(Answers("[" + batch.substr(1) + "]"), "[" + replies.substr(1) + "]\n");
+    EXPECT_EQ(m_methods.m_calls, 5);
+
+    m_methods.m_calls = 0;
+    std::string most = Request(R"("method":"echo")");
+    for (unsigned i = 1; i < Json::Rpc::Limits::kBatchRequests; ++i) {
+        most += "," + Request(R"("method":"echo")");
+    }
+    Answers("[" + most + "]");
+    EXPECT_EQ(m_methods.m_calls, static_cast<int>(Json::Rpc::Limits::kBatchRequests));
+    EXPECT_EQ(Answers("[" + most + ",1]"), kInvalidRequest + "\n");
+    EXPECT_EQ(Answers("[" + batch.substr(1) + ",]"), kParseError + "\n");
+    EXPECT_EQ(m_methods.m_calls, static_cast<int>(Json::Rpc::Limits::kBatchRequests)) << "none of those";
 }
 
 TEST_F(DispatchTest, BatchStopsExecutingWhenItsRepliesFillTheLimit) {

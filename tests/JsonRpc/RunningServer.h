@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -69,11 +70,13 @@ class RunningServer {
 /// A client that never waits for ever.
 class TestClient {
   public:
-    explicit TestClient(const RunningServer& server, int receiveBuffer = 1000000) {
+    explicit TestClient(const RunningServer& server, int receiveBuffer = 1000000)
+        : TestClient(server.tcp.GetPort(), receiveBuffer) {}
+    explicit TestClient(std::uint16_t port, int receiveBuffer = 1000000) {
         setsockopt(m_fd, SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof(receiveBuffer));
         sockaddr_in address{};
         address.sin_family = AF_INET;
-        address.sin_port = htons(server.tcp.GetPort());
+        address.sin_port = htons(port);
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         EXPECT_EQ(connect(m_fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
     }
@@ -81,8 +84,9 @@ class TestClient {
     TestClient& operator=(const TestClient&) = delete;
     ~TestClient() { close(m_fd); }
 
-    /// All of it, unless the server hangs up: what it said first is what the test looks at.
-    void Send(std::string_view text) const { send(m_fd, text.data(), text.size(), MSG_NOSIGNAL); }
+    /// All of it, unless the server hangs up: what it said first is what most tests look at. False when it
+    /// has.
+    bool Send(std::string_view text) const { return send(m_fd, text.data(), text.size(), MSG_NOSIGNAL) >= 0; }
     void EndSending() const { shutdown(m_fd, SHUT_WR); }
 
     /// The next line with its line end; less at the connection's end or when nothing comes.
@@ -97,6 +101,16 @@ class TestClient {
         std::string line = m_received.substr(0, end + 1);
         m_received.erase(0, line.size());
         return line;
+    }
+
+    /// Takes at least so many bytes off the connection, for a later ReadLine. False at its end.
+    bool ReadAhead(std::size_t count) {
+        for (count += m_received.size(); m_received.size() < count;) {
+            if (!Receive()) {
+                return false;
+            }
+        }
+        return true;
     }
 
     /// True when the server closes the connection, in order and without another byte.

@@ -52,6 +52,38 @@ TEST(TcpServerLoad, StormReachesTheReaderWhileTheOneThatReadsNothingIsDisconnect
     EXPECT_LT(longest, Json::Rpc::Limits::kBroadcastWait + std::chrono::seconds(2));
 }
 
+TEST(TcpServerLoad, AnswerWaitsForAClientThatTakesItSteadilyAndForNoOther) {
+    constexpr std::size_t kAnswer = 20000000;
+    constexpr std::chrono::milliseconds kPace = Json::Rpc::Limits::kResponseStall / 5;
+    const std::string request =
+        "{\"jsonrpc\":\"2.0\",\"method\":\"fill\",\"params\":{\"size\":20000000},\"id\":2}";
+    RunningServer server;
+    TestClient slow(server);
+    slow.Send(request);
+    // Longer in all than a client may take nothing at all.
+    const auto start = Clock::now();
+    for (int part = 1; part <= 6; ++part) {
+        ASSERT_TRUE(slow.ReadAhead(kAnswer / 20));
+        std::this_thread::sleep_until(start + part * kPace);
+    }
+    EXPECT_GT(slow.ReadLine().size(), kAnswer);
+    EXPECT_TRUE(slow.Answers());
+}
+
+TEST(TcpServerLoad, AnswerThatIsNotTakenCostsTheConnectionAfterAMoment) {
+    RunningServer server;
+    TestClient stuck(server);
+    TestClient waiting(server);
+    ASSERT_TRUE(stuck.Answers() && waiting.Answers());
+    const auto start = Clock::now();
+    stuck.Send("{\"jsonrpc\":\"2.0\",\"method\":\"fill\",\"params\":{\"size\":20000000},\"id\":2}");
+    EXPECT_TRUE(server.HasClients(1));
+    const auto took = Clock::now() - start;
+    EXPECT_GE(took, Json::Rpc::Limits::kResponseStall);
+    EXPECT_LT(took, Json::Rpc::Limits::kResponseWait);
+    EXPECT_TRUE(waiting.Answers());
+}
+
 TEST(TcpServerLoad, RepliesAndTextsOfOtherThreadsNeverMix) {
     constexpr int kEach = 200;
     const std::string broadcast = Note(1, 50000);
