@@ -69,6 +69,27 @@ class AlbumArtTest : public ManagerTest {
     u32 m_height = 8;
 };
 
+TEST_F(AlbumArtTest, PictureUpTo320RowsGoesOutByteForByte) {
+    const Bytes bytes{0xFF, 0x00, 0xFE, '~'};
+    const char* const texts[] = {"/w==", "/wA=", "/wD+", "/wD+fg=="};
+    for (const auto& [width, height] : {std::pair<u32, u32>{480, 320}, {5000, 320}, {4, 0}, {0, 4}}) {
+        for (std::size_t size = 1; size <= bytes.size(); ++size) {
+            const AlbumArt art = ConvertAlbumArt(Delivered({&bytes[0], &bytes[0] + size}, width, height));
+            EXPECT_EQ(art.text, texts[size - 1]);
+            EXPECT_EQ(std::pair(art.width, art.height), std::pair(width, height));
+        }
+    }
+    using Size = std::pair<u32, u32>;
+    for (const auto& [size, reported] :
+         {std::pair(Size{480, 320}, Size{480, 320}), {{480, 321}, {100, 100}}}) {
+        m_size = size;
+        m_bytes = Encode(480, static_cast<int>(size.second));
+        EXPECT_EQ(m_manager->GetPlayingTrackAlbumArt(m_text, m_width, m_height), 0);
+        EXPECT_EQ(Size(m_width, m_height), reported);
+        EXPECT_EQ(Decode(m_text).height(), size.second == 320 ? 320 : 107);
+    }
+}
+
 TEST_F(AlbumArtTest, LargerPictureIsShrunkByWholeFactors) {
     using Size = std::pair<int, int>;
     const std::pair<Size, Size> cases[] = {

@@ -54,6 +54,39 @@ TEST_F(BrowseMethods, PageThroughALevelCircularly) {
     EXPECT_THAT(Names("0", "2"), ElementsAre("", ""));
 }
 
+TEST_F(BrowseMethods, SelectWhatTheDeviceOffersAndSayWhenItFails) {
+    m_masks[Category::kTopLevelQuery] = Category::kArtist;
+    for (const char* id : {"0", "8", "1024", "2147483648"})
+        EXPECT_EQ(Select(id), "failure") << id;
+    m_masks[Category::kTopLevelQuery] |= Category::kAlbum;
+    EXPECT_EQ(Select("8"), "browsing");
+    EXPECT_THROW(Select("'3'"), Json::LogicError);
+    EXPECT_THROW(Select("4294967296"), Json::LogicError);
+    m_simulator.Fail("eDevMgriPodSelectCategorizedIndex", 100, 1);
+    EXPECT_EQ(Select("0"), "failure");
+    EXPECT_EQ(Page("0", "1")["totalCount"], 2) << "still there";
+    EXPECT_EQ(Result(&Handler::SelectBrowseBack), "success");
+    EXPECT_EQ(Result(&Handler::SelectBrowseBack), "failure");
+    for (const bool fails : {true, false}) {
+        if (fails)
+            m_simulator.Fail("eDevMgriPodResetDatabase", 44, 1);
+        EXPECT_EQ(Result(&Handler::ResetBrowseList)["resetSuccess"], !fails);
+    }
+}
+
+TEST_F(BrowseMethods, ListAllSongsFromTheRootOnly) {
+    const Json::Value songs = Result(&Handler::GetSongList);
+    EXPECT_EQ(songs["categoryItems"].size(), 5u);
+    EXPECT_EQ(songs["categoryItems"][4]["itemName"], "Whistle");
+    EXPECT_EQ(songs["isLastCategory"], true);
+    EXPECT_TRUE(Result(&Handler::GetSongList).isNull()) << "not at the root any more";
+    m_manager->ResetDatabase();
+    m_simulator.Fail("eDevMgriPodMdGetCategories", 44, 1);
+    EXPECT_TRUE(Result(&Handler::GetSongList).isNull());
+    m_names[Category::kTrack].clear();
+    EXPECT_TRUE(Result(&Handler::GetSongList).isNull());
+}
+
 TEST_F(BrowseMethods, PageThroughAFilteredLevel) {
     EXPECT_EQ(Filter("w"), "failure");
     m_names[Category::kTrack] = {"b", "xa0", "XA1", "c", "xa2", "xA3", "xa4"};

@@ -72,6 +72,19 @@ TEST_F(BrowseModel, KeepsItsPlaceWhenAStepDownFails) {
     EXPECT_EQ(m_manager->CurrentBrowseLevel(), &top);
 }
 
+TEST_F(BrowseModel, EmptiesTheStackWithEverySessionCallThatFails) {
+    for (const char* call :
+         {"eDevMgriPodResetDatabase", "eDevMgriPodOpenMdBrowseSession", "eDevMgriPodCloseMdBrowseSession"})
+        m_simulator.Fail(call, 44);
+    for (const auto operation :
+         {&IpodManager::ResetDatabase, &IpodManager::OpenBrowseSession, &IpodManager::CloseBrowseSession}) {
+        Enter(Category::kArtist);
+        EXPECT_EQ((*m_manager.*operation)(), 1 - 44);
+        EXPECT_EQ(m_manager->BrowseOneLevelBack(), 1);
+    }
+    EXPECT_NE(m_manager->State(), ConnectionState::BrowseReady);
+}
+
 TEST_F(BrowseModel, FiltersTheStoredItemsOnly) {
     BrowseLevel& level = Enter(Category::kTrack);
     EXPECT_EQ(m_manager->SetItemFilter("w"), 0);  // nothing is stored yet

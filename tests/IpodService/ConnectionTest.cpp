@@ -29,6 +29,32 @@ TEST_F(ConnectionTest, RegistrationIsTriedAgainAndTakesBlockOneWhichMayFail) {
     EXPECT_EQ(m_simulator.Calls("eDevMgrDeAllocateSharedMemory").at(0).arguments.at(1), 0);
 }
 
+TEST_F(ConnectionTest, AFailedDeregistrationIsReportedAndCanBeRepeated) {
+    ASSERT_TRUE(StepUntil(ConnectionState::Registered));
+    m_simulator.Fail("eDevMgrDeRegisterProcess", 7, 1);
+    TakeLog();
+    EXPECT_EQ(m_manager->Shutdown(), 1 - 7);
+    EXPECT_EQ(m_manager->State(), ConnectionState::Registered);
+    EXPECT_EQ(TakeLog(),
+              "[INFO ] eDevMgrDeAllocateSharedMemory\n[INFO ] Shm 2 block already gone.\n[INFO ] "
+              "eDevMgrDeRegisterProcess\n[WARN ] Return form eDevMgrDeRegisterProcess is "
+              "DEV_MGR_PROCESS_DE_REGISTRY_FAILED\n");
+    EXPECT_EQ(m_manager->Shutdown(), 0);
+    EXPECT_EQ(m_manager->State(), ConnectionState::Unregistered);
+    EXPECT_THAT(TakeLog(), testing::StartsWith("[INFO ] Shm 1 block already gone.\n"));
+}
+
+TEST_F(ConnectionTest, OneDeviceThatRefusesLeavesItsPlaceToTheNext) {
+    ASSERT_TRUE(StepUntil(ConnectionState::Registered));
+    Plug(14);
+    const u32 second = Plug(15);
+    m_simulator.Fail("eDevMgrOpenDevice", 30, 1);
+    m_manager->UpdateConnection();
+    EXPECT_EQ(m_manager->State(), ConnectionState::Connected);
+    EXPECT_EQ(m_simulator.Calls("eDevMgriPodSetMaxCurrent").back().arguments.at(1), second);
+    EXPECT_THAT(m_notifications.Take(), ElementsAre("connected 1"));
+}
+
 TEST_F(ConnectionTest, AnIap2DeviceIsBrowsedOnceItsDatabaseIsBuilt) {
     m_standIns.eDevMgriPodStartBuildingDatabase = Answering(1);
     m_standIns.eDevMgriPodOpenMdBrowseSession = Answering(1);

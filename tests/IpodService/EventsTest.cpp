@@ -112,6 +112,57 @@ TEST_F(EventsTest, EveryEventLogsItsOwnTexts) {
                                                          : "is DEV_MGR_UNKNOWN_FAILURE\n"));
 }
 
+TEST_F(EventsTest, AStoragesNameIsLoggedByteByByteUpToItsDoubleZeroOrItsFieldsEnd) {
+    using namespace std::string_literals;
+    for (const std::string& name :
+         {"A\0B"s, "\xE9%s\xFF"s, "\0\xD8x"s, ""s, std::string(253, 'n'), std::string(255, '\xC3')}) {
+        DeviceEvent event = DeviceSimulator::MakeEvent({3, 2, 6, 1, 2, 9});
+        name.copy(event.text, sizeof event.text);
+        std::memcpy(event.text + 255, "/mnt\0SERIAL", 12);
+        std::string logged = "[INFO ] Mount passed.\n[INFO ] Device name is: ";
+        for (const char byte : name)
+            logged += "[INFO ] "s + byte;
+        TakeLog();
+        m_simulator.Fire(event);
+        m_simulator.Drain();
+        EXPECT_THAT(TakeLog(),
+                    HasSubstr(logged + "[INFO ] \n[INFO ] Product Id is 0x1\n[INFO ] Vendor Id is 0x2\n"
+                                       "[INFO ] Device handle is 9\n[INFO ] Mount path is: /mnt\n"
+                                       "[INFO ] Serial     is: SERIAL\n"))
+            << testing::PrintToString(name);
+    }
+}
+
+TEST_F(EventsTest, AnEventGoesToTheManagerThatItIsFor) {
+    RecordedNotifications others;
+    IpodManager other(&others, Folders());
+    EXPECT_EQ(other.RegisterProcess(), 0);
+    const u32 handles[] = {m_manager->ProcessHandle(), other.ProcessHandle(), 12345};
+    ASSERT_NE(handles[0], handles[1]);
+    const std::string nobodys = "[WARN ] non-matching ipod manager found!\n";
+    const DeviceEvent event = DeviceSimulator::MakeEvent({9});
+    for (const u32 handle : handles) {
+        TakeLog();
+        IpodManagerRegistry::DeviceManagerCallback(&event, handle);
+        EXPECT_EQ(m_notifications.Take().size(), handle == handles[0] ? 1u : 0u) << handle;
+        EXPECT_EQ(others.Take().size(), handle == handles[1] ? 1u : 0u) << handle;
+        EXPECT_EQ(TakeLog(), handle == handles[2] ? nobodys + nobodys : nobodys) << handle;
+    }
+    EXPECT_EQ(other.Shutdown(), 0);
+}
+
+TEST_F(EventsTest, TimeIsToldWithADeviceOnlyAndPausesAlways) {
+    for (const bool isConnected : {false, true}) {
+        if (isConnected)
+            Connect();
+        Fire({8, 4000000000});
+        Fire({9});
+        Fire({10});
+        EXPECT_EQ(m_notifications.Take(), isConnected ? (Texts{"time 4000000000", "paused 0", "paused 1"})
+                                                      : (Texts{"paused 0", "paused 1"}));
+    }
+}
+
 TEST_F(EventsTest, HostileRecordsAreReadWithinTheirBounds) {
     DeviceEvent event;
     std::memset(&event, 0xFF, sizeof event);

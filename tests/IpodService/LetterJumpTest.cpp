@@ -51,6 +51,12 @@ TEST(LetterJump, FindsTheNeighbouringLetters) {
     } cases[] = {{bands, 0, 2, 0},
                  {bands, 3, 3, 1},
                  {{"911", "Quill", "Rust"}, 0, 1, 0},
+                 {{"1 Gull", "Quill", "Rust"}, 0, 2, 0},
+                 {{"The 9", "9", "the 99", "8"}, 2, 3, 0},
+                 {{"The Brooks", "bluff", "The ", "tHe Ark"}, 1, 2, 0},
+                 {{"The Brooks", "bluff", "The ", "tHe Ark"}, 3, 3, 2},
+                 {{"\xC3\x84", "\xC3\x89", "\xE3\x81\x82", "\xE2\x98\xAE"}, 0, 3, 0},
+                 {{"\xC3\x84", "\xC3\x89", "\xE3\x81\x82", "\xE2\x98\xAE"}, 2, 3, 1},
                  {{"amber", "Abc", "b", "B"}, 0, 2, 0},
                  {{"Amber", "", "", "Bluff"}, 3, 3, 0},
                  {{"Amber", "", "", "Bluff"}, 1, 3, 0},  // no name, no letter
@@ -68,6 +74,37 @@ TEST(LetterJump, FindsTheNeighbouringLetters) {
         EXPECT_EQ(list.Next(start), next);
         EXPECT_EQ(list.Previous(start), previous);
     }
+}
+
+TEST(LetterJump, EndsWhateverTheDeviceDelivers) {
+    int fetches = 0;
+    i32 most = kAlphaPageSize;  // that are delivered
+    const auto fetch = [&](i32, i32& count) {
+        ++fetches;
+        count = count > most ? 0 : count;
+        BrowseItemArray page(
+            count == 0 ? nullptr : static_cast<BrowseItem*>(std::calloc(kAlphaPageSize, sizeof(BrowseItem))));
+        if (page)
+            page[0].name[0] = 'A';
+        return page;
+    };
+    const PagedList endless = {INT_MAX, fetch};
+    EXPECT_EQ(NextInitialIndex(endless, 0), INT_MAX - 1);
+    EXPECT_EQ(PreviousInitialIndex(endless, INT_MAX), 0);
+    EXPECT_LE(fetches, 2 * (1 + kMostItems / kAlphaPageSize));
+    most = 1;
+    EXPECT_EQ(NextInitialIndex({300, fetch}, 7), 299);
+    EXPECT_EQ(PreviousInitialIndex({300, fetch}, 250), 0);
+}
+
+TEST(InitialKey, IsTheByteBehindALeadingArticle) {
+    const std::pair<const char*, char> cases[] = {
+        {"amber", 'a'},       {"The Brooks", 'B'}, {"tHE brooks", 'b'},   {"The ", 'T'},
+        {"Them", 'T'},        {"The  Gap", ' '},   {"The 45s", '4'},      {"99", '9'},
+        {"Other The A", 'O'}, {"Th", 'T'},         {"\xC3\x89t", '\xC3'}, {"The \xC3\x89t", '\xC3'}};
+    for (const auto& [name, key] : cases)
+        EXPECT_EQ(InitialKey(name), static_cast<unsigned char>(key)) << name;
+    EXPECT_EQ(InitialKey(""), std::nullopt);
 }
 
 TEST(LetterJump, AgreesWithAWalkOverTheWholeList) {

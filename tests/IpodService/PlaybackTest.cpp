@@ -86,6 +86,38 @@ TEST_F(PlaybackTest, ABusyDeviceIsAskedAgain) {
     EXPECT_EQ(m_manager->Play(), 1 - 94);
 }
 
+TEST_F(PlaybackTest, SettingsAndCountsOfABusyDeviceAreAskedForAgain) {
+    const struct {
+        const char* call;
+        std::function<i32(IpodManager&)> operation;
+        bool pauses;
+    } cases[] = {{"eDevMgriPodGetRepeatSetting", [](auto& m) { return m.GetRepeat(); }, true},
+                 {"eDevMgriPodGetShuffleSetting", [](auto& m) { return m.GetShuffle(); }, true},
+                 {"eDevMgriPodGetNumPlayingTracks", [](auto& m) { return m.GetNowPlayingList(); }, false}};
+    for (const auto& [call, operation, pauses] : cases) {
+        m_simulator.Fail(call, 94, 1);
+        m_simulator.ClearCalls();
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(operation(*m_manager), 0) << call;
+        EXPECT_EQ(m_simulator.Calls(call).size(), 2u);
+        EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(pauses ? 500 : 0));
+        EXPECT_EQ(TakeLog().find("APP_BUSY") != std::string::npos, pauses) << call;
+    }
+}
+
+TEST_F(PlaybackTest, PlayingOpensTheSessionThatIsMissing) {
+    for (const bool opens : {true, false}) {
+        m_manager->CloseDevice();
+        ASSERT_TRUE(StepUntil(ConnectionState::Connected));
+        if (!opens)
+            m_simulator.Fail("eDevMgriPodOpenMdBrowseSession", 46);
+        m_simulator.ClearCalls();
+        EXPECT_EQ(m_manager->GetHasPlayableData(), opens);
+        EXPECT_EQ(m_manager->PlayFirstTrack(), opens ? 0 : 1);
+        EXPECT_EQ(m_simulator.Calls("eDevMgriPodOpenMdBrowseSession").size(), opens ? 1u : 2u);
+    }
+}
+
 TEST_F(PlaybackTest, TheFirstTrackIsPlayedEvenWhenItCouldNotBeSelected) {
     m_simulator.Fail("eDevMgriPodSelectCategorizedIndex", 50, 1);
     m_simulator.Fail("eDevMgriPodPlay", 1, 1);

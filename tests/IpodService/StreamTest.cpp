@@ -154,6 +154,30 @@ TEST_F(StreamTest, ToneKeepsItsPitchAlsoAtANewRate) {
     }
 }
 
+TEST_F(StreamTest, ARateEventRestartsTheStreamAndMendsABrokenOne) {
+    const auto waitForCode = [this](const char* code) {
+        std::string log;
+        return WaitFor([&] { return (log += TakeLog()).find(code) != std::string::npos; });
+    };
+    Connect();
+    Fire({17, 48000});
+    EXPECT_EQ(m_manager->StopStream(), 0) << "none is started by an event";
+    SetGone("capture", true);
+    EXPECT_EQ(m_manager->StartStream(), 1);
+    EXPECT_TRUE(waitForCode(" - Code: 5\n"));
+    EXPECT_EQ(m_manager->StartStream(), 0) << "a stream without its card counts as started";
+    for (const u32 rate : {44100u, 48000u}) {
+        SetGone("capture", false);
+        PlayTone(rate);
+        Fire({17, rate});
+        ASSERT_TRUE(WaitForSound(rate, 0.3));
+        SetGone("capture", true);
+        EXPECT_TRUE(waitForCode(" - Code: 9\n"));
+    }
+    m_manager->ProcessDelayedStreamRestart();
+    EXPECT_EQ(TakeLog(), "") << "no restart without its being asked for";
+}
+
 TEST_F(StreamTest, UnpluggedCardBreaksTheStreamUntilItIsStopped) {
     PlayTone(44100);
     EXPECT_EQ(m_manager->StartStream(), 1);
