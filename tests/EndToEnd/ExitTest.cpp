@@ -95,6 +95,18 @@ TEST(ExitTest, ServesOnceTheOccupiedPortIsFree) {
     EXPECT_EQ(service.Stop(), 0);
 }
 
+TEST(ExitTest, SignalDuringTheTriesForThePortEndsTheServiceOnceItHasOne) {
+    UniqueFd occupant = OccupyPort();
+    ServiceProcess service;
+    service.WaitForMainLoop();
+    service.WaitForLog(kBindFailed);
+    service.Signal(SIGTERM);
+    service.WaitForLog("Exit signal caught: 15\n");
+    occupant = UniqueFd();
+    EXPECT_EQ(service.WaitForExit(), 0);
+    EXPECT_TRUE(service.HasLogged(kOrderlyEnd));
+}
+
 TEST(ExitTest, GivesUpAfter33TriesForThePortAndStillStopsInOrder) {
     const UniqueFd occupant = OccupyPort();
     ServiceProcess service;

@@ -81,6 +81,26 @@ TEST(LifeTest, PlayerComesPlaysGoesAndComesAgain) {
     EXPECT_TRUE(watcher.WaitForHangUp());
 }
 
+TEST(LifeTest, NotificationsTellThePositionThatTheAnswerDoesNot) {
+    Scene scene;
+    scene.PlugPlayer();
+    Client& client = scene.client;
+    client.Result("playFirst");
+    client.Result("next");
+    const Json::Value info = client.Result("getCurrentTrackInfo")["trackInfo"];
+    EXPECT_EQ(info["trackIndex"], -1);
+    EXPECT_EQ(info["trackCount"], 1);
+    const std::string told = client.Notification("trackInfoNotification", [&](const Json::Value& params) {
+        return params["trackInfo"]["trackTitle"] == info["trackTitle"];
+    });
+    EXPECT_EQ(ParseJson(told)["params"]["trackInfo"]["trackIndex"], 2);
+    EXPECT_GT(ParseJson(told)["params"]["trackInfo"]["trackCount"].asInt(), 1);
+    EXPECT_EQ(client.Result("getCurrentAlbumArtDelayed"), Quoted("{'success':true}"));
+    Json::Value expected = client.Result("getCurrentAlbumArt");
+    expected["trackIndex"] = 2;
+    EXPECT_EQ(ParseJson(client.Notification("ipodAlbumArtNotification"))["params"], expected);
+}
+
 /// `value` with "text" and 0 for its texts and numbers; of an array the first element.
 Json::Value Shape(Json::Value value) {
     if (value.isArray() && !value.empty())
