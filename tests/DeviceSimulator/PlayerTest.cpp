@@ -176,5 +176,47 @@ TEST_F(PlayerTest, ShufflingTracksKeepsTheCurrentOneAndEveryOther) {
     }
 }
 
+TEST_F(PlayerTest, WhatIsPausedStaysPaused) {
+    Start(3, 1);
+    After(2500ms);
+    player.Pause(now);
+    EXPECT_EQ(player.Skip(SkipDirection::Next, now), kSuccess);
+    EXPECT_EQ(After(20s), "10 13");
+    EXPECT_EQ(player.State(), PlayState::Paused);
+    player.StartSeek(SeekDirection::Forward, now);
+    EXPECT_EQ(After(500ms), "14");
+    player.StartSeek(SeekDirection::Rewind, now);
+    player.EndSeek(now);
+    player.EndSeek(now);
+    EXPECT_EQ(After(20s), "15 16");
+    EXPECT_EQ(player.ElapsedMs(now), 4000U);
+    EXPECT_EQ(player.MoveWithin(10'001ms, now), kInvalidIndex);
+    EXPECT_EQ(player.MoveWithin(10s, now), kSuccess);
+    EXPECT_EQ(After(1s), "8=10000");
+    EXPECT_EQ(player.State(), PlayState::Paused);
+    // Fast forward is stopped with what it runs into the end of.
+    player.MoveWithin(2s, now);
+    player.Play(now);
+    player.StartSeek(SeekDirection::Forward, now);
+    EXPECT_EQ(After(1s), "8=2000 9 14 16 12");
+}
+
+TEST_F(PlayerTest, StoppedItRefusesWhatNeedsATrack) {
+    EXPECT_EQ(player.Play(now), kInStopState);
+    EXPECT_EQ(player.Select(0, now), kInvalidIndex);
+    Start(2, 1);
+    player.Stop(now);
+    player.Stop(now);
+    EXPECT_EQ(Events(), "12");
+    EXPECT_EQ(player.Pause(now), kInStopState);
+    EXPECT_EQ(player.Skip(SkipDirection::Next, now), kInStopState);
+    EXPECT_EQ(player.StartSeek(SeekDirection::Forward, now), kInStopState);
+    EXPECT_EQ(player.MoveWithin(0s, now), kInStopState);
+    EXPECT_EQ(player.Select(2, now), kInvalidIndex);
+    EXPECT_EQ(Events(), "");
+    EXPECT_EQ(player.Select(0, now), kSuccess);
+    EXPECT_EQ(Events(), "13 9");
+}
+
 }  // namespace
 }  // namespace DeviceSimulator::Test
