@@ -1,6 +1,7 @@
 #include "DeviceSimulator/ControlServer.h"
 
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -79,6 +80,12 @@ bool SendAll(int socket, std::string_view text) {
     return true;
 }
 
+/// Whether it has sent what its thread has not taken yet.
+bool HasSent(int socket) {
+    int bytes = 0;
+    return ioctl(socket, FIONREAD, &bytes) == 0 && bytes > 0;
+}
+
 /// Gone for good: one that has only closed its own half still wants its answer.
 bool HasHungUp(int socket) {
     pollfd state{socket, 0, 0};
@@ -150,7 +157,9 @@ void ControlServer::Admit(UniqueFd socket) {
 void ControlServer::Serve(Client& client) {
     std::string pending;
     std::array<char, 4096> buffer;
-    for (;;) {
+    for (;; client.isBeingAnswered = false) {
+        // Before what it has sent is taken, so that it counts as silent at no time in between.
+        client.isBeingAnswered = recv(client.socket.Get(), buffer.data(), 1, MSG_PEEK) > 0;
         const ssize_t count = recv(client.socket.Get(), buffer.data(), buffer.size(), 0);
         if (count < 0 && errno == EINTR) {
             continue;
@@ -158,6 +167,7 @@ void ControlServer::Serve(Client& client) {
         if (count <= 0) {
             // What a client sends last need not end in a line end.
             if (!pending.empty() && !client.isDropped && !m_isStopping) {
+                client.isBeingAnswered = true;
                 Answer(client, pending);
             }
             return;
@@ -190,21 +200,21 @@ bool ControlServer::Answer(Client& client, std::string_view line) {
         return true;
     }
     const int socket = client.socket.Get();
-    client.isBeingAnswered = true;
     const std::string answer = AnswerControlLine(line, [&] { return m_isStopping || HasHungUp(socket); });
     const bool isSent = SendAll(socket, answer + "\n");
     client.lastHeard = ++m_heard;
-    client.isBeingAnswered = false;
     return isSent;
 }
 
 bool ControlServer::DropSilentClient() {
-    const auto silent =
-        std::min_element(m_clients.begin(), m_clients.end(), [](const Client& a, const Client& b) {
-            return std::pair(a.isBeingAnswered.load(), a.lastHeard.load()) <
-                   std::pair(b.isBeingAnswered.load(), b.lastHeard.load());
-        });
-    if (silent == m_clients.end() || silent->isBeingAnswered) {
+    auto silent = m_clients.end();
+    for (auto client = m_clients.begin(); client != m_clients.end(); ++client) {
+        const bool isSilent = !HasSent(client->socket.Get()) && !client->isBeingAnswered;
+        if (isSilent && (silent == m_clients.end() || client->lastHeard < silent->lastHeard)) {
+            silent = client;
+        }
+    }
+    if (silent == m_clients.end()) {
         return false;
     }
     silent->isDropped = true;
