@@ -225,8 +225,11 @@ void Browser::ApplyFilter() {
          });
 }
 
-/// The service has no filter for the categories.
+/// The service has no filter for the categories. When typing ends, the text is gone and the place stays.
 void Browser::GoToCategory(std::string_view begin) {
+    if (begin.empty()) {
+        return;
+    }
     for (std::int64_t i = 0; i < Total(); ++i) {
         const Item* const item = m_pages.At(i);
         if (item != nullptr && strncasecmp(item->name.c_str(), begin.data(), begin.size()) == 0) {

@@ -26,7 +26,7 @@ class ModelTest : public testing::Test {
     /// What every request gets that has no answer of its own: a page of a list of `total` songs.
     std::string List(const Json::Value& params) const {
         Json::Value list;
-        list["isRootCategory"] = false;
+        list["isRootCategory"] = isRoot;
         list["totalCount"] = total;
         Json::Value& items = list["categoryItems"] = Json::arrayValue;
         for (int i = params["startIndex"].asInt(), n = params["itemCount"].asInt(); n > 0; ++i, --n) {
@@ -48,6 +48,7 @@ class ModelTest : public testing::Test {
                 std::istringstream(line) >> request;
                 const std::string method = request["method"].asString();
                 ++asked[method];
+                isRoot = isRoot && method != "selectBrowseItem";
                 const std::string& own = answers[method];
                 Say("\"id\":" + request["id"].asString() + "," +
                     (own.empty() ? List(request["params"]) : own));
@@ -58,10 +59,16 @@ class ModelTest : public testing::Test {
         model.Press({kind, character});
         Run();
     }
+    void Type(const std::u32string& text) {
+        for (const char32_t c : text) {
+            Press(KeyKind::Character, c);
+        }
+    }
     void Pass(int milliseconds) { model.SetTime(now += std::chrono::milliseconds(milliseconds)); }
 
     Time now{std::chrono::hours(1)};
     int total = 100'000;
+    bool isRoot = false;
     std::string prefix = "Song ";
     std::map<std::string, std::string> answers{{"isIpodConnected", R"("result":{"connected":true})"},
                                                {"filterBrowseList", R"("result":"success")"}};
@@ -96,6 +103,35 @@ TEST_F(ModelTest, SendsOneFilterAtATimeAndThenTheLastOne) {
     Run();
     EXPECT_EQ(asked["filterBrowseList"], 2);
     EXPECT_EQ(model.List().FilterText(), "äbc");
+}
+
+TEST_F(ModelTest, KeepsItsPlaceThroughFiltersJumpsAndPlaying) {
+    isRoot = true;
+    Press(KeyKind::Redraw);
+    Type(U"/sONG 3");
+    EXPECT_EQ(model.List().Cursor(), 3) << "the first category that begins so";
+    Press(KeyKind::Enter);
+    answers["selectBrowseItem"] = R"("result":"browsing")";
+    answers["getNextAlphaNumericIndex"] = R"("result":{"itemIndex":5000})";
+    Press(KeyKind::Enter);
+    Type(U"]");
+    EXPECT_EQ(model.List().At(model.List().Cursor())->name, "Song 5000");
+    total = 7;
+    Type(U"/x");
+    Press(KeyKind::Enter);
+    Type(U"]");
+    EXPECT_NE(model.Status().find("take the filter off"), std::string::npos);
+    Press(KeyKind::Down);
+    answers["selectBrowseItem"] = answers["selectBrowseBack"] = R"("result":"success")";
+    isRoot = false;
+    Press(KeyKind::Enter);
+    EXPECT_EQ(model.List().Cursor(), 1);
+    EXPECT_EQ(model.List().Path() + "/" + model.List().FilterText(), "Song 3/x");
+    EXPECT_EQ(std::pair(asked["selectBrowseItem"], asked["filterBrowseList"]), std::pair(3, 2))
+        << "walked back";
+    isRoot = true;
+    Press(KeyKind::Left);
+    EXPECT_EQ(model.List().Path() + std::to_string(model.List().Cursor()), "Library3");
 }
 
 TEST_F(ModelTest, SaysWhyAKeyDoesNothing) {
