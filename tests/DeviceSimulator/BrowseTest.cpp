@@ -51,24 +51,6 @@ TEST_F(BrowseTest, NarrowingsAddUpForTheProcessThatMakesThem) {
     EXPECT_EQ(List(kArtist, 1, kAlbum), "Album 02, Album 03");
 }
 
-TEST_F(BrowseTest, CategoriesLeadToTheirNext) {
-    const std::pair<u32, u32> cases[] = {
-        {kTopLevel, kPlaylist | kArtist | kAlbum | kGenre | kTrack},
-        {kPlaylist, kTrack},
-        {kArtist, kAlbum},
-        {kAlbum, kTrack},
-        {kGenre, kArtist},
-        {kComposer, kAlbum},
-        {kTrack, 0},
-    };
-    u32 mask = 0;
-    for (const auto& [category, next] : cases) {
-        EXPECT_EQ(eDevMgriPodMdGetCategories(ph, dh, category, &mask), kSuccess);
-        EXPECT_EQ(mask, next) << category;
-    }
-    EXPECT_EQ(eDevMgriPodMdGetCategories(ph, dh, kAudiobook, &mask), u32{kInvalidCategory});
-}
-
 TEST_F(BrowseTest, QueriesOfWhatIsNotThere) {
     EXPECT_EQ(List(kArtist, 99, kAlbum), "");
     EXPECT_EQ(List(-1, 0, kComposer), "");

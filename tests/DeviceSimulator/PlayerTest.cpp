@@ -193,29 +193,11 @@ TEST_F(PlayerTest, WhatIsPausedStaysPaused) {
     EXPECT_EQ(player.MoveWithin(10'001ms, now), kInvalidIndex);
     EXPECT_EQ(player.MoveWithin(10s, now), kSuccess);
     EXPECT_EQ(After(1s), "8=10000");
-    EXPECT_EQ(player.State(), PlayState::Paused);
     // Fast forward is stopped with what it runs into the end of.
     player.MoveWithin(2s, now);
     player.Play(now);
     player.StartSeek(SeekDirection::Forward, now);
     EXPECT_EQ(After(1s), "8=2000 9 14 16 12");
-}
-
-TEST_F(PlayerTest, StoppedItRefusesWhatNeedsATrack) {
-    EXPECT_EQ(player.Play(now), kInStopState);
-    EXPECT_EQ(player.Select(0, now), kInvalidIndex);
-    Start(2, 1);
-    player.Stop(now);
-    player.Stop(now);
-    EXPECT_EQ(Events(), "12");
-    EXPECT_EQ(player.Pause(now), kInStopState);
-    EXPECT_EQ(player.Skip(SkipDirection::Next, now), kInStopState);
-    EXPECT_EQ(player.StartSeek(SeekDirection::Forward, now), kInStopState);
-    EXPECT_EQ(player.MoveWithin(0s, now), kInStopState);
-    EXPECT_EQ(player.Select(2, now), kInvalidIndex);
-    EXPECT_EQ(Events(), "");
-    EXPECT_EQ(player.Select(0, now), kSuccess);
-    EXPECT_EQ(Events(), "13 9");
 }
 
 }  // namespace

@@ -7,51 +7,162 @@
 namespace IpodControl {
 namespace {
 
+std::string printed, complaint;  // by the last command
+
 int Type(const std::vector<std::string>& words) {
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
     const int status = CommandLine().Run(words);
-    const std::string complaint = testing::internal::GetCapturedStderr();
-    testing::internal::GetCapturedStdout();
-    // One sentence, whenever it is no mere answer.
-    EXPECT_LE(std::count(complaint.begin(), complaint.end(), '\n'), 1) << complaint;
+    complaint = testing::internal::GetCapturedStderr();
+    printed = testing::internal::GetCapturedStdout();
     EXPECT_TRUE(status < kUsage || !complaint.empty());
     return status;
 }
 
-/// Against a service that answers everything with `result`; the last request it got becomes `request`.
-int TypeTo(const std::string& result, std::vector<std::string> words, Json::Value& request) {
+std::vector<std::string> Words(const std::string& line, const FakeService* service = nullptr) {
+    std::istringstream stream(line);
+    std::vector<std::string> words{std::istream_iterator<std::string>(stream), {}};
+    if (service != nullptr)
+        words.insert(words.begin(), {"--port", std::to_string(service->Port())});
+    return words;
+}
+
+/// Against a service that answers everything with `result`(request); the last request it got becomes
+/// `request`.
+int TypeTo(const std::function<std::string(const Json::Value&)>& result, std::vector<std::string> words,
+           Json::Value& request) {
     const FakeService service([&](int connection) {
         for (Json::Value asked; !(asked = ReadRequest(connection)).isNull();) {
             request = asked;
-            Send(connection,
-                 "{\"id\":" + ToLine(asked["id"]) + ",\"jsonrpc\":\"2.0\",\"result\":" + result + "}\n");
+            Send(connection, "{\"id\":" + ToLine(asked["id"]) +
+                                 ",\"jsonrpc\":\"2.0\",\"result\":" + result(asked) + "}\n");
         }
     });
     words.insert(words.begin(), {"--port", std::to_string(service.Port())});
-    return Type(words);
+    const int status = Type(words);
+    // One sentence, whenever it is no mere answer.
+    EXPECT_LE(std::count(complaint.begin(), complaint.end(), '\n'), 1) << complaint;
+    return status;
 }
 
-TEST(CommandsTest, AnswersMakeTheExitStatus) {
+int TypeTo(const char* result, const std::vector<std::string>& words, Json::Value& request) {
+    return TypeTo([result](const Json::Value&) { return result; }, words, request);
+}
+
+TEST(CommandsTest, EveryMethodIsAskedAndJudged) {
     const struct {
-        std::vector<std::string> words;
-        const char* result;
-        int status;
+        const char *words, *params, *done, *refused;
     } cases[] = {
-        {{"start"}, "\"failure\"", kRefused},
-        {{"select", "32"}, "\"browsing\"", kDone},
-        {{"play"}, "null", kDone},
-        {{"isIpodConnected"}, "{\"connected\":false}", kRefused},
-        {{"repeat", "all"}, "{\"mode\":\"all\"}", kDone},
-        {{"repeat", "all"}, "{\"mode\":\"off\"}", kRefused},
-        {{"getCurrentAlbumArt"}, "{\"albumArt\":\"\"}", kRefused},
-        {{"next"}, "{\"success\":5}", kNoService},
-        {{"status"}, "[]", kNoService},
-        {{"wait", "connected"}, "7", kNoService},
+        // in the order of the methods' names
+        {"shuffle off", R"({"enable":false})", R"({"enabled":false})", R"({"enabled":true})"},
+        {"exit", "null", R"("success")", R"("failure")"},
+        {"fast-forward on", R"({"enable":true})", R"({"enabled":true})", R"({"enabled":false})"},
+        {"filter a", R"({"searchText":"a"})", R"("success")", R"("failure")"},
+        {"list --count 3", R"({"itemCount":3,"startIndex":0})", "{}", "null"},
+        {"getCurrentAlbumArt", "null", R"({"albumArt":"/9j/"})", R"({"albumArt":""})"},
+        {"get-current-album-art-delayed", "null", R"({"success":true})", R"({"success":false})"},
+        {"track", "null", R"({"trackInfo":{}})", "null"},
+        {"getHasPlayableData", "null", R"({"hasPlayableData":true})", R"({"hasPlayableData":false})"},
+        {"next-letter 4", R"({"startIndex":4})", R"({"itemIndex":0})", R"({"itemIndex":-1})"},
+        {"previous-letter", R"({"startIndex":0})", R"({"itemIndex":9})", R"({"itemIndex":-1})"},
+        {"get-repeat-mode", "null", R"({"mode":"off"})", "null"},
+        {"songs", "null", R"({"categoryItems":[]})", "null"},
+        {"is-ipod-connected", "null", R"({"connected":true})", R"({"connected":false})"},
+        {"isShuffleEnabled", "null", R"({"enabled":true})", R"({"enabled":false})"},
+        {"isTrackPaused", "null", R"({"isPaused":true})", R"({"isPaused":false})"},
+        {"next", "null", R"({"success":true})", R"({"success":false})"},
+        {"pause", "null", R"({"success":true})", R"({"success":false})"},
+        {"play", "null", "null", R"({"success":false})"},
+        {"play-first", "null", R"({"success":true})", R"({"success":false})"},
+        {"playPause", "null", R"({"success":true})", R"({"success":false})"},
+        {"previous", "null", R"({"success":true})", "null"},
+        {"reset", "null", R"({"resetSuccess":true})", R"({"resetSuccess":false})"},
+        {"rewind off", R"({"enable":false})", R"({"enabled":true})", R"({"enabled":false})"},
+        {"back", "null", R"("success")", R"("failure")"},
+        {"select 4294967295", R"({"itemId":4294967295})", R"("browsing")", R"("failure")"},
+        {"repeat all", R"({"mode":"all"})", R"({"mode":"all"})", R"({"mode":"off"})"},
+        {"start", "null", R"("success")", R"("failure")"},
+        {"stop", "null", R"("success")", R"("failure")"},
     };
+    ASSERT_EQ(std::size(cases), Methods().size());
     Json::Value request;
-    for (const auto& each : cases)
-        EXPECT_EQ(TypeTo(each.result, each.words, request), each.status) << request << each.result;
+    for (std::size_t i = 0; i < std::size(cases); ++i) {
+        const auto& each = cases[i];
+        EXPECT_EQ(TypeTo(each.done, Words(each.words), request), kDone) << each.words;
+        EXPECT_EQ(request["method"], std::string(Methods()[i].name));
+        EXPECT_EQ(ToLine(request["params"]), each.params) << each.words;
+        EXPECT_EQ(TypeTo(each.refused, Words(each.words), request), kRefused) << each.words;
+        EXPECT_EQ(TypeTo("5", Words(each.words), request), kNoService) << each.words;
+    }
+    EXPECT_EQ(TypeTo("[]", {"status"}, request), kNoService);
+    EXPECT_EQ(TypeTo("7", {"wait", "connected"}, request), kNoService);
+}
+
+/// A root with Songs and nothing else, and 2500 songs; item ids are their positions.
+struct Library {
+    Json::Value Answer(const std::string& method, const Json::Value& params) {
+        Json::Value result;
+        if (method == "resetBrowseList") {
+            result["resetSuccess"] = isRoot = true;
+        } else if (method == "selectBrowseItem") {
+            played = isRoot ? played : params["itemId"].asInt();
+            result = std::exchange(isRoot, false) ? "browsing" : "success";
+        } else {
+            ++pages;
+            const int start = params["startIndex"].asInt(), total = isRoot ? 1 : 2500;
+            for (int i = start; i < std::min(start + params["itemCount"].asInt(), total); ++i) {
+                Json::Value& item = result["categoryItems"].append(Json::objectValue);
+                item["itemId"] = i;
+                item["itemName"] = isRoot      ? "Songs"
+                                   : i == 5    ? "LANTERN"
+                                   : i == 1200 ? "Lantern"
+                                               : "x" + std::to_string(i);
+            }
+            result["totalCount"] = total;
+            result["isLastCategory"] = !isRoot;
+        }
+        return result;
+    }
+
+    bool isRoot = true;
+    int pages = 0, played = -1;
+};
+
+TEST(CommandsTest, NamesLeadThroughTheLibrary) {
+    const struct {
+        const char* words;
+        int status, played, pages;
+        const char* text;
+    } cases[] = {
+        {"browse --play Songs Lantern", kDone, 1200, 3, "playing Lantern\n"},
+        {"browse --play songs lanterN", kDone, 5, 4, "playing LANTERN\n"},
+        {"browse --play Songs", kDone, 0, 2, "playing x0\n"},
+        {"browse Songs", kDone, -1, 4, "2499  x2499\n"},
+        {"browse Songs Lanter", kRefused, -1, 4, "near it: \"LANTERN\", \"Lantern\"."},
+        {"browse --play Songs Lantern x1", kRefused, -1, 3, "nothing below it."},
+    };
+    for (const auto& each : cases) {
+        Library library;
+        const auto answer = [&](const Json::Value& asked) {
+            return ToLine(library.Answer(asked["method"].asString(), asked["params"]));
+        };
+        Json::Value request;
+        EXPECT_EQ(TypeTo(answer, Words(each.words), request), each.status) << each.words;
+        EXPECT_NE((printed + complaint).find(each.text), std::string::npos) << printed << complaint;
+        EXPECT_EQ(std::pair(library.played, library.pages), std::pair(each.played, each.pages)) << each.words;
+    }
+}
+
+TEST(CommandsTest, WatchWaitsForAServiceThatHasAnsweredToComeBack) {
+    int clients = 0;
+    const FakeService service([&clients](int connection) {
+        const Json::Value id = ReadRequest(connection)["id"];
+        Send(connection, "{\"id\":" + ToLine(id) + ",\"result\":{}}\n{\"method\":\"come" +
+                             std::to_string(++clients) + "\"}\n");
+    });
+    EXPECT_EQ(Type(Words("watch --count 2", &service)), kDone);
+    EXPECT_LT(printed.find("come1"), printed.find("come2")) << printed;
+    EXPECT_LT(complaint.find("waiting for it"), complaint.find("is back.\n")) << complaint;
 }
 
 TEST(CommandsTest, WordsBecomeRequests) {
@@ -79,8 +190,7 @@ TEST(CommandsTest, WhatCannotBeMeantIsUsage) {
     for (const char* line :
          {"", "explode", "next now", "shuffle yes", "select", "select 1x", "select 4294967296",
           "list --count -1", "--port 0 next", "--timeout nan next", "wait forever"}) {
-        std::istringstream words(line);
-        EXPECT_EQ(Type({std::istream_iterator<std::string>(words), {}}), kUsage) << line;
+        EXPECT_EQ(Type(Words(line)), kUsage) << line;
     }
 }
 

@@ -29,17 +29,21 @@ inline bool Send(int connection, std::string_view bytes) {
     return send(connection, bytes.data(), bytes.size(), MSG_NOSIGNAL) >= 0;
 }
 
-/// Takes one client, on a port of its own, and closes the connection when `acts` returns.
+/// Takes one client after the other, on a port of its own unless `listener` is bound to something else, and
+/// closes the connection when `acts` returns.
 class FakeService {
   public:
-    explicit FakeService(const std::function<void(int connection)>& acts) {
+    explicit FakeService(const std::function<void(int connection)>& acts,
+                         int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+        : m_listener(listener) {
         socklen_t size = sizeof m_address;
         EXPECT_EQ(listen(m_listener, 1), 0);  // binds it as well
         EXPECT_EQ(getsockname(m_listener, reinterpret_cast<sockaddr*>(&m_address), &size), 0);
         m_thread = std::thread([this, acts] {
-            const int connection = accept(m_listener, nullptr, nullptr);
-            acts(connection);
-            close(connection);
+            for (int connection = 0; (connection = accept(m_listener, nullptr, nullptr)) >= 0;) {
+                acts(connection);
+                close(connection);
+            }
         });
     }
     ~FakeService() {
@@ -53,7 +57,7 @@ class FakeService {
     std::uint16_t Port() const { return ntohs(m_address.sin_port); }
 
   private:
-    const int m_listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int m_listener;
     sockaddr_in m_address{};
     std::thread m_thread;
 };
