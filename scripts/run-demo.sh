@@ -193,7 +193,10 @@ show_sound() {
 show_session() {
     echo "== A session on 127.0.0.1:$PORT  (> sent, < received; lines without id are notifications)"
     rpc_show_notification ipodConnectionNotification 15
-    rpc_wait_until '{"jsonrpc":"2.0","method":"getHasPlayableData","id":"ready"}' '"hasPlayableData":true' 15
+    if ! rpc_wait_until '{"jsonrpc":"2.0","method":"getHasPlayableData","id":"ready"}' '"hasPlayableData":true' 15; then
+        echo "   (the player has nothing to play: its library holds no music, or is still being read)"
+        return
+    fi
     show_browsing
     rpc_show play
     rpc_show_notification trackInfoNotification 5
@@ -244,7 +247,8 @@ build
 make_music
 prepare_sound
 start_service
-show_session
+# What stays away is shown as such: a track may end, or have no picture, just then.
+show_session || true
 # Nobody reads here any more, and the service is not to wait for that.
 rpc_close
 show_view

@@ -3,6 +3,8 @@
 
 RPC_ID=0
 RPC_SEEN= # what has been shown since the last request: a notification may come before the answer
+RPC_LINE= # what rpc_read has read
+RPC_PART= # of a line whose end has not come yet
 
 rpc_open() {
     exec 3<>"/dev/tcp/127.0.0.1/$1"
@@ -10,6 +12,18 @@ rpc_open() {
 
 rpc_close() {
     exec 3>&-
+}
+
+# A line of at most a second's wait. What "read" has of a line when the time is over would be lost.
+rpc_read() {
+    local part
+    if read -r -t 1 part <&3; then
+        RPC_LINE=$RPC_PART$part
+        RPC_PART=
+        return 0
+    fi
+    RPC_PART+=$part
+    return 1
 }
 
 rpc_show_line() {
@@ -39,11 +53,11 @@ rpc_show_notification() {
 
 # rpc_show_until TEXT SECONDS: shows what arrives up to the first line that holds TEXT.
 rpc_show_until() {
-    local line deadline=$((SECONDS + $2))
+    local deadline=$((SECONDS + $2))
     while [ $SECONDS -le $deadline ]; do
-        if read -r -t 1 line <&3; then
-            rpc_show_line "$line"
-            [[ $line != *"$1"* ]] || return 0
+        if rpc_read; then
+            rpc_show_line "$RPC_LINE"
+            [[ $RPC_LINE != *"$1"* ]] || return 0
         fi
     done
     echo "   (nothing with $1 within $2 s)"
@@ -52,20 +66,20 @@ rpc_show_until() {
 
 # rpc_collect SECONDS: shows what arrives in that time.
 rpc_collect() {
-    local line deadline=$((SECONDS + $1))
+    local deadline=$((SECONDS + $1))
     while [ $SECONDS -lt $deadline ]; do
-        read -r -t 1 line <&3 && rpc_show_line "$line"
+        ! rpc_read || rpc_show_line "$RPC_LINE"
     done
 }
 
 # rpc_wait_until REQUEST TEXT SECONDS: repeats a request, unseen, until its answer holds TEXT.
 rpc_wait_until() {
-    local line deadline=$((SECONDS + $3))
+    local deadline=$((SECONDS + $3))
     while [ $SECONDS -le $deadline ]; do
         printf '%s\n' "$1" >&3
-        while read -r -t 1 line <&3; do
-            [[ $line != *"$2"* ]] || return 0
-            [[ $line != *'"id"'* ]] || break
+        while rpc_read; do
+            [[ $RPC_LINE != *"$2"* ]] || return 0
+            [[ $RPC_LINE != *'"id"'* ]] || break
         done
         sleep 0.1
     done
