@@ -215,11 +215,18 @@ std::string FishOption(const Option& option) {
 
 void PrintFish(const Command& all, const std::vector<Command>& commands) {
     PrintLine("# fish completion for ipodctl\ncomplete -c ipodctl -f");
+    std::string known;
     for (const Option& option : all.options) {
         PrintLine("complete -c ipodctl" + FishOption(option));
+        known += ' ' + option.name.substr(2) + (option.takesValue ? "=" : "");
     }
+    // The shell's own test takes the value of an option in front for a command.
+    PrintLine(
+        "function __ipodctl_needs_command\n    set -l words (commandline -opc)\n    set -e words[1]\n"
+        "    argparse -s" +
+        known + " -- $words 2>/dev/null\n    or return\n    test (count $argv) -eq 0\nend");
     for (const Command& command : commands) {
-        PrintLine("complete -c ipodctl -n __fish_use_subcommand -a '" + join(OfferedNames(command), " ") +
+        PrintLine("complete -c ipodctl -n __ipodctl_needs_command -a '" + join(OfferedNames(command), " ") +
                   "' -d '" + command.help + "'");
         const std::string given =
             "complete -c ipodctl -n '__fish_seen_subcommand_from " + join(command.names, " ") + "'";
