@@ -36,6 +36,13 @@ std::string FromWestern(std::string_view text) {
     return converted ? converted.get() : std::string();
 }
 
+/// Of a "file:" address; empty for anything else.
+std::string FromAddress(const std::string& entry) {
+    const std::unique_ptr<char, decltype(&g_free)> path(g_filename_from_uri(entry.c_str(), nullptr, nullptr),
+                                                        g_free);
+    return path ? path.get() : std::string();
+}
+
 }  // namespace
 
 std::vector<std::string_view> PlaylistEntries(std::string_view text) {
@@ -58,6 +65,9 @@ std::vector<fs::path> EntryPaths(const fs::path& file, std::string_view entry) {
     std::vector<std::string> spellings{std::string(entry)};
     if (auto converted = FromWestern(entry); !converted.empty()) {
         spellings.push_back(std::move(converted));
+    }
+    if (auto path = FromAddress(spellings.front()); !path.empty()) {
+        spellings.push_back(std::move(path));
     }
     if (entry.find('\\') != std::string_view::npos) {
         std::string separated = spellings.back();

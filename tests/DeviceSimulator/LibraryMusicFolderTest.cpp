@@ -164,13 +164,14 @@ TEST(MusicFolder, PlaylistsNameFilesBelowTheFolder) {
     folder.Write("lists/Mixed.m3u8",
                  "\xEF\xBB\xBF#EXTM3U\r\n#EXTINF:1,x\r\n../a/one.mp3\r\n\r\n  ../b/zwölf.mp3\r\n" +
                      std::string("missing.mp3\r\n..\\a\\.\\one.mp3\r\n../a/one.mp3"));
-    folder.Write("lists/Western.M3U",
-                 "..\\b\\zw\xF6lf.mp3\n" + absolute + "\n/etc/passwd\n../../../../../etc/passwd\n");
+    folder.Write("lists/Western.M3U", "..\\b\\zw\xF6lf.mp3\n" + absolute +
+                                          "\n/etc/passwd\n../../../../../etc/passwd\nfile://" +
+                                          (folder.Path() / "b/zw%C3%B6lf.mp3").native());
     const auto [library, lines] = Scan(folder.Path());
     EXPECT_EQ(lines, Names{});
     EXPECT_EQ(NamesOf(*library, {}, kPlaylist), (Names{"Mixed", "Western"}));
     EXPECT_EQ(NamesOf(*library, {{kPlaylist, 0}}, kTrack), (Names{"One", "Twelve", "One", "One"}));
-    EXPECT_EQ(NamesOf(*library, {{kPlaylist, 1}}, kTrack), (Names{"Twelve", "One"}));
+    EXPECT_EQ(NamesOf(*library, {{kPlaylist, 1}}, kTrack), (Names{"Twelve", "One", "Twelve"}));
 }
 
 /// Everything that a library says of its tracks, a line each.
