@@ -182,7 +182,14 @@ int Main(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? kAllHeld : kUsage;
+        if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
+            app.exit(error);
+            return kAllHeld;
+        }
+        const auto extra = app.remaining();
+        const bool isUnknown = app.get_subcommands().empty() && !extra.empty();
+        return Complain(kUsage, (isUnknown ? "there is no command \"" + extra.front() + '"' : error.what()) +
+                                    std::string(". See ipodsim --help."));
     }
     if (*run) {
         return Run(options);
