@@ -9,13 +9,16 @@ namespace IpodControl {
 
 namespace {
 
+/// An error is an object; with a text or null in its place, some other protocol answers.
 bool IsAnswer(const Json::Value& value) {
-    return value.isObject() && value.isMember("id") && (value.isMember("result") || value.isMember("error"));
+    return value.isObject() && value.isMember("id") &&
+           (value.isMember("error") ? value["error"].isObject() : value.isMember("result"));
 }
 
 /// The service answers with an id alone where a method has no result.
 bool IsEmptyAnswer(const Json::Value& value) {
-    return value.isObject() && value.isMember("id") && value.isMember("jsonrpc") && !value.isMember("method");
+    return value.isObject() && value.isMember("id") && value.isMember("jsonrpc") &&
+           !value.isMember("method") && !value.isMember("error");
 }
 
 bool IsNotice(const Json::Value& value) {

@@ -43,6 +43,7 @@ TEST(ClientTest, WhatIsNoServiceIsToldInTime) {
     } cases[] = {
         {ProblemKind::NotTheService, std::string("\0\1\2\xff\xfe", 5)},
         {ProblemKind::NotTheService, "{\"id\":1,\"method\":\"x\",\"jsonrpc\":\"2.0\"}\n"},
+        {ProblemKind::NotTheService, "{\"id\":1,\"result\":null,\"error\":\"no such method\"}\n"},
         {ProblemKind::NotTheService, std::string(100'000, '[') + "\n"},
         {ProblemKind::NotTheService, "[" + std::string(4'100'000, ',') + "]\n"},
         {ProblemKind::NotTheService, "[\"" + std::string(1 << 20, 'x'), true},
