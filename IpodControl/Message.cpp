@@ -95,6 +95,8 @@ std::string ToLine(const Json::Value& value) {
     Json::StreamWriterBuilder builder;
     builder["indentation"] = "";
     builder["emitUTF8"] = true;
+    // With all 17 digits 0.178 would come as 0.17799999999999999.
+    builder["precision"] = 15;
     return Json::writeString(builder, value);
 }
 
