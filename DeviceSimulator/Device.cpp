@@ -37,11 +37,11 @@ std::string LikelyNode(std::uint32_t type, std::uint32_t handle) {
     return (IsPlayer(type) ? "/dev/iap" : "/dev/usb") + number;
 }
 
+}  // namespace
+
 DeviceEvent MakePlayerEvent(const PlayerEvent& event, std::uint32_t handle) {
     return MakeEvent({event.id, event.value, 0, 0, 0, handle});
 }
-
-}  // namespace
 
 DeviceIdentity MakeIdentity(const DeviceDescription& device, std::uint32_t handle) {
     DeviceIdentity identity;

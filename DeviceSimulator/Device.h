@@ -32,6 +32,9 @@ DeviceIdentity MakeIdentity(const DeviceDescription& device, std::uint32_t handl
 
 DeviceRecord MakeRecord(const DeviceIdentity& identity);
 
+/// What the player of the device `handle` tells.
+DeviceEvent MakePlayerEvent(const PlayerEvent& event, std::uint32_t handle);
+
 struct DeviceSettings {
     std::uint8_t volumeFlag = 1;
     std::uint8_t volume = 128;

@@ -42,8 +42,9 @@ void EventLoop::Reset(SimulatorOptions options, std::shared_ptr<const Clock> clo
 
 Result EventLoop::Deregister(std::uint32_t process) {
     std::unique_lock lock(m_mutex);
-    const Result result = m_model.Deregister(process, m_clock->Now());
-    FollowSound();
+    const TimePoint now = m_clock->Now();
+    const Result result = m_model.Deregister(process, now);
+    Settle(now);
     if (result == kSuccess) {
         WaitWhileRunning(lock, process);
     }
@@ -84,6 +85,10 @@ void EventLoop::FollowSound() {
     const Device* const device = FindSounding(m_model);
     const Sounding sounding =
         device != nullptr ? Sounding{device->instance, device->player.SoundChanges()} : Sounding{};
+    if (device != nullptr && device->player.State() == PlayState::Playing) {
+        // Another player may have told of its own, and the stream would run at that one.
+        m_model.TellSampleRate(*device);
+    }
     if (sounding == m_sounding) {
         return;
     }

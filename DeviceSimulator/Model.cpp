@@ -13,6 +13,7 @@ void Model::Reset(SimulatorOptions options) {
     m_devices.clear();
     m_nextHandle = 1;
     m_pending.clear();
+    m_toldSampleRate = 0;
 }
 
 Result Model::Register(DeviceEventCallback callback, std::uint32_t& process, TimePoint now) {
@@ -152,6 +153,13 @@ Result Model::FindSession(std::uint32_t process, std::uint32_t handle, BrowseSes
     return kSuccess;
 }
 
+void Model::TellSampleRate(const Device& device) {
+    const std::uint32_t rate = device.player.CurrentSound().rate;
+    if (rate != 0 && rate != m_toldSampleRate) {
+        Push(MakePlayerEvent({kSampleRate, rate}, device.identity.handle), device.instance);
+    }
+}
+
 void Model::Advance(TimePoint now) {
     PlugPlanned(now);
     for (const auto& device : m_devices) {
@@ -223,6 +231,9 @@ Result Model::FindOpened(std::uint32_t process, std::uint32_t handle, Device*& d
 
 void Model::Push(const DeviceEvent& event, std::uint64_t instance) {
     m_pending.push_back({event, instance, ++m_lastSequence});
+    if (instance != 0 && event.words[0] == kSampleRate) {
+        m_toldSampleRate = event.words[1];
+    }
 }
 
 }  // namespace DeviceSimulator

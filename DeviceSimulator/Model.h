@@ -79,6 +79,8 @@ class Model {
     // Events
 
     void Fire(const DeviceEvent& event) { Push(event, 0); }
+    /// Tells the sample rate that `device` plays at, unless a player told of that one last.
+    void TellSampleRate(const Device& device);
     /// Lets everything happen that is due up to `now`; what there is to tell is then pending.
     void Advance(TimePoint now);
     /// When the next thing happens by itself.
@@ -106,6 +108,7 @@ class Model {
     std::uint64_t m_nextInstance = 1;
     std::deque<PendingEvent> m_pending;
     std::uint64_t m_lastSequence = 0;
+    std::uint32_t m_toldSampleRate = 0;  // last, by any player
 };
 
 }  // namespace DeviceSimulator

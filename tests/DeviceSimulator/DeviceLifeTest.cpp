@@ -89,6 +89,31 @@ TEST_F(DeviceLifeTest, UnpluggingAndClosingSilenceThePlayer) {
     EXPECT_EQ(heard[0].words[0], kDeviceDisconnected);
 }
 
+TEST_F(DeviceLifeTest, WhichPlayerSoundsTellsItsRateAfterAnother) {
+    OpenPlayer();
+    const u32 first = dh;
+    OpenPlayer();
+    EXPECT_EQ(eDevMgriPodPlay(ph, first), kSuccess);
+    EXPECT_EQ(TakeEventText(), "34=24 13 17=44100 9");
+    EXPECT_EQ(eDevMgriPodSelectCategorizedIndex(ph, dh, kTrack, 3), kSuccess);
+    EXPECT_EQ(TakeEventText(), "34=24 13 17=48000 9 17=44100") << "the first one still sounds";
+    EXPECT_EQ(eDevMgriPodPause(ph, first), kSuccess);
+    const auto told = TakeEvents(ph);
+    ASSERT_EQ(told.size(), 2U);
+    EXPECT_EQ(told[1].words[0], kSampleRate);
+    EXPECT_EQ(told[1].words[1], 48000U);
+    EXPECT_EQ(told[1].words[5], dh);
+    EXPECT_EQ(eDevMgriPodPause(ph, dh), kSuccess);
+    EXPECT_EQ(eDevMgriPodPlay(ph, dh), kSuccess);
+    EXPECT_EQ(TakeEventText(), "10 9") << "nobody else has sounded";
+    EXPECT_EQ(eDevMgriPodPause(ph, dh), kSuccess);
+    EXPECT_EQ(eDevMgriPodPlay(ph, first), kSuccess);
+    EXPECT_EQ(TakeEventText(), "10 9 17=44100");
+    EXPECT_EQ(eDevMgriPodPlay(ph, dh), kSuccess);
+    EXPECT_TRUE(Simulator::Instance().Unplug(first));
+    EXPECT_EQ(TakeEventText(), "9 4=14 17=48000");
+}
+
 std::atomic<int> g_running{0};
 std::atomic<u32> g_ownResult{0};
 std::atomic<int> g_calls{0};
