@@ -21,6 +21,9 @@ namespace DeviceSimulator {
 
 namespace {
 
+/// So often in a row it is the installation rather than a file: going on would rush through the queue.
+constexpr int kMostEnds = 5;
+
 SoundCommand MakeCommand(std::uint64_t device, const Sound& sound) {
     SoundCommand command;
     command.track = {device, sound.track};
@@ -86,13 +89,13 @@ void SoundSender::TakeWanted() {
     m_isUnsent = true;
 }
 
-/// Started with the first track to sound, and again with the next one after that which it has ended with.
+/// Started with the first track to sound, and again with what there is to be told after it has ended.
 bool SoundSender::EnsureProgram() {
     if (m_program.IsRunning()) {
         return true;
     }
     m_isUnsent = false;
-    if (m_current.file.empty() || m_current.command.track == m_sent.command.track) {
+    if (m_current.file.empty() || m_ends >= kMostEnds) {
         return false;
     }
     const int error = m_program.Start(m_folder);
@@ -110,8 +113,8 @@ void SoundSender::Send() {
     m_isUnsent = sent < 0;
     if (sent >= 0) {
         m_sent = m_current;
-    } else if (errno != EAGAIN && errno != EINTR) {
-        ProgramEnded();
+    } else if (errno != EAGAIN && errno != EINTR && errno != EPIPE && errno != ECONNRESET) {
+        ProgramEnded();  // when it has hung up, Receive comes to that behind its last reports
     }
 }
 
@@ -124,25 +127,39 @@ void SoundSender::Receive() {
         HandleReport(report, std::string(message.data() + sizeof report,
                                          static_cast<std::size_t>(size) - sizeof report));
     } else if (size >= 0 || (errno != EAGAIN && errno != EINTR)) {
+        m_isUnsent = m_isUnsent || (size < 0 && errno == ECONNRESET);  // it has left the last one unread
         ProgramEnded();
     }
 }
 
-void SoundSender::HandleReport(const SoundReport& report, const std::string& reason) {
-    if (report.track != m_current.command.track) {
-        return;  // it has gone on to another one by itself
+void SoundSender::HandleReport(const SoundReport& report, const std::string& failure) {
+    if (failure.empty()) {
+        m_ends = 0;
+    } else if (report.track == m_current.command.track) {  // it may have gone on to another one by itself
+        PassOver(failure);
     }
+}
+
+void SoundSender::ProgramEnded() {
+    const std::string end = "the sound program has ended (" + DescribeEnd(m_program.End()) + ")";
+    // What it has been told of meanwhile has not brought it down.
+    const bool isOfItsTrack = !m_isUnsent && !m_sent.file.empty() && m_sent.command.isMoving != 0;
+    if (++m_ends >= kMostEnds) {
+        std::fprintf(stderr, "device simulator: no sound from now on: %s %d times without a sound\n",
+                     end.c_str(), m_ends);
+    } else if (isOfItsTrack) {
+        PassOver(end);
+    } else {
+        std::fprintf(stderr, "device simulator: %s\n", end.c_str());
+    }
+}
+
+void SoundSender::PassOver(const std::string& reason) {
     if (m_named.insert(m_current.file).second) {
         std::fprintf(stderr, "device simulator: cannot play %s: %s\n", PathText(m_current.file).c_str(),
                      reason.c_str());
     }
-    m_onFailure(report.track);
-}
-
-void SoundSender::ProgramEnded() {
-    const std::string end = DescribeEnd(m_program.End());
-    std::fprintf(stderr, "device simulator: the sound program has ended (%s) at %s\n", end.c_str(),
-                 PathText(m_sent.file).c_str());
+    m_onFailure(m_current.command.track);
 }
 
 }  // namespace DeviceSimulator

@@ -17,7 +17,8 @@ namespace DeviceSimulator {
 /// Lives as long as the process.
 class SoundSender {
   public:
-    /// `onFailure` is called on the sender's thread, without a lock, for a track that cannot be decoded.
+    /// `onFailure` is called on the sender's thread, without a lock, for a track that cannot be decoded
+    /// or has brought the sound program down.
     explicit SoundSender(std::function<void(const SoundTrack&)> onFailure)
         : m_onFailure(std::move(onFailure)) {}
 
@@ -37,8 +38,9 @@ class SoundSender {
     bool EnsureProgram();
     void Send();
     void Receive();
-    void HandleReport(const SoundReport& report, const std::string& reason);
+    void HandleReport(const SoundReport& report, const std::string& failure);
     void ProgramEnded();
+    void PassOver(const std::string& reason);
 
     const std::function<void(const SoundTrack&)> m_onFailure;
 
@@ -52,6 +54,7 @@ class SoundSender {
     bool m_isUnsent = false;
     SoundProgram m_program;
     bool m_isMissing = false;       // the program; said once
+    int m_ends = 0;                 // of the program, in a row without a sound
     Wanted m_sent;                  // what the program was last told
     std::set<std::string> m_named;  // files that cannot be decoded
 };

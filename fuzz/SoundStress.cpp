@@ -74,23 +74,11 @@ void MakeMusic(std::mt19937& random) {
     }
 }
 
-pid_t FindSoundProgram(int& count) {
-    pid_t found = 0;
-    count = 0;
-    for (const fs::directory_entry& process : fs::directory_iterator("/proc")) {
-        if (ReadFile(process.path() / "comm").starts_with("simulated-playe")) {
-            found = std::stoi(process.path().filename());
-            ++count;
-        }
-    }
-    return found;
-}
-
 /// Kills one time in a hundred what decodes, as a decoder may.
 void MayKill(std::mt19937& random) {
-    int count = 0;
-    const pid_t program = random() % 100 == 0 ? FindSoundProgram(count) : 0;
-    if (program != 0)
+    if (random() % 100 != 0)
+        return;
+    for (const pid_t program : SoundPrograms())
         kill(program, SIGKILL);
 }
 
@@ -126,11 +114,10 @@ int Run(int calls, unsigned seed) {
     scene.client.Result("playFirst");
     WaitForTone(500);
     Require("the descriptors of before", [&] { return CountAtRest(scene) <= before; });
-    int programs = 0;
-    FindSoundProgram(programs);
+    const std::size_t programs = SoundPrograms().size();
     if (programs != 1 || scene.service.Stop() != 0)
         throw std::runtime_error("not in order: " + std::to_string(programs) + " sound programs");
-    Require("the end of the sound program", [&] { return FindSoundProgram(programs) == 0; });
+    Require("the end of the sound program", [] { return SoundPrograms().empty(); });
     std::cout << calls << " calls, the longest " << longest.count() << " ms, " << before << " descriptors\n";
     return EXIT_SUCCESS;
 }

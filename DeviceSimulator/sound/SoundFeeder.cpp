@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -55,7 +57,13 @@ bool SoundFeeder::OpenFifo() {
         m_fifo.Close();  // the user's own is what the player sends
         return false;
     }
-    return m_fifo.Open(m_folder + "/capture-" + std::to_string(m_command.rate) + ".pcm");
+    const std::string path = m_folder + "/capture-" + std::to_string(m_command.rate) + ".pcm";
+    const int error = m_fifo.Open(path);
+    if (error != 0 && !std::exchange(m_isWithoutFifo, true)) {
+        std::fprintf(stderr, "device simulator: no sound, for want of a FIFO at %s: %s\n", path.c_str(),
+                     std::strerror(error));
+    }
+    return error == 0;
 }
 
 void SoundFeeder::Work() {
@@ -91,16 +99,19 @@ void SoundFeeder::Feed() {
     m_next = std::max(m_next, now);
     const std::span<const SoundFrame> frames = m_decoder->Frames(now, lead);
     const auto written = std::min(static_cast<std::size_t>(m_next - now), frames.size());
-    m_next += static_cast<std::int64_t>(m_fifo.Write(frames.subspan(written)));
+    const std::size_t taken = m_fifo.Write(frames.subspan(written));
+    m_next += static_cast<std::int64_t>(taken);
+    m_hasSounded = m_hasSounded || taken > 0;
 }
 
-std::optional<SoundFeeder::Failure> SoundFeeder::TakeFailure() {
-    if (!m_decoder || m_decoder->Failure().empty()) {
-        return std::nullopt;
+std::optional<SoundFeeder::News> SoundFeeder::TakeNews() {
+    if (m_decoder && !m_decoder->Failure().empty()) {
+        News news{m_command.track, m_decoder->Failure()};
+        m_decoder.reset();
+        return news;
     }
-    Failure failure{m_command.track, m_decoder->Failure()};
-    m_decoder.reset();
-    return failure;
+    const bool isNew = m_hasSounded && !std::exchange(m_isToldOfSound, true);
+    return isNew ? std::optional(News{m_command.track, {}}) : std::nullopt;
 }
 
 std::int64_t SoundFeeder::FrameNow() const {

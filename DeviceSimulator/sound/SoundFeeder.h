@@ -26,12 +26,12 @@ class SoundFeeder {
     /// -1: nothing to wait for.
     int MessageFd() const { return m_decoder ? m_decoder->MessageFd() : -1; }
 
-    struct Failure {
+    struct News {
         SoundTrack track;
-        std::string reason;
+        std::string failure;  ///< why it cannot be decoded and is silent; empty: it sounds
     };
-    /// A track that cannot be decoded, once; it is silent.
-    std::optional<Failure> TakeFailure();
+    /// Of the first sound of all, and of each track that cannot be decoded; once.
+    std::optional<News> TakeNews();
 
   private:
     std::int64_t FrameNow() const;
@@ -42,12 +42,15 @@ class SoundFeeder {
 
     const std::string m_folder;
     SoundFifo m_fifo;
+    bool m_isWithoutFifo = false;  // said once
     SoundCommand m_command;
     std::string m_file;
     std::optional<TrackDecoder> m_decoder;
     std::int64_t m_next = 0;  // the frame to be written next
     bool m_hasBegun = false;  // something has been written since the last command
     std::int64_t m_lag = 0;   // frames
+    bool m_hasSounded = false;
+    bool m_isToldOfSound = false;
 };
 
 }  // namespace DeviceSimulator

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 
 namespace DeviceSimulator {
 
@@ -25,10 +26,10 @@ UniqueFd OpenFifo(const std::string& path) {
 
 }  // namespace
 
-bool SoundFifo::Open(const std::string& path) {
-    mkfifo(path.c_str(), kOwnerOnly);  // fails where there is something
+int SoundFifo::Open(const std::string& path) {
+    const int error = mkfifo(path.c_str(), kOwnerOnly) == 0 ? 0 : errno;  // EEXIST where there is something
     m_file = OpenFifo(path);
-    return static_cast<bool>(m_file);
+    return m_file ? 0 : (error != 0 ? error : ENOENT);
 }
 
 std::size_t SoundFifo::Unread() const {

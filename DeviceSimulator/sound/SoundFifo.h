@@ -19,8 +19,9 @@ using SoundFrame = std::uint32_t;
 /// blocks. One thread.
 class SoundFifo {
   public:
-    /// Closes the one before, and looks anew at what is at `path`. False when it is no FIFO.
-    bool Open(const std::string& path);
+    /// Closes the one before, and looks anew at what is at `path`. 0, or an errno: EEXIST where what is there
+    /// is no FIFO, or may not be opened.
+    int Open(const std::string& path);
     void Close() { m_file = UniqueFd(); }
 
     /// Frames that nobody has read yet.

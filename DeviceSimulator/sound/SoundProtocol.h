@@ -25,7 +25,7 @@ struct SoundCommand {
     std::uint32_t isMoving = 0;
 };
 
-/// That a track cannot be decoded. Behind it: why.
+/// What has become of a track. Behind it: why it cannot be decoded; nothing when it has begun to sound.
 struct SoundReport {
     SoundTrack track;
 };

@@ -53,10 +53,10 @@ void TakeCommands(SoundFeeder& feeder) {
     }
 }
 
-void Report(const SoundFeeder::Failure& failure) {
-    const SoundReport report{failure.track};
+void Report(const SoundFeeder::News& news) {
+    const SoundReport report{news.track};
     std::string message(reinterpret_cast<const char*>(&report), sizeof report);
-    message += failure.reason.substr(0, kMostSoundText);
+    message += news.failure.substr(0, kMostSoundText);
     send(kSocket, message.data(), message.size(), MSG_NOSIGNAL);
 }
 
@@ -67,8 +67,8 @@ void Run(SoundFeeder& feeder) {
         alarm(kStuckSeconds);
         TakeCommands(feeder);
         feeder.Work();
-        if (const auto failure = feeder.TakeFailure()) {
-            Report(*failure);
+        if (const auto news = feeder.TakeNews()) {
+            Report(*news);
         }
         alarm(0);
     }

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -15,13 +14,20 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The running sound program, or 0.
-pid_t FindSoundProgram() {
-    const fs::directory_iterator processes("/proc");
-    const auto found = std::find_if(begin(processes), end(processes), [](const fs::directory_entry& process) {
-        return ReadFile(process.path() / "comm").starts_with("simulated-playe");
-    });
-    return found == end(processes) ? 0 : std::stoi(found->path().filename());
+/// As a decoder ends it; returns once that is done with.
+void CrashSoundProgram() {
+    const auto programs = SoundPrograms();
+    ASSERT_EQ(programs.size(), 1U);
+    kill(programs.front(), SIGSEGV);
+    Require("its end", [&] { return SoundPrograms() != programs; });
+}
+
+std::ptrdiff_t CountErrors(const std::string& text) {
+    const std::string errors = ReadFile("/tmp/service.stderr");
+    std::ptrdiff_t count = 0;
+    for (std::size_t at = errors.find(text); at != std::string::npos; at = errors.find(text, at + 1))
+        ++count;
+    return count;
 }
 
 class SoundTest : public testing::Test {
@@ -66,14 +72,8 @@ TEST_F(SoundTest, FollowsThePlayer) {
     scene->client.Result("stop");
     scene->client.Result("next");
     Heard("start", 1100);
-    // A decoder may die, and dies with the service.
-    const pid_t first = FindSoundProgram();
-    kill(first, SIGKILL);
-    WaitForTone(0);
-    Heard("previous", 700);
-    EXPECT_NE(FindSoundProgram(), first);
     scene->service.Signal(SIGKILL);
-    EXPECT_TRUE(WaitUntil([] { return FindSoundProgram() == 0; }));
+    EXPECT_TRUE(WaitUntil([] { return SoundPrograms().empty(); }));
 }
 
 TEST_F(SoundTest, PassesOverWhatCannotBeDecodedAndPlaysWhatCan) {
@@ -89,14 +89,59 @@ TEST_F(SoundTest, PassesOverWhatCannotBeDecodedAndPlaysWhatCan) {
         scene->client.Result("next");
         WaitForTone(0);
     }
-    const std::string errors = ReadFile("/tmp/service.stderr");
-    for (const char* name : {"/1.flac", "/3.flac"}) {
-        const std::size_t found = errors.find(std::string("cannot play /tmp/music") + name);
-        EXPECT_NE(found, std::string::npos) << errors;
-        EXPECT_EQ(errors.find(name, found + 30), std::string::npos) << errors;
-    }
+    for (const char* name : {"/1.flac:", "/3.flac:"})
+        EXPECT_EQ(CountErrors(std::string("cannot play /tmp/music") + name), 1) << name;
     EXPECT_EQ(scene->service.Stop(), 0);
-    EXPECT_TRUE(WaitUntil([] { return FindSoundProgram() == 0; }));
+    EXPECT_TRUE(WaitUntil([] { return SoundPrograms().empty(); }));
+}
+
+TEST_F(SoundTest, PassesOverWhatBringsTheDecoderDown) {
+    MakeToneFile("1.flac", 44100, 500, 500);
+    MakeToneFile("2.ogg", 48000, 700, 900);
+    StartStream();
+    Heard("playFirst", 500);
+    CrashSoundProgram();
+    WaitForTone(700);
+    Heard("fastForwardSong", 0, "{'enable':true}");
+    CrashSoundProgram();  // nothing sounds: it stays with the track
+    scene->client.Notification("trackTimeNotification", [](const Json::Value& params) {
+        return params["trackTime"].asUInt() > 20'500;
+    });
+    Heard("fastForwardSong", 900, "{'enable':false}");
+    CrashSoundProgram();
+    WaitForTone(0);
+    const Json::Value status = scene->control.Exchange("{\"command\":\"status\"}\n");
+    EXPECT_EQ(status["devices"][0]["player"]["state"], "stopped");
+    Heard("playFirst", 500);
+    EXPECT_EQ(CountErrors("cannot play /tmp/music/1.flac: the sound program has ended (signal 11)"), 1);
+    EXPECT_EQ(CountErrors("cannot play"), 2);
+}
+
+TEST_F(SoundTest, GivesUpASoundProgramThatDoesNotRun) {
+    for (const char* name : {"1.flac", "2.flac", "3.flac"})
+        MakeToneFile(name, 44100, 500, 500);
+    const fs::path folder = "/tmp/broken";
+    fs::create_directories(folder);
+    fs::copy_file(SIMULATOR_LIBRARY, folder / "libdevicemanager.so");
+    setenv("LD_LIBRARY_PATH", folder.c_str(), 1);
+    std::ofstream(folder / "simulated-player-sound") << "#!/bin/sh\nexit 3\n";
+    fs::permissions(folder / "simulated-player-sound", fs::perms::owner_all);
+    StartStream();
+    scene->client.Result("playFirst");
+    EXPECT_TRUE(WaitUntil([] { return CountErrors("no sound from now on") == 1; }));
+    scene->client.Result("next");
+    EXPECT_EQ(CountErrors("device simulator: the sound program has ended (status 3)"), 4)
+        << "no track's fault";
+    unsetenv("LD_LIBRARY_PATH");
+}
+
+TEST_F(SoundTest, NamesAFolderThatIsMissing) {
+    MakeToneFile("1.flac", 44100, 500, 500);
+    fs::remove_all("/tmp/sound");
+    StartStream();
+    scene->client.Result("playFirst");
+    EXPECT_TRUE(
+        WaitUntil([] { return CountErrors("for want of a FIFO at /tmp/sound/capture-44100.pcm") == 1; }));
 }
 
 }  // namespace

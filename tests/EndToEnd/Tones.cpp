@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "DeviceSimulator/tools/WavTone.h"
+#include "tests/EndToEnd/ServiceProcess.h"
 
 namespace EndToEnd {
 
@@ -41,6 +42,15 @@ void WaitForTone(double hertz) {
         const auto heard = DeviceSimulator::NewestTone(kSoundFolder + std::string("/playback.wav"));
         return heard && std::abs(*heard - hertz) <= hertz * kTolerance;
     });
+}
+
+std::vector<pid_t> SoundPrograms() {
+    std::vector<pid_t> found;
+    for (const fs::directory_entry& process : fs::directory_iterator("/proc")) {
+        if (ReadFile(process.path() / "comm").starts_with("simulated-playe"))
+            found.push_back(std::stoi(process.path().filename()));
+    }
+    return found;
 }
 
 }  // namespace EndToEnd

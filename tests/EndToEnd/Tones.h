@@ -2,7 +2,10 @@
 // file.
 #pragma once
 
+#include <sys/types.h>
+
 #include <string>
+#include <vector>
 
 #include "tests/EndToEnd/Deadline.h"
 
@@ -22,5 +25,8 @@ void MakeToneFile(const std::string& name, int rate, int firstHertz, int secondH
 /// Until the newest 40 ms of the output are that tone; 0: silence. Throws std::runtime_error when it does not
 /// come.
 void WaitForTone(double hertz);
+
+/// The sound programs that run, or that nobody has waited for.
+std::vector<pid_t> SoundPrograms();
 
 }  // namespace EndToEnd
