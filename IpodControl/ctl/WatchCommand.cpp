@@ -32,6 +32,10 @@ class StopSignals {
         m_descriptor = signalfd(-1, &m_signals, SFD_CLOEXEC | SFD_NONBLOCK);
     }
     ~StopSignals() {
+        // One that has come would else end the process as soon as it is let through.
+        signalfd_siginfo info{};
+        while (read(m_descriptor, &info, sizeof info) > 0) {
+        }
         close(m_descriptor);
         sigprocmask(SIG_SETMASK, &m_before, nullptr);
     }
