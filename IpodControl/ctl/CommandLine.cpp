@@ -354,13 +354,13 @@ void CommandLine::AddRaw() {
 }
 
 void CommandLine::AddCompletion() {
-    constexpr const char* kShells = "bash|zsh|fish";
+    static constexpr const char* kShells = "bash|zsh|fish";
     CLI::App& command = Add("completion", "Print what makes a shell complete this program's words.",
                             "bash > ~/.local/share/bash-completion/completions/ipodctl");
     command
         .add_option_function<std::string>(
             "SHELL",
-            [this, kShells](const std::string& text) {
+            [this](const std::string& text) {
                 m_word = Unguarded(text);
                 RequireChoice("SHELL", m_word, kShells);
             },
