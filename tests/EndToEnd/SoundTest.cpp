@@ -14,11 +14,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// As a decoder ends it; returns once that is done with.
+/// As a decoder ends it, but with a signal that no sanitizer catches; returns once that is done with.
 void CrashSoundProgram() {
     const auto programs = SoundPrograms();
     ASSERT_EQ(programs.size(), 1U);
-    kill(programs.front(), SIGSEGV);
+    kill(programs.front(), SIGKILL);
     Require("its end", [&] { return SoundPrograms() != programs; });
 }
 
@@ -113,7 +113,7 @@ TEST_F(SoundTest, PassesOverWhatBringsTheDecoderDown) {
     const Json::Value status = scene->control.Exchange("{\"command\":\"status\"}\n");
     EXPECT_EQ(status["devices"][0]["player"]["state"], "stopped");
     Heard("playFirst", 500);
-    EXPECT_EQ(CountErrors("cannot play /tmp/music/1.flac: the sound program has ended (signal 11)"), 1);
+    EXPECT_EQ(CountErrors("cannot play /tmp/music/1.flac: the sound program has ended (signal 9)"), 1);
     EXPECT_EQ(CountErrors("cannot play"), 2);
 }
 
