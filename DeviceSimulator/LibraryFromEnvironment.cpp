@@ -51,8 +51,9 @@ std::unique_ptr<Library> MakeLibraryFromEnvironment(const LibraryProgress& progr
         if (const auto number = TrackNumber(tracks)) {
             return MakeSyntheticLibrary(*number);
         }
-        std::cerr << "DEVICE_SIMULATOR_TRACKS is '" << tracks << "', not a number from 0 to "
-                  << kMaxSyntheticTracks << "; the built-in library is used\n";
+        std::cerr << "device simulator: DEVICE_SIMULATOR_TRACKS is '" << tracks
+                  << "', not a number from 0 to " << kMaxSyntheticTracks
+                  << "; the built-in library is used\n";
     }
     return MakeBuiltInLibrary();
 }

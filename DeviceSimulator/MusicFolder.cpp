@@ -71,7 +71,7 @@ class Scan {
             m_lines.push_back("No music in " + PathText(folder));
         }
         for (const std::string& line : m_lines) {
-            std::cerr << line + '\n';
+            std::cerr << "device simulator: " + line + '\n';
         }
         return m_builder.BuildWithCovers(m_store);
     }
@@ -192,7 +192,8 @@ std::unique_ptr<Library> ScanWithCache(const fs::path& folder, const fs::path& c
         }
         error = cache->Error();
     }
-    std::cerr << "The music cache in " + PathText(cacheFolder) + " is not used: " + error + '\n';
+    std::cerr << "device simulator: the music cache in " + PathText(cacheFolder) + " is not used: " + error +
+                     '\n';
     return nullptr;
 }
 
