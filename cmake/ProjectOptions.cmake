@@ -32,7 +32,7 @@ target_compile_options(project_plain_options INTERFACE
     "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)
     # Else a folder on a large file system ends at the first entry whose numbers do not fit 32 bits.
-    target_compile_definitions(project_options INTERFACE _FILE_OFFSET_BITS=64)
+    target_compile_definitions(project_plain_options INTERFACE _FILE_OFFSET_BITS=64)
 endif()
 if(IPOD_WARNINGS_AS_ERRORS)
     target_compile_options(project_plain_options INTERFACE -Werror)
