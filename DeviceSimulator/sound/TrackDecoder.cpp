@@ -176,7 +176,8 @@ void TrackDecoder::Seek(std::int64_t frame) {
 
 std::span<const SoundFrame> TrackDecoder::Frames(std::int64_t from, std::size_t most) {
     for (int pulls = 0; pulls < kMostPulls; ++pulls) {
-        const auto before = std::clamp<std::int64_t>(from - m_first.value_or(from), 0, std::ssize(m_frames));
+        const auto before = static_cast<std::ptrdiff_t>(
+            std::clamp<std::int64_t>(from - m_first.value_or(from), 0, std::ssize(m_frames)));
         m_frames.erase(m_frames.begin(), m_frames.begin() + before);
         if (m_first) {
             *m_first += before;
