@@ -45,26 +45,28 @@ bool HasTooManyValues(std::string_view line) {
            kMost;
 }
 
-bool ParseJson(std::string_view line, Json::Value& value) {
-    constexpr int kDeepestNesting = 64;
-    Json::CharReaderBuilder builder;
-    Json::CharReaderBuilder::strictMode(&builder.settings_);
-    builder["stackLimit"] = kDeepestNesting;
-    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-    return reader->parse(line.data(), line.data() + line.size(), &value, nullptr);
-}
-
 }  // namespace
 
-std::optional<Message> Message::Parse(std::string_view line) {
+bool ParseJson(std::string_view text, Json::Value& value) {
+    constexpr int kDeepestNesting = 64;
     try {
-        Json::Value value;
-        if (!HasTooManyValues(line) && ParseJson(line, value) &&
-            (IsNotice(value) || IsAnswer(value) || IsEmptyAnswer(value) || IsBatch(value))) {
-            return Message(std::move(value), line.size());
-        }
+        Json::CharReaderBuilder builder;
+        Json::CharReaderBuilder::strictMode(&builder.settings_);
+        builder["strictRoot"] = false;
+        builder["stackLimit"] = kDeepestNesting;
+        const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+        return reader->parse(text.data(), text.data() + text.size(), &value, nullptr);
     } catch (const std::exception&) {
         // Nested too deeply, which the parser says by throwing.
+        return false;
+    }
+}
+
+std::optional<Message> Message::Parse(std::string_view line) {
+    Json::Value value;
+    if (!HasTooManyValues(line) && ParseJson(line, value) &&
+        (IsNotice(value) || IsAnswer(value) || IsEmptyAnswer(value) || IsBatch(value))) {
+        return Message(std::move(value), line.size());
     }
     return std::nullopt;
 }

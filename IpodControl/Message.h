@@ -46,6 +46,9 @@ class Message {
     std::size_t m_size;
 };
 
+/// False when `text` is not one JSON value. Does not throw.
+bool ParseJson(std::string_view text, Json::Value& value);
+
 /// `value` as one line of compact JSON, without a line end; UTF-8 as it is.
 std::string ToLine(const Json::Value& value);
 

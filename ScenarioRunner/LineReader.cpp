@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
-#include <exception>
-#include <memory>
 #include <utility>
 
 namespace ScenarioRunner {
@@ -19,21 +17,6 @@ bool IsNameCharacter(char c) {
 }
 
 }  // namespace
-
-bool ParseJson(std::string_view text, Json::Value& value) {
-    constexpr int kDeepestNesting = 64;
-    try {
-        Json::CharReaderBuilder builder;
-        Json::CharReaderBuilder::strictMode(&builder.settings_);
-        builder["strictRoot"] = false;
-        builder["stackLimit"] = kDeepestNesting;
-        const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-        return reader->parse(text.data(), text.data() + text.size(), &value, nullptr);
-    } catch (const std::exception&) {
-        // Nested too deeply, which the parser says by throwing.
-        return false;
-    }
-}
 
 Json::Value ParseValue(std::string_view text) {
     Json::Value value;

@@ -9,14 +9,15 @@
 #include <string>
 #include <string_view>
 
+#include "IpodControl/Message.h"
 #include "ScenarioRunner/Condition.h"
 
 namespace ScenarioRunner {
 
+using IpodControl::ParseJson;
+
 /// JSON where it is JSON, else the text itself.
 Json::Value ParseValue(std::string_view text);
-/// False when it is not one JSON value.
-bool ParseJson(std::string_view text, Json::Value& value);
 /// "500ms", "1.5s", "2min": at most an hour.
 std::optional<std::chrono::milliseconds> ParseDuration(std::string_view text);
 

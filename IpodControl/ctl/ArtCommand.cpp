@@ -3,9 +3,9 @@
 #include <unistd.h>
 
 #include "IpodControl/Base64.h"
+#include "IpodControl/Fields.h"
 #include "IpodControl/ctl/Ask.h"
 #include "IpodControl/ctl/Commands.h"
-#include "IpodControl/ctl/Fields.h"
 #include "IpodControl/ctl/FileWriter.h"
 #include "IpodControl/ctl/Picture.h"
 

@@ -1,7 +1,7 @@
 // Walks the library by names.
 
+#include "IpodControl/Fields.h"
 #include "IpodControl/ctl/Commands.h"
-#include "IpodControl/ctl/Fields.h"
 #include "IpodControl/ctl/Library.h"
 #include "IpodControl/ctl/Output.h"
 #include "IpodControl/ctl/ResultText.h"

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "IpodControl/ctl/Fields.h"
+#include "IpodControl/Fields.h"
 
 namespace IpodControl {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "IpodControl/ctl/Fields.h"
+#include "IpodControl/Fields.h"
 #include "IpodControl/ctl/Text.h"
 
 namespace IpodControl {

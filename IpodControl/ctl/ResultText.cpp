@@ -2,7 +2,7 @@
 
 #include "IpodControl/Base64.h"
 #include "IpodControl/ClockText.h"
-#include "IpodControl/ctl/Fields.h"
+#include "IpodControl/Fields.h"
 #include "IpodControl/ctl/Output.h"
 #include "IpodControl/ctl/Picture.h"
 #include "IpodControl/ctl/Text.h"

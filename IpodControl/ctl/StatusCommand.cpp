@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "IpodControl/Fields.h"
 #include "IpodControl/ctl/Ask.h"
 #include "IpodControl/ctl/Commands.h"
-#include "IpodControl/ctl/Fields.h"
 #include "IpodControl/ctl/Output.h"
 #include "IpodControl/ctl/ResultText.h"
 

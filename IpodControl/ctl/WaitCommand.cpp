@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <thread>
 
+#include "IpodControl/Fields.h"
 #include "IpodControl/ctl/Ask.h"
 #include "IpodControl/ctl/Commands.h"
-#include "IpodControl/ctl/Fields.h"
 
 namespace IpodControl {
 

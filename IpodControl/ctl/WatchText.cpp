@@ -8,7 +8,7 @@
 #include <ctime>
 
 #include "IpodControl/ClockText.h"
-#include "IpodControl/ctl/Fields.h"
+#include "IpodControl/Fields.h"
 #include "IpodControl/ctl/ResultText.h"
 #include "IpodControl/ctl/Text.h"
 

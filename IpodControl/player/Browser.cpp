@@ -13,17 +13,17 @@ constexpr std::size_t kMostInFlight = 2;
 constexpr std::chrono::seconds kRereadPause(1);
 
 bool IsList(const Json::Value& list) {
-    return Member(list, "categoryItems").isArray() && FlagIn(list, "isRootCategory") &&
-           NumberIn(list, "totalCount");
+    return Field(list, "categoryItems").isArray() && FlagIn(list, "isRootCategory") &&
+           IntegerField(list, "totalCount");
 }
 
 std::vector<Item> ItemsIn(const Json::Value& list) {
     std::vector<Item> items;
-    for (const Json::Value& item : Member(list, "categoryItems")) {
+    for (const Json::Value& item : Field(list, "categoryItems")) {
         if (items.size() == static_cast<std::size_t>(ListPages::kPageItems)) {
             break;
         }
-        const auto id = NumberIn(item, "itemId");
+        const auto id = IntegerField(item, "itemId");
         items.push_back({id.value_or(-1), TextIn(item, "itemName"),
                          id.has_value() && FlagIn(item, "isSupported").value_or(true)});
     }
@@ -32,7 +32,7 @@ std::vector<Item> ItemsIn(const Json::Value& list) {
 
 /// None is 0, and more than the service can count is what it can.
 std::int64_t TotalIn(const Json::Value& list) {
-    return std::clamp<std::int64_t>(NumberIn(list, "totalCount").value_or(0), 0, INT32_MAX);
+    return std::clamp<std::int64_t>(IntegerField(list, "totalCount").value_or(0), 0, INT32_MAX);
 }
 
 }  // namespace

@@ -84,10 +84,10 @@ void Browser::Enter() {
     }
     m_session.Say((m_isLast ? "Playing " : "Opening ") + item->name);
     Take("getBrowseList", PageParams(m_cursor, 1), [this, chosen = *item](const Reply& reply) {
-        const Json::Value& items = Member(reply.result, "categoryItems");
-        const bool isThere =
-            Fits(reply.result) && (m_isRoot || (!items.empty() && NumberIn(items[0], "itemId") == chosen.id &&
-                                                TextIn(items[0], "itemName") == chosen.name));
+        const Json::Value& items = Field(reply.result, "categoryItems");
+        const bool isThere = Fits(reply.result) &&
+                             (m_isRoot || (!items.empty() && IntegerField(items[0], "itemId") == chosen.id &&
+                                           TextIn(items[0], "itemName") == chosen.name));
         if (!isThere) {
             Changed();
             return;
@@ -185,7 +185,7 @@ void Browser::Jump(bool isForward) {
     }
     Take(isForward ? "getNextAlphaNumericIndex" : "getPrevAlphaNumericIndex",
          With("startIndex", Json::Int64{m_cursor}), [this](const Reply& reply) {
-             const auto index = NumberIn(reply.result, "itemIndex");
+             const auto index = IntegerField(reply.result, "itemIndex");
              if (index && *index >= 0 && *index < Total()) {
                  MoveTo(*index);
              } else {

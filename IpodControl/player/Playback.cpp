@@ -64,10 +64,10 @@ void Playback::AskPaused() {
 
 bool Playback::Take(const std::string& method, const Json::Value& params) {
     if (method == "trackInfoNotification") {
-        TakeTrack(Member(params, "trackInfo"));
+        TakeTrack(Field(params, "trackInfo"));
     } else if (method == "trackTimeNotification") {
-        m_clock.SetDuration(NumberIn(params, "trackDuration").value_or(m_clock.Duration()));
-        if (const auto position = NumberIn(params, "trackTime")) {
+        m_clock.SetDuration(IntegerField(params, "trackDuration").value_or(m_clock.Duration()));
+        if (const auto position = IntegerField(params, "trackTime")) {
             m_clock.Correct(*position, m_session.now);
         }
     } else if (method == "trackPausedNotification") {
@@ -88,9 +88,9 @@ void Playback::TakeTrack(const Json::Value& info) {
         return;
     }
     Track track{TextIn(info, "trackTitle"), TextIn(info, "trackArtist"), TextIn(info, "trackAlbum"),
-                NumberIn(info, "trackIndex").value_or(0), NumberIn(info, "trackCount").value_or(0)};
-    const std::int64_t position = NumberIn(info, "trackTime").value_or(0);
-    const std::int64_t duration = NumberIn(info, "trackDuration").value_or(0);
+                IntegerField(info, "trackIndex").value_or(0), IntegerField(info, "trackCount").value_or(0)};
+    const std::int64_t position = IntegerField(info, "trackTime").value_or(0);
+    const std::int64_t duration = IntegerField(info, "trackDuration").value_or(0);
     if (track == m_track && duration == m_clock.Duration()) {
         m_clock.Correct(position, m_session.now);
     } else {
@@ -115,10 +115,10 @@ void Playback::TakeTrack(const Json::Value& info) {
 
 void Playback::TakeCover(const Json::Value& params) {
     // Of a track that has been left since.
-    if (NumberIn(params, "trackIndex").value_or(m_track.index) != m_track.index) {
+    if (IntegerField(params, "trackIndex").value_or(m_track.index) != m_track.index) {
         return;
     }
-    const Json::Value& art = Member(params, "albumArt");
+    const Json::Value& art = Field(params, "albumArt");
     const char* begin = nullptr;
     const char* end = nullptr;
     if (!art.isString() || !art.getString(&begin, &end) || begin == end) {
