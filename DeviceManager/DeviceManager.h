@@ -6,21 +6,25 @@
 //
 // The event callback runs on a thread of the library's own. Once eDevMgrDeRegisterProcess has returned, the
 // callback is not called again and none is still running, except when called from the callback itself.
-#pragma once
+#ifndef DEVICE_MANAGER_H
+#define DEVICE_MANAGER_H
 
-#include <cstddef>
-#include <cstdint>
+#include <assert.h>
+#include <stddef.h>
+#include <stdint.h>
 
-using u8 = std::uint8_t;
-using u16 = std::uint16_t;
-using u32 = std::uint32_t;
-using i32 = std::int32_t;
+#include "DeviceManager/DeviceManagerValues.h"
+
+typedef uint8_t u8;
+typedef uint16_t u16;
+typedef uint32_t u32;
+typedef int32_t i32;
 
 // Records are exchanged in memory, little-endian and without padding beyond what stands here. Their texts end
 // in a NUL when the library behaves; a reader bounds them by the field all the same.
 
 /// One attached device, as eDevMgrGetDeviceList writes it.
-struct DeviceRecord {
+typedef struct DeviceRecord {
     char name[255];
     char node[255];
     char serial[258];
@@ -30,78 +34,80 @@ struct DeviceRecord {
     u32 type;
     u8 unused[8];
     char mountPath[256];  ///< meaningful for mass storage (types 0 to 13)
-};
-static_assert(sizeof(DeviceRecord) == 1048);
-static_assert(offsetof(DeviceRecord, name) == 0);
-static_assert(offsetof(DeviceRecord, node) == 255);
-static_assert(offsetof(DeviceRecord, serial) == 510);
-static_assert(offsetof(DeviceRecord, handle) == 768);
-static_assert(offsetof(DeviceRecord, productId) == 772);
-static_assert(offsetof(DeviceRecord, vendorId) == 776);
-static_assert(offsetof(DeviceRecord, type) == 780);
-static_assert(offsetof(DeviceRecord, unused) == 784);
-static_assert(offsetof(DeviceRecord, mountPath) == 792);
+} DeviceRecord;
+static_assert(sizeof(DeviceRecord) == 1048, "");
+static_assert(offsetof(DeviceRecord, name) == 0, "");
+static_assert(offsetof(DeviceRecord, node) == 255, "");
+static_assert(offsetof(DeviceRecord, serial) == 510, "");
+static_assert(offsetof(DeviceRecord, handle) == 768, "");
+static_assert(offsetof(DeviceRecord, productId) == 772, "");
+static_assert(offsetof(DeviceRecord, vendorId) == 776, "");
+static_assert(offsetof(DeviceRecord, type) == 780, "");
+static_assert(offsetof(DeviceRecord, unused) == 784, "");
+static_assert(offsetof(DeviceRecord, mountPath) == 792, "");
 
 /// What the callback is handed: six words whose meaning depends on the event, then texts packed one after
 /// another. words[0] is the event id.
-struct DeviceEvent {
+typedef struct DeviceEvent {
     u32 words[6];
     char text[1024];
-};
-static_assert(sizeof(DeviceEvent) == 1048);
-static_assert(offsetof(DeviceEvent, words) == 0);
-static_assert(offsetof(DeviceEvent, text) == 24);
+} DeviceEvent;
+static_assert(sizeof(DeviceEvent) == 1048, "");
+static_assert(offsetof(DeviceEvent, words) == 0, "");
+static_assert(offsetof(DeviceEvent, text) == 24, "");
 
 /// A name and the id by which the library knows the item.
-struct BrowseItem {
+typedef struct BrowseItem {
     char name[256];
     u32 id;
-};
-static_assert(sizeof(BrowseItem) == 260);
-static_assert(offsetof(BrowseItem, name) == 0);
-static_assert(offsetof(BrowseItem, id) == 256);
+} BrowseItem;
+static_assert(sizeof(BrowseItem) == 260, "");
+static_assert(offsetof(BrowseItem, name) == 0, "");
+static_assert(offsetof(BrowseItem, id) == 256, "");
 
-struct TrackMetadataRecord {
+typedef struct TrackMetadataRecord {
     char title[255];
     char album[255];
     char artist[255];
     char genre[255];
     char composer[255];
-};
-static_assert(sizeof(TrackMetadataRecord) == 1275);
-static_assert(offsetof(TrackMetadataRecord, title) == 0);
-static_assert(offsetof(TrackMetadataRecord, album) == 255);
-static_assert(offsetof(TrackMetadataRecord, artist) == 510);
-static_assert(offsetof(TrackMetadataRecord, genre) == 765);
-static_assert(offsetof(TrackMetadataRecord, composer) == 1020);
+} TrackMetadataRecord;
+static_assert(sizeof(TrackMetadataRecord) == 1275, "");
+static_assert(offsetof(TrackMetadataRecord, title) == 0, "");
+static_assert(offsetof(TrackMetadataRecord, album) == 255, "");
+static_assert(offsetof(TrackMetadataRecord, artist) == 510, "");
+static_assert(offsetof(TrackMetadataRecord, genre) == 765, "");
+static_assert(offsetof(TrackMetadataRecord, composer) == 1020, "");
 
-struct BatteryState {
+typedef struct BatteryState {
     u8 level;
     u8 powerState;
-};
-static_assert(sizeof(BatteryState) == 2);
-static_assert(offsetof(BatteryState, level) == 0);
-static_assert(offsetof(BatteryState, powerState) == 1);
+} BatteryState;
+static_assert(sizeof(BatteryState) == 2, "");
+static_assert(offsetof(BatteryState, level) == 0, "");
+static_assert(offsetof(BatteryState, powerState) == 1, "");
 
-struct IpodInfo {
+typedef struct IpodInfo {
     char name[255];
     u8 major;
     u8 minor;
     u8 revision;
     char serial[255];
     char model[255];
-};
-static_assert(sizeof(IpodInfo) == 768);
-static_assert(offsetof(IpodInfo, name) == 0);
-static_assert(offsetof(IpodInfo, major) == 255);
-static_assert(offsetof(IpodInfo, minor) == 256);
-static_assert(offsetof(IpodInfo, revision) == 257);
-static_assert(offsetof(IpodInfo, serial) == 258);
-static_assert(offsetof(IpodInfo, model) == 513);
+} IpodInfo;
+static_assert(sizeof(IpodInfo) == 768, "");
+static_assert(offsetof(IpodInfo, name) == 0, "");
+static_assert(offsetof(IpodInfo, major) == 255, "");
+static_assert(offsetof(IpodInfo, minor) == 256, "");
+static_assert(offsetof(IpodInfo, revision) == 257, "");
+static_assert(offsetof(IpodInfo, serial) == 258, "");
+static_assert(offsetof(IpodInfo, model) == 513, "");
 
-using DeviceEventCallback = void (*)(const DeviceEvent* event, u32 ph);
+typedef void (*DeviceEventCallback)(const DeviceEvent* event, u32 ph);
 
+#ifdef __cplusplus
 extern "C" {
+#endif
 
 // Session, memory, devices
 
@@ -176,4 +182,9 @@ u32 eDevMgriPodGetShuffleSetting(u32 ph, u32 dh, u32* mode);
 u32 eDevMgriPodSetShuffleSetting(u32 ph, u32 dh, u32 mode);
 u32 eDevMgriPodGetRepeatSetting(u32 ph, u32 dh, u32* mode);
 u32 eDevMgriPodSetRepeatSetting(u32 ph, u32 dh, u32 mode);
+
+#ifdef __cplusplus
 }
+#endif
+
+#endif

@@ -48,8 +48,9 @@ struct ShrinkFactors {
 void InitialiseVips() {
     static std::once_flag once;
     std::call_once(once, [] {
-        if (VIPS_INIT("ipod") != 0)
+        if (VIPS_INIT("ipod") != 0) {
             throw vips::VError();
+        }
         // A cover is too small for threads to pay, and no picture comes twice.
         vips_concurrency_set(1);
         vips_cache_set_max(0);
@@ -71,9 +72,11 @@ vips::VImage OpenJpeg(std::span<const u8> bytes, int scale) {
 
 /// What the decoder can divide by while it decodes, which costs it less than decoding the whole does.
 int ScaleOnLoad(const ShrinkFactors& factors) {
-    for (int scale : {8, 4, 2})
-        if (factors.CanDivide() && factors.x % scale == 0 && factors.y % scale == 0)
+    for (int scale : {8, 4, 2}) {
+        if (factors.CanDivide() && factors.x % scale == 0 && factors.y % scale == 0) {
             return scale;
+        }
+    }
     return 1;
 }
 
@@ -81,17 +84,20 @@ vips::VImage Shrink(std::span<const u8> bytes) {
     vips::VImage image = OpenJpeg(bytes, 1);
     const int width = image.width();
     const int height = image.height();
-    if (std::int64_t{width} * height > kMostPixels)
+    if (std::int64_t{width} * height > kMostPixels) {
         throw vips::VError("too large a picture");
+    }
     const ShrinkFactors factors{width / kThumbnailSide, height / kThumbnailSide};
     const int scale = ScaleOnLoad(factors);
-    if (scale > 1)
+    if (scale > 1) {
         image = OpenJpeg(bytes, scale);
+    }
 
     LOG_INFO("Calling shrink\n");
     vips::VImage shrunk = image.shrink(factors.x / scale, factors.y / scale);
-    if (!factors.CanDivide())
+    if (!factors.CanDivide()) {
         return shrunk;
+    }
     // libvips rounds up: the last column and row would stand for pixels that are not all there.
     return shrunk.extract_area(0, 0, std::min(width / factors.x, shrunk.width()),
                                std::min(height / factors.y, shrunk.height()));
@@ -101,18 +107,21 @@ vips::VImage Shrink(std::span<const u8> bytes) {
 std::optional<JpegBytes> SaveJpeg(const vips::VImage& image) {
     void* data = nullptr;
     size_t size = 0;
-    if (vips_jpegsave_buffer(image.get_image(), &data, &size, nullptr) != 0)
+    if (vips_jpegsave_buffer(image.get_image(), &data, &size, nullptr) != 0) {
         return std::nullopt;
+    }
     return JpegBytes{std::unique_ptr<void, GFree>(data), size};
 }
 
 }  // namespace
 
 u32 AlbumArtLength(u32 height, u32 width) {
-    if (height == 0)
+    if (height == 0) {
         return width;
-    if (width == 0)
+    }
+    if (width == 0) {
         return height;
+    }
     return width * height * 2;
 }
 
@@ -130,8 +139,9 @@ AlbumArt ConvertAlbumArt(const DeliveredPicture& picture) {
     InitialiseVips();
     const ErrorBufferCleared cleared;
     const std::optional<JpegBytes> jpeg = SaveJpeg(Shrink(picture.bytes));
-    if (!jpeg)
+    if (!jpeg) {
         return EncodeAsDelivered(picture);
+    }
     LOG_INFO("Finished resizing image size to %d\n", static_cast<int>(jpeg->size));
     return {EncodeBase64(jpeg->data.get(), jpeg->size), kThumbnailSide, kThumbnailSide};
 }

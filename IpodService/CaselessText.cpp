@@ -17,8 +17,9 @@ CaselessPattern::CaselessPattern(std::string_view pattern) {
 }
 
 bool CaselessPattern::IsPartOf(std::string_view text) {
-    if (text.size() < m_pattern.size())
+    if (text.size() < m_pattern.size()) {
         return false;
+    }
     Lower(text, m_lowered);
     return m_lowered.find(m_pattern) != std::string::npos;
 }

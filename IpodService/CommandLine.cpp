@@ -12,12 +12,14 @@ std::string ApplyCommandLine(int argc, const char* const* argv, CLogger& logger)
         const std::string_view argument = argv[i];
         const bool isLast = i + 1 == argc;
         if (argument.starts_with("-a")) {
-            if (isLast)
+            if (isLast) {
                 break;
+            }
             address = argv[i + 1];
         } else if (argument.starts_with("-l")) {
-            if (isLast)
+            if (isLast) {
                 break;
+            }
             logger.SetLevel(CLogger::LevelFromChar(argv[i + 1][0]));
         } else if (argument.starts_with("--disable-logging")) {
             logger.SetLevel(LogLevel::kOff);

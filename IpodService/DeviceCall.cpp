@@ -58,10 +58,11 @@ DeviceCall& DeviceCall::RepeatedWhileBusy(std::chrono::microseconds pause, First
 }
 
 void DeviceCall::Announce() const {
-    if (m_announcement.empty())
+    if (m_announcement.empty()) {
         CLogger::Log(m_file, m_line, m_announceLevel, "%s\n", m_name);
-    else
+    } else {
         CLogger::Log(m_file, m_line, m_announceLevel, "%s", m_announcement.c_str());
+    }
 }
 
 void DeviceCall::PauseWhileBusy() const {
@@ -70,14 +71,16 @@ void DeviceCall::PauseWhileBusy() const {
 }
 
 void DeviceCall::Report(u32 code) const {
-    if (!m_reportFailure)
+    if (!m_reportFailure) {
         return;
+    }
     const char* result = ResultCodeName(code);
-    if (m_failureBefore != nullptr)
+    if (m_failureBefore != nullptr) {
         CLogger::Log(m_file, m_line, m_failureLevel, "%s%s\n", m_failureBefore, result);
-    else if (m_count != nullptr)
+    } else if (m_count != nullptr) {
         CLogger::Log(m_file, m_line, m_failureLevel, "Return from %s is :%s%s%d\n", m_failureName, result,
                      m_countText, static_cast<int>(*m_count));
-    else
+    } else {
         CLogger::Log(m_file, m_line, m_failureLevel, "Return from %s is :%s\n", m_failureName, result);
+    }
 }

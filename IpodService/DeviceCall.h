@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "DeviceManager/DeviceManager.h"
-#include "IpodService/ResultCodes.h"
+#include "IpodService/Outcome.h"
 #include "ServiceUtil/Logger.h"
 
 /// One call of the device manager with its log entries, which carry the source position of whoever makes it:
@@ -44,19 +44,23 @@ class DeviceCall {
 
     template <typename... Parameters, typename... Arguments>
     u32 operator()(u32 (*function)(Parameters...), Arguments&&... arguments) const {
-        if (!m_announceAfterwards)
+        if (!m_announceAfterwards) {
             Announce();
+        }
         u32 code = function(arguments...);
-        if (code == ResultCode::kAppBusy && m_busyPause.count() > 0 && m_firstRepeat == FirstRepeat::AtOnce)
+        if (code == DEV_MGR_IAP_APP_BUSY && m_busyPause.count() > 0 && m_firstRepeat == FirstRepeat::AtOnce) {
             code = function(arguments...);
-        while (code == ResultCode::kAppBusy && m_busyPause.count() > 0) {
+        }
+        while (code == DEV_MGR_IAP_APP_BUSY && m_busyPause.count() > 0) {
             PauseWhileBusy();
             code = function(arguments...);
         }
-        if (m_announceAfterwards)
+        if (m_announceAfterwards) {
             Announce();
-        if (code != ResultCode::kSuccess || m_reportSuccess)
+        }
+        if (code != DEV_MGR_SUCCESS || m_reportSuccess) {
             Report(code);
+        }
         return code;
     }
 

@@ -1,14 +1,12 @@
 // What the log tells of devices that come and go.
 
 #include "IpodService/DeviceEventLog.h"
+#include "IpodService/DeviceKind.h"
 #include "IpodService/DeviceManagerNames.h"
-#include "IpodService/ResultCodes.h"
 #include "ServiceUtil/Logger.h"
 
 namespace {
 
-constexpr u32 kMounted = 6;
-constexpr u32 kMountFailed = 7;
 constexpr u32 kNameField = 255;  ///< bytes that a mass-storage device's name has before its mount path
 
 void LogText(const char* label, const EventText& text) {
@@ -32,18 +30,21 @@ void LogNoMedium(const DeviceEventView& event) {
 // The name may have two bytes a character: single zero bytes are part of it.
 void LogWideName(const DeviceEventView& event) {
     for (u32 i = 0; i < kNameField; ++i) {
-        if (event.Byte(i) == 0 && event.Byte(i + 1) == 0)
+        if (event.Byte(i) == 0 && event.Byte(i + 1) == 0) {
             break;
+        }
         LOG_INFO("%c", event.Byte(i));
     }
 }
 
 void LogMassStorage(const DeviceEventView& event) {
     LOG_INFO("Mass storage device is connected. Type is %s\n", DeviceTypeName(event.Word(1)));
-    if (event.Word(2) == kMountFailed)
+    if (event.Word(2) == DEV_MGR_MOUNT_FAILED) {
         LOG_INFO("Mount failed");
-    if (event.Word(2) != kMounted)
+    }
+    if (event.Word(2) != DEV_MGR_MOUNT_PASSED) {
         return;
+    }
     LOG_INFO("Mount passed.\n");
     LOG_INFO("Device name is: ");
     LogWideName(event);
@@ -86,12 +87,13 @@ void LogGoneDevice(const DeviceEventView& event) {
         "Product ID of disconnected device is 0x%x\nVendor ID of disconnected device is 0x%x\n"
         "Name of disconnected device is %.*s\n",
         DeviceTypeName(type), event.Signed(2), event.Word(3), event.Word(4), name.Length(), name.Data());
-    if (DeviceType::IsMassStorage(type))
+    if (DeviceKind::IsMassStorage(type)) {
         LogText("Mount path of discoonected device is ", event.TextAt(second));
-    else if (type <= DeviceType::kLastMtp)
+    } else if (type <= DEV_MGR_DEVICE_TYPE_MTP_1WIRE_ZUNE) {
         LogText("Node of discoonected MTP/iAP device is ", event.TextAt(second));
+    }
     LogText("Serial of disconected device is ",
-            type <= DeviceType::kLastMtp ? event.TextAfter(second) : event.TextAt(second));
+            type <= DEV_MGR_DEVICE_TYPE_MTP_1WIRE_ZUNE ? event.TextAfter(second) : event.TextAt(second));
     LOG_INFO("if you are in FS browse, press \"x\" and come out as device is disconnected\n");
     LOG_INFO("if you are in iPod Menu, press \"c\" to return to main menu\n\n");
 }
@@ -100,20 +102,20 @@ void LogGoneDevice(const DeviceEventView& event) {
 
 void DeviceEventLog::Connected(const DeviceEventView& event) {
     const u32 type = event.Word(1);
-    if (type == DeviceType::kNoMedium) {
+    if (type == DEV_MGR_DEVICE_TYPE_NO_MEDIUM) {
         LogNoMedium(event);
-    } else if (DeviceType::IsMassStorage(type)) {
+    } else if (DeviceKind::IsMassStorage(type)) {
         LogMassStorage(event);
-    } else if (type == DeviceType::kMtpNormal) {
+    } else if (type == DEV_MGR_DEVICE_TYPE_MTP_1WIRE_NORMAL) {
         LogMtp(event);
-    } else if (DeviceType::IsIap(type) || DeviceType::IsIap2(type)) {
+    } else if (DeviceKind::IsIap(type) || DeviceKind::IsIap2(type)) {
         LogIap(event);
-    } else if (type == DeviceType::kUnsupported) {
+    } else if (type == DEV_MGR_DEVICE_TYPE_UNSUPPORTED) {
         LOG_INFO("Connected device is unsupported.\n");
-    } else if (type == DeviceType::kUnknown) {
+    } else if (type == DEV_MGR_DEVICE_TYPE_UNKNOWN) {
         LOG_INFO("USB device is connected. Yet unknown. Reading.\n");
         LOG_INFO("Another Connected event will be received if connected device is supported.\n");
-    } else if (type == DeviceType::kHub) {
+    } else if (type == DEV_MGR_DEVICE_TYPE_HUB) {
         LOG_INFO("HUB is connected.\n");
         LogHub("connected", event);
     }
@@ -121,10 +123,10 @@ void DeviceEventLog::Connected(const DeviceEventView& event) {
 
 void DeviceEventLog::Disconnected(const DeviceEventView& event) {
     const u32 type = event.Word(1);
-    if (type == DeviceType::kHub) {
+    if (type == DEV_MGR_DEVICE_TYPE_HUB) {
         LOG_INFO("HUB is disconnected\n");
         LogHub("disconnected", event);
-    } else if (type == DeviceType::kUnknown) {
+    } else if (type == DEV_MGR_DEVICE_TYPE_UNKNOWN) {
         LOG_INFO("Unknown device disconnected\n");
     } else {
         LogGoneDevice(event);

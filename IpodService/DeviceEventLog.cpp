@@ -1,7 +1,6 @@
 #include "IpodService/DeviceEventLog.h"
 
 #include "IpodService/DeviceManagerNames.h"
-#include "IpodService/EventIds.h"
 #include "ServiceUtil/Logger.h"
 
 namespace {
@@ -34,27 +33,31 @@ void DeviceEventLog::Authentication(const DeviceEventView& event) {
     const EventText node = event.Text(0);
     LOG_INFO("Authentication related event for device with device handle %d, Node = %.*s\n\n",
              event.Signed(5), node.Length(), node.Data());
-    if (event.Id() == EventId::kAuthLocked)
+    if (event.Id() == DEV_MGR_EVENT_AUTH_LOCKED) {
         LOG_INFO("Auth Locked\n");
-    else if (event.Id() == EventId::kAuthUnlocked)
+    } else if (event.Id() == DEV_MGR_EVENT_AUTH_UNLOCKED) {
         LOG_INFO("Auth Unlocked\n");
+    }
 }
 
 void DeviceEventLog::ApplicationSession(const DeviceEventView& event) {
     LOG_INFO("Application Support related event for device %d\n", event.Signed(5));
     const EventText protocol = event.Text(0);
-    if (event.Id() == EventId::kSessionOpened)
+    if (event.Id() == DEV_MGR_IPOD_APP_SESSION_OPENED) {
         LOG_INFO("Session Opened:[sessionID] - %d\n", event.Signed(4));
-    else if (event.Id() == EventId::kSessionClosed)
+    } else if (event.Id() == DEV_MGR_IPOD_APP_SESSION_CLOSED) {
         LOG_INFO("Session Closed:[sessionID] - %d\n", event.Signed(4));
-    if (event.Id() != EventId::kDataReceived)
+    }
+    if (event.Id() != DEV_MGR_IPOD_APP_DATA_RECEIVED) {
         LOG_INFO("The protocol string:[%.*s]\n", protocol.Length(), protocol.Data());
-    if (event.Id() != EventId::kSessionClosed)
+    }
+    if (event.Id() != DEV_MGR_IPOD_APP_SESSION_CLOSED) {
         LogSessionData(event);
+    }
 }
 
 void DeviceEventLog::ApplicationName(const DeviceEventView& event) {
-    const char* kind = event.Id() == EventId::kAppBundleName ? "Bundle" : "Display";
+    const char* kind = event.Id() == DEV_MGR_IPOD_NOW_PLAYING_APP_BUNDLE_NAME ? "Bundle" : "Display";
     const EventText name = event.Text(0);
     LOG_INFO("NowPlayingApplication%sName event received from connected iPod device %d\n", kind,
              event.Signed(5));

@@ -9,15 +9,17 @@ constexpr u32 kTextSize = sizeof(DeviceEvent::text);
 }  // namespace
 
 EventText DeviceEventView::TextAt(u32 offset) const {
-    if (offset >= kTextSize)
+    if (offset >= kTextSize) {
         return EventText("");
+    }
     const char* text = m_event.text + offset;
     return EventText(std::string_view(text, strnlen(text, kTextSize - offset)));
 }
 
 u32 DeviceEventView::OffsetAfter(u32 offset) const {
-    if (offset >= kTextSize)
+    if (offset >= kTextSize) {
         return kTextSize;
+    }
     return offset + static_cast<u32>(TextAt(offset).View().size()) + 1;
 }
 
@@ -27,8 +29,9 @@ EventText DeviceEventView::TextAfter(u32 offset) const {
 
 EventText DeviceEventView::Text(unsigned number) const {
     u32 offset = 0;
-    for (; number > 0; --number)
+    for (; number > 0; --number) {
         offset = OffsetAfter(offset);
+    }
     return TextAt(offset);
 }
 

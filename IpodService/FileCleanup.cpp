@@ -19,12 +19,14 @@ struct CloseFolder {
 std::vector<std::string> ListFiles(const std::string& folder, std::string_view text) {
     std::vector<std::string> names;
     const std::unique_ptr<DIR, CloseFolder> open(opendir(folder.c_str()));
-    if (open == nullptr)
+    if (open == nullptr) {
         return names;
+    }
     CaselessPattern pattern(text);
     while (const dirent* entry = readdir(open.get())) {
-        if (entry->d_type == DT_REG && pattern.IsPartOf(entry->d_name))
+        if (entry->d_type == DT_REG && pattern.IsPartOf(entry->d_name)) {
             names.emplace_back(entry->d_name);
+        }
     }
     return names;
 }
@@ -34,7 +36,8 @@ void RemoveFiles(const std::string& folder, const std::vector<std::string>& name
         std::array<char, 256> path{};
         const int length = std::snprintf(path.data(), path.size(), "%s/%s", folder.c_str(), name.c_str());
         // A path that was cut off could be another file's.
-        if (length > 0 && static_cast<std::size_t>(length) < path.size())
+        if (length > 0 && static_cast<std::size_t>(length) < path.size()) {
             std::remove(path.data());
+        }
     }
 }

@@ -18,8 +18,9 @@ std::atomic<u32> g_watchesPublished{0};
 /// A new element named `name`, owned by `bin`; null when its plugin is not installed.
 GstElement* AddElement(GstElement* bin, const char* factory, const char* name) {
     GstElement* element = gst_element_factory_make(factory, name);
-    if (element != nullptr)
+    if (element != nullptr) {
         gst_bin_add(GST_BIN(bin), element);
+    }
     return element;
 }
 
@@ -32,26 +33,31 @@ bool LinkAtRate(GstElement* source, GstElement* sink, i32 sampleRate) {
 
 void Link(GstElement* source, GstElement* sink, i32 sampleRate) {
     if (sampleRate > 0) {
-        if (LinkAtRate(source, sink, sampleRate))
+        if (LinkAtRate(source, sink, sampleRate)) {
             return;
+        }
         LOG_WARN("!error! - could not link rate %d , doing backup linking \n", sampleRate);
     }
-    if (source != nullptr && sink != nullptr)
+    if (source != nullptr && sink != nullptr) {
         gst_element_link_many(source, sink, nullptr);
+    }
 }
 
 GstObjectPtr<GstElement> BuildPipeline(const std::string& device, i32 sampleRate) {
     GstElement* created = gst_pipeline_new("pipeline");
-    if (created == nullptr)
+    if (created == nullptr) {
         return nullptr;
+    }
     GstObjectPtr<GstElement> pipeline(GST_ELEMENT(gst_object_ref_sink(created)));
 
     GstElement* source = AddElement(created, "alsasrc", "source");
-    if (source != nullptr)
+    if (source != nullptr) {
         g_object_set(source, "device", device.c_str(), nullptr);
+    }
     GstElement* sink = AddElement(created, "alsasink", "sink");
-    if (sink != nullptr)
+    if (sink != nullptr) {
         g_object_set(sink, "sync", FALSE, nullptr);
+    }
     Link(source, sink, sampleRate);
     return pipeline;
 }
@@ -109,27 +115,31 @@ void GstreamerStreamer::Pipeline::Drop() {
 
 void GstreamerStreamer::Pipeline::DropLocked() {
     m_watch.reset();
-    if (m_element)
+    if (m_element) {
         gst_element_set_state(m_element.get(), GST_STATE_NULL);
+    }
     m_element.reset();
 }
 
 void GstreamerStreamer::Pipeline::SetState(GstState state) {
     std::lock_guard lock(m_mutex);
-    if (m_element)
+    if (m_element) {
         gst_element_set_state(m_element.get(), state);
+    }
 }
 
 gboolean GstreamerStreamer::Pipeline::OnBusMessage(GstBus*, GstMessage* message, gpointer watched) {
     g_watchesPublished.load(std::memory_order_acquire);
     Pipeline& pipeline = **static_cast<std::shared_ptr<Pipeline>*>(watched);
     std::lock_guard lock(pipeline.m_mutex);
-    if (!pipeline.m_element)
+    if (!pipeline.m_element) {
         return TRUE;
-    if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_EOS)
+    }
+    if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_EOS) {
         LOG_DEBUG("end-of-stream\n");
-    else if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR)
+    } else if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
         pipeline.HandleError(message);
+    }
     return TRUE;
 }
 
@@ -138,31 +148,36 @@ void GstreamerStreamer::Pipeline::HandleError(GstMessage* message) {
     gst_message_parse_error(message, &parsed, nullptr);
     GErrorPtr error(parsed);
     LOG_WARN("Error: %s - Code: %d\n", error->message, error->code);
-    if (error->code == kDeviceGoneCode)
+    if (error->code == kDeviceGoneCode) {
         DropLocked();
+    }
 }
 
 i32 GstreamerStreamer::StartPipeline(i32 sampleRate) {
     StopPipeline();
     // The first start may come before the main thread has got as far as this.
     gst_init_check(nullptr, nullptr, nullptr);
-    if (GstObjectPtr<GstElement> element = BuildPipeline(m_device, sampleRate))
+    if (GstObjectPtr<GstElement> element = BuildPipeline(m_device, sampleRate)) {
         m_pipeline = Pipeline::Play(std::move(element));
+    }
     return 1;
 }
 
 void GstreamerStreamer::StopPipeline() {
-    if (m_pipeline)
+    if (m_pipeline) {
         m_pipeline->Drop();
+    }
     m_pipeline.reset();
 }
 
 void GstreamerStreamer::PausePipeline() {
-    if (m_pipeline)
+    if (m_pipeline) {
         m_pipeline->SetState(GST_STATE_PAUSED);
+    }
 }
 
 void GstreamerStreamer::PlayPipeline() {
-    if (m_pipeline)
+    if (m_pipeline) {
         m_pipeline->SetState(GST_STATE_PLAYING);
+    }
 }

@@ -17,8 +17,9 @@ bool BeginsWithArticle(std::string_view name) {
 }  // namespace
 
 std::optional<unsigned char> InitialKey(std::string_view name) {
-    if (name.empty())
+    if (name.empty()) {
         return std::nullopt;
+    }
     return static_cast<unsigned char>(name[BeginsWithArticle(name) ? kArticle.size() : 0]);
 }
 

@@ -39,6 +39,7 @@ void IpodManager::PrepareDatabaseFolder() const {
         LOG_INFO("Folder ready %s\n", path);
         return;
     }
-    if (mkdir(path, 0775) != 0)
+    if (mkdir(path, 0775) != 0) {
         LOG_ERROR("Could not create the folder %s (%d)\n", path, errno);
+    }
 }

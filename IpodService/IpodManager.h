@@ -15,7 +15,7 @@
 #include "IpodService/BrowseLevel.h"
 #include "IpodService/DeviceCall.h"
 #include "IpodService/IIpodNotifications.h"
-#include "IpodService/ResultCodes.h"
+#include "IpodService/Outcome.h"
 
 class DeviceEventView;
 class GstreamerStreamer;

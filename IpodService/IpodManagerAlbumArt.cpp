@@ -15,7 +15,7 @@ constexpr u32 kWantedWidth = 480;
 
 /// The device has said that waiting will not bring a picture.
 bool WillNeverCome(u32 code) {
-    return code >= ResultCode::kArtworkNotSupported && code <= ResultCode::kNotPlaying;
+    return code >= DEV_MGR_IAP_ARTWORK_NOT_SUPPORTED_BY_IPOD_ERROR && code <= DEV_MGR_IAP_NOT_PLAYING_ERROR;
 }
 
 AlbumArt ConvertOrKeep(const DeliveredPicture& picture) {
@@ -30,7 +30,7 @@ AlbumArt ConvertOrKeep(const DeliveredPicture& picture) {
 }  // namespace
 
 struct IpodManager::AlbumArtResult {
-    u32 code = ResultCode::kSuccess;
+    u32 code = DEV_MGR_SUCCESS;
     DeliveredPicture picture;  ///< into shared-memory block 1
 };
 
@@ -38,8 +38,9 @@ IpodManager::AlbumArtResult IpodManager::ReadAlbumArt() {
     if (!m_shm1) {
         LOG_INFO("Shared memory not alloted. allocate shared memory block 1.\n");
         AllocateShm1();
-        if (!m_shm1)
+        if (!m_shm1) {
             return {};
+        }
     }
     AlbumArtResult result;
     DeliveredPicture& picture = result.picture;
@@ -47,24 +48,28 @@ IpodManager::AlbumArtResult IpodManager::ReadAlbumArt() {
     picture.width = kWantedWidth;
     result.code = OnDevice(DeviceCall("eDevMgriPodGetPlayingTrackAlbumArt").FailureAt(LogLevel::kInfo),
                            eDevMgriPodGetPlayingTrackAlbumArt, &picture.height, &picture.width, *m_shm1);
-    if (result.code != ResultCode::kSuccess)
+    if (result.code != DEV_MGR_SUCCESS) {
         return result;
+    }
     LOG_INFO("Successfully read album art with height = %d and width = %d\n",
              static_cast<int>(picture.height), static_cast<int>(picture.width));
     picture.length = AlbumArtLength(picture.height, picture.width);
     // A failed allocation leaves a block at address 0, and the device may report a size beyond any block.
-    if (*m_shm1 != 0)
+    if (*m_shm1 != 0) {
         picture.bytes = {reinterpret_cast<const u8*>(static_cast<std::uintptr_t>(*m_shm1)),
                          std::min(picture.length, m_shm1Granted)};
+    }
     return result;
 }
 
 i32 IpodManager::GetPlayingTrackAlbumArt(std::string& text, u32& width, u32& height) {
     const AlbumArtResult result = ReadAlbumArt();
-    if (result.code != ResultCode::kSuccess)
+    if (result.code != DEV_MGR_SUCCESS) {
         return static_cast<i32>(result.code);
-    if (result.picture.bytes.empty())
+    }
+    if (result.picture.bytes.empty()) {
         return 0;
+    }
     AlbumArt art = ConvertAlbumArt(result.picture);
     text = std::move(art.text);
     width = art.width;
@@ -73,25 +78,29 @@ i32 IpodManager::GetPlayingTrackAlbumArt(std::string& text, u32& width, u32& hei
 }
 
 i32 IpodManager::RequestDelayedAlbumArt() {
-    if (m_deviceHandle == 0)
+    if (m_deviceHandle == 0) {
         return -1;
+    }
     m_albumArtPending = true;
     return 0;
 }
 
 void IpodManager::ProcessDelayedAlbumArt() {
     // A track info that is due goes out first: the picture belongs to what it announces.
-    if (!m_albumArtPending || m_playStatusPending)
+    if (!m_albumArtPending || m_playStatusPending) {
         return;
+    }
     LOG_INFO("performing delayed get album art!\n");
     const AlbumArtResult result = ReadAlbumArt();
-    const bool answered = result.code == ResultCode::kSuccess || result.code == ResultCode::kNone;
-    if (!answered && !WillNeverCome(result.code))
+    const bool answered = result.code == DEV_MGR_SUCCESS || result.code == DEV_MGR_RESULT_NONE;
+    if (!answered && !WillNeverCome(result.code)) {
         return;  // Still pending, so the next pass tries again.
+    }
     m_albumArtPending = false;
-    if (!answered)
+    if (!answered) {
         return;
-    const bool delivered = result.code == ResultCode::kSuccess && !result.picture.bytes.empty();
+    }
+    const bool delivered = result.code == DEV_MGR_SUCCESS && !result.picture.bytes.empty();
     const AlbumArt art = delivered ? ConvertOrKeep(result.picture) : AlbumArt{};
     const int trackIndex = static_cast<int>(GetNowPlayingIndex().index + 1);
     m_notifications->OnAlbumArt(art.text, art.width, art.height, trackIndex);

@@ -8,24 +8,29 @@
 
 namespace {
 
+constexpr u32 kIrreducible = 1024;  ///< stands for a mask that is no single category
+
 struct CategoryName {
     u32 category;
     const char* name;
 };
 
 constexpr CategoryName kCategoryNames[] = {
-    {Category::kPlaylist, "PLAYLIST"},   {Category::kArtist, "ARTIST"},   {Category::kAlbum, "ALBUM"},
-    {Category::kGenre, "GENRE"},         {Category::kTrack, "TRACK"},     {Category::kComposer, "COMPOSER"},
-    {Category::kAudiobook, "AUDIOBOOK"}, {Category::kPodcast, "PODCAST"},
+    {DEV_MGR_CATEGORY_PLAYLIST, "PLAYLIST"},   {DEV_MGR_CATEGORY_ARTIST, "ARTIST"},
+    {DEV_MGR_CATEGORY_ALBUM, "ALBUM"},         {DEV_MGR_CATEGORY_GENRE, "GENRE"},
+    {DEV_MGR_CATEGORY_TRACK, "TRACK"},         {DEV_MGR_CATEGORY_COMPOSER, "COMPOSER"},
+    {DEV_MGR_CATEGORY_AUDIOBOOK, "AUDIOBOOK"}, {DEV_MGR_CATEGORY_PODCAST, "PODCAST"},
 };
 
 void LogCategories(const char* label, u32 mask) {
     std::string line = label;
-    if (mask == Category::kNone)
+    if (mask == DEV_MGR_CATEGORY_NONE) {
         line += " NONE";
+    }
     for (const CategoryName& entry : kCategoryNames) {
-        if ((mask & entry.category) != 0)
+        if ((mask & entry.category) != 0) {
             line.append(" ").append(entry.name);
+        }
     }
     LOG_INFO("%s\n", line.c_str());
 }
@@ -36,7 +41,7 @@ bool IsFailure(u32 mask) {
 }
 
 bool IsOneCategory(u32 mask) {
-    return std::has_single_bit(mask) && mask >= Category::kPlaylist && mask <= Category::kIrreducible;
+    return std::has_single_bit(mask) && mask >= DEV_MGR_CATEGORY_PLAYLIST && mask <= kIrreducible;
 }
 
 /// Stands between the announcement and the call.
@@ -52,8 +57,9 @@ i32 IpodManager::OpenBrowseSession() {
     const u32 code = OnDevice(DeviceCall("eDevMgriPodOpenMdBrowseSession").AnnouncedAt(LogLevel::kWarn),
                               eDevMgriPodOpenMdBrowseSession, 1u);
     EmptyBrowseStack();
-    if (code == ResultCode::kSuccess)
+    if (code == DEV_MGR_SUCCESS) {
         m_connectionState = ConnectionState::BrowseReady;
+    }
     return Outcome(code);
 }
 
@@ -70,8 +76,9 @@ i32 IpodManager::CloseBrowseSession() {
 }
 
 void IpodManager::EmptyBrowseStack() {
-    for (std::unique_ptr<BrowseLevel>& level : m_browseStack)
+    for (std::unique_ptr<BrowseLevel>& level : m_browseStack) {
         level.reset();
+    }
     m_browseStack.clear();
 }
 
@@ -83,21 +90,24 @@ u32 IpodManager::GetSupportedCategories(u32 category) {
     u32 mask = 0;
     const u32 code =
         OnDevice(DeviceCall("eDevMgriPodMdGetCategories"), eDevMgriPodMdGetCategories, category, &mask);
-    if (code != ResultCode::kSuccess)
+    if (code != DEV_MGR_SUCCESS) {
         return static_cast<u32>(Outcome(code));
+    }
     LogCategories("SupportedCategories", mask);
     return mask;
 }
 
 std::vector<TopCategoryEntry> IpodManager::GetTopCategories() {
-    std::vector<TopCategoryEntry> entries = {{0, Category::kPlaylist}, {1, Category::kArtist},
-                                             {2, Category::kTrack},    {3, Category::kAlbum},
-                                             {4, Category::kGenre},    {5, Category::kComposer}};
-    const u32 mask = GetSupportedCategories(Category::kTopLevelQuery);
-    if (IsFailure(mask))
+    std::vector<TopCategoryEntry> entries = {{0, DEV_MGR_CATEGORY_PLAYLIST}, {1, DEV_MGR_CATEGORY_ARTIST},
+                                             {2, DEV_MGR_CATEGORY_TRACK},    {3, DEV_MGR_CATEGORY_ALBUM},
+                                             {4, DEV_MGR_CATEGORY_GENRE},    {5, DEV_MGR_CATEGORY_COMPOSER}};
+    const u32 mask = GetSupportedCategories(DEV_MGR_CATEGORY_TOP_LEVEL);
+    if (IsFailure(mask)) {
         return entries;
-    for (TopCategoryEntry& entry : entries)
+    }
+    for (TopCategoryEntry& entry : entries) {
         entry.supported = (mask & entry.category) != 0 ? 1 : 0;
+    }
     return entries;
 }
 
@@ -113,8 +123,9 @@ i32 IpodManager::BrowseTopCategory(u32 category) {
         }
     }
     auto level = std::make_unique<BrowseLevel>(category);
-    if (GetSubCategoryItems(nullptr, level.get()) != 0)
+    if (GetSubCategoryItems(nullptr, level.get()) != 0) {
         return -1;
+    }
     m_browseStack.push_back(std::move(level));
     return 0;
 }
@@ -125,10 +136,10 @@ i32 IpodManager::GetSubCategoryItems(BrowseLevel* parent, BrowseLevel* child) {
         return -1;
     }
     LogCategories("Expanding category", child->category);
-    const u32 mask = GetSupportedCategories(parent != nullptr ? parent->category : Category::kTopLevelQuery);
+    const u32 mask =
+        GetSupportedCategories(parent != nullptr ? parent->category : u32{DEV_MGR_CATEGORY_TOP_LEVEL});
     if (IsFailure(mask)) {
-        LOG_INFO("Return from eDevMgriPodMdGetCategories is :%s\n",
-                 ResultCodeName(ResultCode::kUnknownFailure));
+        LOG_INFO("Return from eDevMgriPodMdGetCategories is :%s\n", ResultCodeName(DEV_MGR_UNKNOWN_FAILURE));
         return static_cast<i32>(mask);
     }
     if ((mask & child->category) == 0) {
@@ -139,7 +150,7 @@ i32 IpodManager::GetSubCategoryItems(BrowseLevel* parent, BrowseLevel* child) {
     const ParentPair above = ParentPairOf(parent);
     const u32 code = OnDevice(DeviceCall("eDevMgriPodGetNumItems").FailureWithCount(", Num items = ", count),
                               eDevMgriPodGetNumItems, above.category, above.index, child->category, &count);
-    if (code == ResultCode::kSuccess) {
+    if (code == DEV_MGR_SUCCESS) {
         child->parent = parent;
         child->itemCount = count;
     }
@@ -158,21 +169,24 @@ i32 IpodManager::SelectItem(BrowseLevel& level, u32 index) {
 u32 IpodManager::ReduceChildCategory(u32 category) {
     const u32 mask = GetSupportedCategories(category);
     const u32 child = mask & ~category;
-    if (child == Category::kNone || IsOneCategory(child))
+    if (child == DEV_MGR_CATEGORY_NONE || IsOneCategory(child)) {
         return child;
+    }
     LOG_ERROR("Couldn't reduce category %x -> %x\n", category, mask);
     LogCategories(" : ", child);
-    return Category::kIrreducible;
+    return kIrreducible;
 }
 
 i32 IpodManager::BrowseInto(u32 index) {
     BrowseLevel* const top = CurrentBrowseLevel();
-    if (top == nullptr)
+    if (top == nullptr) {
         return -1;
+    }
     const u32 childCategory = ReduceChildCategory(top->category);
-    if (SelectItem(*top, index) != 0)
+    if (SelectItem(*top, index) != 0) {
         return -1;
-    if (childCategory == Category::kNone) {
+    }
+    if (childCategory == DEV_MGR_CATEGORY_NONE) {
         LOG_DEBUG("Done with current browse session\n");
         ResetDatabase();
         return 1;
@@ -188,12 +202,13 @@ i32 IpodManager::BrowseInto(u32 index) {
 
 bool IpodManager::IsAtLeafCategory() {
     const BrowseLevel* const top = CurrentBrowseLevel();
-    return top != nullptr && ReduceChildCategory(top->category) == Category::kNone;
+    return top != nullptr && ReduceChildCategory(top->category) == DEV_MGR_CATEGORY_NONE;
 }
 
 i32 IpodManager::BrowseOneLevelBack() {
-    if (m_browseStack.empty())
+    if (m_browseStack.empty()) {
         return 1;
+    }
     // Entering a top-level category narrowed nothing on the device.
     const i32 outcome = m_browseStack.size() > 1 ? DeviceOneLevelBack() : 0;
     m_browseStack.pop_back();

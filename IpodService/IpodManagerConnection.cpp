@@ -25,8 +25,9 @@ void IpodManager::UpdateConnection() {
 
 void IpodManager::FindAndOpenDevice() {
     const u32 kept = GetNumDevices();
-    if (static_cast<i32>(kept) <= 0)
+    if (static_cast<i32>(kept) <= 0) {
         return;
+    }
     GetDeviceList();
     // The second count sized the list and may be smaller than the first.
     for (u32 i = 0; i < kept && i < m_listedDevices; ++i) {
@@ -45,17 +46,20 @@ void IpodManager::SetUpCharging() {
 
 void IpodManager::OpenSessionOrRecover(const char* stateText) {
     LOG_INFO("%s", stateText);
-    if (OpenBrowseSession() == 0)
+    if (OpenBrowseSession() == 0) {
         return;
+    }
     ResetDatabase();
     CloseBrowseSession();
-    if (OpenBrowseSession() != 0)
+    if (OpenBrowseSession() != 0) {
         CloseDevice();
+    }
 }
 
 void IpodManager::ProcessDelayedClose() {
-    if (!m_closePending.exchange(false))
+    if (!m_closePending.exchange(false)) {
         return;
+    }
     LOG_WARN("performing delayed close device!\n");
     CloseDevice();
     m_notifications->OnConnection(false);

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <span>
 
+#include "IpodService/DeviceKind.h"
 #include "IpodService/FileCleanup.h"
 #include "IpodService/IpodManager.h"
 #include "IpodService/RecordText.h"
@@ -35,18 +36,21 @@ const DeviceRecord* IpodManager::GetDeviceList() {
     GetNumDevices();
     m_deviceList.reset();
     m_listedDevices = 0;
-    if (m_numDevices == 0)
+    if (m_numDevices == 0) {
         return nullptr;
+    }
     const u32 room = std::min(m_numDevices, kMaxListedDevices);
     m_numDevices = room;
     m_deviceList.reset(static_cast<DeviceRecord*>(std::calloc(room, sizeof(DeviceRecord))));
-    if (m_deviceList == nullptr)
+    if (m_deviceList == nullptr) {
         return nullptr;
+    }
     m_listedDevices = room;
     const u32 code = OnProcess(DeviceCall("eDevMgrGetDeviceList"), eDevMgrGetDeviceList, m_deviceList.get(),
                                0u, &m_numDevices);
-    if (code != ResultCode::kSuccess)
+    if (code != DEV_MGR_SUCCESS) {
         return m_deviceList.get();
+    }
     m_numDevices = std::min(m_numDevices, room);
     LOG_INFO("Num devices is :%d\n", static_cast<int>(m_numDevices));
     for (u32 i = 0; i < m_numDevices; ++i) {
@@ -64,7 +68,7 @@ void IpodManager::LogDevice(const DeviceRecord& device) {
     const RecordText serial(device.serial);
     LOG_INFO("Product ID is 0x%x,\tVendor Id is 0x%x\tDevice Node is %.*s\tDevice serial is %.*s\t\n",
              device.productId, device.vendorId, node.Length(), node.Data(), serial.Length(), serial.Data());
-    if (DeviceType::IsMassStorage(device.type)) {
+    if (DeviceKind::IsMassStorage(device.type)) {
         const RecordText path(device.mountPath);
         LOG_INFO("....Mount Path : %.*s\n", path.Length(), path.Data());
     }
@@ -86,28 +90,31 @@ i32 IpodManager::OpenDevice(u32 handle) {
     }
     LOG_INFO("opening d device with devHandle:%d\n", static_cast<int>(handle));
     const u32 code = OnProcess(DeviceCall("eDevMgrOpenDevice"), eDevMgrOpenDevice, handle);
-    if (code != ResultCode::kSuccess)
+    if (code != DEV_MGR_SUCCESS) {
         return Outcome(code);
-    const bool builds = DeviceType::IsIap2(device->type);
-    if (!builds && !DeviceType::IsIap(device->type))
+    }
+    const bool builds = DeviceKind::IsIap2(device->type);
+    if (!builds && !DeviceKind::IsIap(device->type)) {
         return 0;
+    }
     m_connectionState = ConnectionState::Connected;
     m_deviceHandle = handle;
     return builds ? StartBuildingDatabase(handle) : 0;
 }
 
 i32 IpodManager::StartBuildingDatabase(u32 handle) {
-    if (HasDatabaseExtension(m_deviceName.data()))
+    if (HasDatabaseExtension(m_deviceName.data())) {
         LOG_INFO("db ext is there no need to add\n");
-    else
+    } else {
         AppendText(kDatabaseExtension, m_deviceName);
+    }
     std::array<char, 256> path{};
     CopyText(kBuildFolder, path);
     AppendText("/", path);
     AppendText(m_deviceName.data(), path);
     const u32 code = OnProcess(DeviceCall("eDevMgriPodStartBuildingDatabase"),
                                eDevMgriPodStartBuildingDatabase, handle, path.data());
-    if (code == ResultCode::kSuccess) {
+    if (code == DEV_MGR_SUCCESS) {
         LOG_DEBUG("DB Name will be :%s\n", path.data());
         // The build may have reported its end already: that must not be taken back.
         ConnectionState expected = ConnectionState::Connected;
@@ -130,16 +137,18 @@ i32 IpodManager::CloseDevice() {
 
 void IpodManager::ClearPlaylistFiles() const {
     const std::vector<std::string> files = ListFiles(m_folders.playlists, ".pls");
-    if (files.empty())
+    if (files.empty()) {
         return;
+    }
     LOG_DEBUG("iPod - Clearing playlist files! \n");
     RemoveFiles(m_folders.playlists, files);
 }
 
 void IpodManager::ClearDatabaseFiles() const {
     const std::vector<std::string> files = ListFiles(m_folders.database, kDatabaseExtension);
-    if (files.empty())
+    if (files.empty()) {
         return;
+    }
     LOG_DEBUG("iPod - Clearing database files! \n");
     RemoveFiles(m_folders.database, files);
 }

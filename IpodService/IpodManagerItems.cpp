@@ -21,13 +21,16 @@ BrowseItemArray IpodManager::GetItems(const BrowseLevel* parent, const BrowseLev
                                       i32& count) {
     const PagePlan plan = PlanPage(level.itemCount, start, count);
     count = 0;
-    if (plan.count == 0)
+    if (plan.count == 0) {
         return nullptr;
+    }
     BrowseItemArray items = AllocateItems(plan.count);
-    if (items == nullptr)
+    if (items == nullptr) {
         return nullptr;
-    for (const PageFetch& fetch : plan)
+    }
+    for (const PageFetch& fetch : plan) {
         FetchItems(parent, level, fetch.start, fetch.count, &items[fetch.offset]);
+    }
     // Whatever the device wrote: the page keeps its places, blank where nothing came.
     count = static_cast<i32>(plan.count);
     return items;
@@ -50,8 +53,9 @@ void IpodManager::SetLevelItems(BrowseLevel& level, BrowseItemArray items, i32 c
 }
 
 void IpodManager::FetchLevelItems(BrowseLevel& level) {
-    if (level.items != nullptr)
+    if (level.items != nullptr) {
         return;
+    }
     i32 count = std::numeric_limits<i32>::max();
     BrowseItemArray items = GetItems(level.parent, level, 0, count);
     SetLevelItems(level, std::move(items), count);
@@ -59,19 +63,23 @@ void IpodManager::FetchLevelItems(BrowseLevel& level) {
 
 i32 IpodManager::SetItemFilter(const std::string& text) {
     BrowseLevel* const level = CurrentBrowseLevel();
-    if (level == nullptr)
+    if (level == nullptr) {
         return -1;
-    if (text == level->filter)
+    }
+    if (text == level->filter) {
         return 0;
+    }
     level->filter = text;
     level->filterMatches.clear();
-    if (text.empty())
+    if (text.empty()) {
         return 0;
+    }
     CaselessPattern pattern(text);
     for (u32 i = 0; i < level->storedCount; ++i) {
         const BrowseItem& item = level->items[i];
-        if (pattern.IsPartOf(RecordText(item.name).View()))
+        if (pattern.IsPartOf(RecordText(item.name).View())) {
             level->filterMatches.push_back(&item);
+        }
     }
     return 0;
 }

@@ -23,15 +23,16 @@ TrackTimes IpodManager::GetTrackTime() {
     TrackTimes times;
     const u32 code = OnDevice(DeviceCall("eDevMgriPodGetPlayingTrackElapsedAndTotaltime"),
                               eDevMgriPodGetPlayingTrackElapsedAndTotaltime, &times.elapsed, &times.total);
-    return code == ResultCode::kSuccess ? times : TrackTimes{};
+    return code == DEV_MGR_SUCCESS ? times : TrackTimes{};
 }
 
 TrackMetadata IpodManager::GetTrackMetadata() {
     TrackMetadataRecord record{};
     const u32 code = OnDevice(DeviceCall("eDevMgriPodGetPlayingTrackMetaData"),
                               eDevMgriPodGetPlayingTrackMetaData, &record);
-    if (code != ResultCode::kSuccess)
+    if (code != DEV_MGR_SUCCESS) {
         return {};
+    }
     TrackMetadata metadata{RecordText(record.title).String(), RecordText(record.album).String(),
                            RecordText(record.artist).String(), RecordText(record.genre).String(),
                            RecordText(record.composer).String()};
@@ -45,7 +46,7 @@ NowPlayingPosition IpodManager::GetNowPlayingIndex() {
     NowPlayingPosition position;
     const u32 code = OnDevice(DeviceCall("eDevMgriPodGetNumPlayingTracks").RepeatedWhileBusy(kCountBusyPause),
                               eDevMgriPodGetNumPlayingTracks, &position.count, &position.index);
-    if (code != ResultCode::kSuccess) {
+    if (code != DEV_MGR_SUCCESS) {
         LOG_INFO("Error in getting number of tracks in now playing list\n");
         return {};
     }
@@ -60,7 +61,7 @@ i32 IpodManager::GetNowPlayingList() {
     u32 code = OnDevice(DeviceCall("eDevMgriPodGetNumPlayingTracks")
                             .RepeatedWhileBusy(kCountBusyPause, DeviceCall::FirstRepeat::AtOnce),
                         eDevMgriPodGetNumPlayingTracks, &position.count, &position.index);
-    if (code != ResultCode::kSuccess) {
+    if (code != DEV_MGR_SUCCESS) {
         LOG_INFO("Error in getting number of tracks in now playing list\n");
         return Outcome(code);
     }
@@ -70,12 +71,13 @@ i32 IpodManager::GetNowPlayingList() {
     const u32 room = std::min(position.count, kMaxListedTracks);
     const BrowseItemArray items(
         static_cast<BrowseItem*>(std::calloc(std::max(room, 1u), sizeof(BrowseItem))));
-    if (items == nullptr)
-        return Outcome(ResultCode::kUnknownFailure);
+    if (items == nullptr) {
+        return Outcome(DEV_MGR_UNKNOWN_FAILURE);
+    }
     u32 count = room;
     code =
         OnDevice(DeviceCall("eDevMgriPodGetPlayingList"), eDevMgriPodGetPlayingList, 0u, &count, items.get());
-    if (code != ResultCode::kSuccess) {
+    if (code != DEV_MGR_SUCCESS) {
         LOG_INFO("Error in getting tracks in now playing list\n");
         return Outcome(code);
     }
@@ -91,16 +93,17 @@ i32 IpodManager::GetNowPlayingList() {
 i32 IpodManager::SelectNowPlayingIndex(u32 index) {
     const u32 code = OnDevice(DeviceCall("eSelectNowPlayingIndex").ReportedAlwaysAt(LogLevel::kInfo),
                               eSelectNowPlayingIndex, index);
-    LOG_INFO("%s", code == ResultCode::kSuccess ? "Playing selected entry.....Exiting now playing menu\n"
-                                                : "Error in selected specified entry.\n");
+    LOG_INFO("%s", code == DEV_MGR_SUCCESS ? "Playing selected entry.....Exiting now playing menu\n"
+                                           : "Error in selected specified entry.\n");
     return Outcome(code);
 }
 
 bool IpodManager::PlayStatusIsDue() {
     const u32 deadline = m_playStatusDeadlineMs;
     const bool past = deadline != 0 && IsPast(NowMs(), deadline);
-    if (!m_playStatusPending && !past)
+    if (!m_playStatusPending && !past) {
         return false;
+    }
     if (past) {
         // An event may have set a later deadline since: that one stays.
         u32 expected = deadline;
@@ -110,8 +113,9 @@ bool IpodManager::PlayStatusIsDue() {
 }
 
 void IpodManager::UpdatePlayStatus() {
-    if (!PlayStatusIsDue())
+    if (!PlayStatusIsDue()) {
         return;
+    }
     m_playStatusPending = false;
     const bool isPlaying = IsPlaying();
     const NowPlayingPosition position = GetNowPlayingIndex();
@@ -121,8 +125,9 @@ void IpodManager::UpdatePlayStatus() {
 }
 
 void IpodManager::UpdateTrackTime() {
-    if (!m_trackTimePending || m_playStatusPending)
+    if (!m_trackTimePending || m_playStatusPending) {
         return;
+    }
     m_trackTimePending = false;
     m_notifications->OnTrackTimes(GetTrackTime());
 }

@@ -6,25 +6,21 @@
 namespace {
 
 constexpr std::chrono::milliseconds kStatusBusyPause{400};
-constexpr u32 kForward = 0;
-constexpr u32 kRewind = 1;
-constexpr u32 kNext = 0;
-constexpr u32 kPrevious = 1;
-constexpr i32 kWholeLibrary = -1;
 
 constexpr bool IsPlayingState(u32 status) {
-    return status == PlayState::kPlaying || status == PlayState::kFastForward ||
-           status == PlayState::kFastRewind;
+    return status == E_DEVMGR_IPOD_PLAY_PLAYING || status == E_DEVMGR_IPOD_PLAY_FAST_FORWARD ||
+           status == E_DEVMGR_IPOD_PLAY_FAST_REWIND;
 }
 
 }  // namespace
 
 u32 IpodManager::GetPlayStatus() {
-    u32 status = PlayState::kUnknown;
+    u32 status = E_DEVMGR_IPOD_PLAY_UNKNOWN;
     const u32 code = OnDevice(DeviceCall("eDevMgriPodGetPlayStatus").RepeatedWhileBusy(kStatusBusyPause),
                               eDevMgriPodGetPlayStatus, &status);
-    if (code != ResultCode::kSuccess)
-        return PlayState::kUnknown;
+    if (code != DEV_MGR_SUCCESS) {
+        return E_DEVMGR_IPOD_PLAY_UNKNOWN;
+    }
     LOG_DEBUG("iPod play status is %s\n", PlayStateName(status));
     return status;
 }
@@ -34,18 +30,18 @@ bool IpodManager::IsPlaying() {
 }
 
 bool IpodManager::IsPaused() {
-    return GetPlayStatus() == PlayState::kPaused;
+    return GetPlayStatus() == E_DEVMGR_IPOD_PLAY_PAUSED;
 }
 
 bool IpodManager::IsStopped() {
-    return GetPlayStatus() == PlayState::kStopped;
+    return GetPlayStatus() == E_DEVMGR_IPOD_PLAY_STOPPED;
 }
 
 bool IpodManager::TogglePlayPause() {
     switch (GetPlayStatus()) {
-        case PlayState::kPaused:
+        case E_DEVMGR_IPOD_PLAY_PAUSED:
             return Play() == 0;
-        case PlayState::kStopped:
+        case E_DEVMGR_IPOD_PLAY_STOPPED:
             return PlayFirstTrack() == 0;
         default:
             return Pause() == 0;
@@ -66,56 +62,61 @@ i32 IpodManager::Stop() {
 
 i32 IpodManager::TrackFastForward(bool start) {
     LOG_INFO("In IPOD's manager's TrackFastForward");
-    return FastForwardRewind(start, kForward);
+    return FastForwardRewind(start, DEV_MGR_SEEK_FORWARD);
 }
 
 i32 IpodManager::TrackRewind(bool start) {
-    return FastForwardRewind(start, kRewind);
+    return FastForwardRewind(start, DEV_MGR_SEEK_REWIND);
 }
 
 i32 IpodManager::FastForwardRewind(bool start, u32 direction) {
     constexpr const char* kFailureName = "eDevMgriPodStop";
-    if (!start)
+    if (!start) {
         return Outcome(OnDevice(DeviceCall("eDevMgriPodFastForwardRewindStop").FailureNamed(kFailureName),
                                 eDevMgriPodFastForwardRewindStop));
+    }
     return Outcome(OnDevice(DeviceCall("eDevMgriPodFastForwardRewindStart").FailureNamed(kFailureName),
                             eDevMgriPodFastForwardRewindStart, direction));
 }
 
 i32 IpodManager::NextTrack() {
-    return Outcome(
-        OnDevice(DeviceCall("eDevMgriPodPlayNextPreviousTrack"), eDevMgriPodPlayNextPreviousTrack, kNext));
+    return Outcome(OnDevice(DeviceCall("eDevMgriPodPlayNextPreviousTrack"), eDevMgriPodPlayNextPreviousTrack,
+                            DEV_MGR_SKIP_NEXT));
 }
 
 i32 IpodManager::PreviousTrack() {
     return Outcome(OnDevice(DeviceCall("eDevMgriPodPlayNextPreviousTrack"), eDevMgriPodPlayNextPreviousTrack,
-                            kPrevious));
+                            DEV_MGR_SKIP_PREVIOUS));
 }
 
 i32 IpodManager::PlayFirstTrack() {
-    if (m_connectionState != ConnectionState::BrowseReady)
+    if (m_connectionState != ConnectionState::BrowseReady) {
         OpenBrowseSession();
+    }
     u32 count = 0;
-    OnDevice(DeviceCall("eDevMgriPodGetNumItems").FailureUnreported(), eDevMgriPodGetNumItems, kWholeLibrary,
-             0u, Category::kTrack, &count);
+    OnDevice(DeviceCall("eDevMgriPodGetNumItems").FailureUnreported(), eDevMgriPodGetNumItems,
+             DEV_MGR_WHOLE_LIBRARY, 0u, DEV_MGR_CATEGORY_TRACK, &count);
     const i32 itemCount = static_cast<i32>(count);
-    if (itemCount < 1)
+    if (itemCount < 1) {
         return 1;
+    }
     // Played all the same when the selection fails: the device then goes on with what it had.
     OnDevice(DeviceCall("eDevMgriPodSelectCategorizedIndex")
                  .AnnouncedAs("PlayFirstTrack eDevMgriPodSelectCategorizedIndex - itemCount = " +
                               std::to_string(itemCount) + "\n"),
-             eDevMgriPodSelectCategorizedIndex, Category::kTrack, 0u);
+             eDevMgriPodSelectCategorizedIndex, DEV_MGR_CATEGORY_TRACK, 0u);
     return Outcome(OnDevice(DeviceCall("eDevMgriPodPlay").AnnouncedAs("PlayFirstTrack eDevMgriPodPlay\n"),
                             eDevMgriPodPlay));
 }
 
 bool IpodManager::GetHasPlayableData() {
-    if (m_connectionState != ConnectionState::BrowseReady)
+    if (m_connectionState != ConnectionState::BrowseReady) {
         OpenBrowseSession();
+    }
     u32 count = 0;
-    const u32 code = OnDevice(DeviceCall("eDevMgriPodGetNumItems").FailureUnreported(),
-                              eDevMgriPodGetNumItems, kWholeLibrary, 0u, Category::kTrack, &count);
+    const u32 code =
+        OnDevice(DeviceCall("eDevMgriPodGetNumItems").FailureUnreported(), eDevMgriPodGetNumItems,
+                 DEV_MGR_WHOLE_LIBRARY, 0u, DEV_MGR_CATEGORY_TRACK, &count);
     const i32 itemCount = static_cast<i32>(count);
     LOG_WARN("GetHasPlayableData - eRet = %d, itemCount = %d\n", static_cast<int>(code), itemCount);
     return itemCount > 0;

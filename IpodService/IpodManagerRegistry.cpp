@@ -34,8 +34,9 @@ void EndHandling(const std::vector<IpodManager*>& managers) {
     Registry& registry = TheRegistry();
     {
         const std::lock_guard lock(registry.mutex);
-        for (IpodManager* manager : managers)
+        for (IpodManager* manager : managers) {
             registry.handling.erase(std::find(registry.handling.begin(), registry.handling.end(), manager));
+        }
     }
     registry.eventHandled.notify_all();
 }
@@ -59,8 +60,9 @@ void IpodManagerRegistry::Remove(IpodManager* manager) {
 }
 
 void IpodManagerRegistry::DeviceManagerCallback(const DeviceEvent* event, u32 processHandle) {
-    if (event == nullptr)
+    if (event == nullptr) {
         return;
+    }
     try {
         const std::vector<IpodManager*> managers = BeginHandling();
         for (IpodManager* manager : managers) {

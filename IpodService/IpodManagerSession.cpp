@@ -15,7 +15,7 @@ i32 IpodManager::RegisterProcess() {
     const u32 code = DeviceCall("eDevMgrRegisterProcess")
                          .FailureUnreported()(eDevMgrRegisterProcess, &handle,
                                               &IpodManagerRegistry::DeviceManagerCallback);
-    if (code != ResultCode::kSuccess) {
+    if (code != DEV_MGR_SUCCESS) {
         LOG_INFO("Return from RegisterProcess is :%d, %s\n", static_cast<int>(code), ResultCodeName(code));
         return Outcome(code);
     }
@@ -34,7 +34,7 @@ i32 IpodManager::AllocateShm1() {
     m_shm1 = std::make_unique<u32>(0);
     const u32 code = OnProcess(DeviceCall("eDevMgrAllocateSharedMemory"), eDevMgrAllocateSharedMemory,
                                &m_shm1Size, m_shm1.get());
-    m_shm1Granted = code == ResultCode::kSuccess ? m_shm1Size : 0;
+    m_shm1Granted = code == DEV_MGR_SUCCESS ? m_shm1Size : 0;
     LOG_DEBUG("shm1 size = %d, and Memory = %d\n", static_cast<int>(m_shm1Size), static_cast<int>(*m_shm1));
     return Outcome(code);
 }
@@ -78,7 +78,8 @@ i32 IpodManager::Shutdown() {
     const u32 code = OnProcess(
         DeviceCall("eDevMgrDeRegisterProcess").FailureAs("Return form eDevMgrDeRegisterProcess is "),
         eDevMgrDeRegisterProcess);
-    if (code == ResultCode::kSuccess)
+    if (code == DEV_MGR_SUCCESS) {
         m_connectionState = ConnectionState::Unregistered;
+    }
     return Outcome(code);
 }

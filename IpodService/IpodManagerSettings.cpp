@@ -19,7 +19,7 @@ constexpr i32 kMaxVolume = 255;
 i32 IpodManager::ReadMode(DeviceCall call, u32 (*function)(u32, u32, u32*)) const {
     u32 mode = 0;
     const u32 code = OnDevice(call.RepeatedWhileBusy(kSettingBusyPause), function, &mode);
-    return code == ResultCode::kSuccess ? static_cast<i32>(mode) : Outcome(code);
+    return code == DEV_MGR_SUCCESS ? static_cast<i32>(mode) : Outcome(code);
 }
 
 i32 IpodManager::GetShuffle() {
@@ -28,8 +28,9 @@ i32 IpodManager::GetShuffle() {
 
 i32 IpodManager::SetShuffle(u32 mode) {
     const u32 code = OnDevice(DeviceCall("eDevMgriPodSetShuffleSetting"), eDevMgriPodSetShuffleSetting, mode);
-    if (code == ResultCode::kSuccess)
+    if (code == DEV_MGR_SUCCESS) {
         LOG_INFO("iPod Shuffle status changed to %s\n", ShuffleModeName(mode));
+    }
     return Outcome(code);
 }
 
@@ -39,8 +40,9 @@ i32 IpodManager::GetRepeat() {
 
 i32 IpodManager::SetRepeat(u32 mode) {
     const u32 code = OnDevice(DeviceCall("eDevMgriPodSetRepeatSetting"), eDevMgriPodSetRepeatSetting, mode);
-    if (code == ResultCode::kSuccess)
+    if (code == DEV_MGR_SUCCESS) {
         LOG_INFO("iPod Repeat status changed to %s\n", RepeatModeName(mode));
+    }
     return Outcome(code);
 }
 
@@ -48,8 +50,9 @@ i32 IpodManager::GetVolume() {
     u8 mute = 0;
     u8 volume = 0;
     const u32 code = OnDevice(DeviceCall("eDevmgriPodGetVolume"), eDevmgriPodGetVolume, &mute, &volume);
-    if (code == ResultCode::kSuccess)
+    if (code == DEV_MGR_SUCCESS) {
         LOG_INFO("iPod mute status is %s and volume is %d\n", mute != 0 ? "TRUE" : "FALSE", volume);
+    }
     return Outcome(code);
 }
 
@@ -65,8 +68,9 @@ i32 IpodManager::GetNowPlayingAppName() {
     const u32 code =
         OnDevice(DeviceCall("eDevMgriPodGetNowPlayingAppname"), eDevMgriPodGetNowPlayingAppname, &text);
     const std::unique_ptr<char, FreeDeleter> name(text);
-    if (code == ResultCode::kSuccess)
+    if (code == DEV_MGR_SUCCESS) {
         LOG_INFO("Now playing App is: %s\n\n", name != nullptr ? name.get() : "");
+    }
     return Outcome(code);
 }
 
@@ -74,7 +78,7 @@ i32 IpodManager::GetBatteryPowerState() {
     BatteryState state{};
     const u32 code =
         OnDevice(DeviceCall("eDevMgriPodGetBatteryPowerState"), eDevMgriPodGetBatteryPowerState, &state);
-    if (code == ResultCode::kSuccess) {
+    if (code == DEV_MGR_SUCCESS) {
         LOG_INFO("Power State of iPod %d\n", state.powerState);
         LOG_INFO("Battery level %d\n", state.level);
     }
@@ -96,8 +100,9 @@ i32 IpodManager::SetMaxCurrent(i32 milliamps) {
 
 void IpodManager::LogDeviceInfo() {
     IpodInfo info{};
-    if (OnDevice(DeviceCall("eDevMgrGetiPodInfo"), eDevMgrGetiPodInfo, &info) != ResultCode::kSuccess)
+    if (OnDevice(DeviceCall("eDevMgrGetiPodInfo"), eDevMgrGetiPodInfo, &info) != DEV_MGR_SUCCESS) {
         return;
+    }
     const RecordText name(info.name);
     const RecordText serial(info.serial);
     const RecordText model(info.model);

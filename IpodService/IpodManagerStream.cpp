@@ -53,8 +53,9 @@ i32 IpodManager::RestartStream(i32 sampleRate) {
 }
 
 void IpodManager::ProcessDelayedStreamRestart() {
-    if (!m_streamRestartPending.exchange(false))
+    if (!m_streamRestartPending.exchange(false)) {
         return;
+    }
     LOG_WARN("performing delayed audio stream restart!\n");
     RestartStream(kElementsChooseRate);
 }

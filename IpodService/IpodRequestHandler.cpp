@@ -8,27 +8,22 @@
 
 namespace {
 
-constexpr u32 kRepeatOff = 0;
-constexpr u32 kRepeatOne = 1;
-constexpr u32 kRepeatAll = 2;
-constexpr u32 kShuffleOff = 0;
-constexpr u32 kShuffleTracks = 1;
-constexpr i32 kShuffleAlbums = 2;
-
 u32 RepeatModeFromWord(const std::string& word) {
-    if (word == "all")
-        return kRepeatAll;
-    return word == "current" ? kRepeatOne : kRepeatOff;
+    if (word == "all") {
+        return E_DEVMGR_IPOD_REPEAT_ALL;
+    }
+    return word == "current" ? E_DEVMGR_IPOD_REPEAT_ONE : E_DEVMGR_IPOD_REPEAT_NONE;
 }
 
 const char* WordFromRepeatMode(i32 mode) {
-    if (mode == static_cast<i32>(kRepeatAll))
+    if (mode == E_DEVMGR_IPOD_REPEAT_ALL) {
         return "all";
-    return mode == static_cast<i32>(kRepeatOne) ? "current" : "off";
+    }
+    return mode == E_DEVMGR_IPOD_REPEAT_ONE ? "current" : "off";
 }
 
 bool IsShuffled(i32 mode) {
-    return mode == static_cast<i32>(kShuffleTracks) || mode == kShuffleAlbums;
+    return mode == E_DEVMGR_IPOD_SHUFFLE_TRACKS || mode == E_DEVMGR_IPOD_SHUFFLE_ALBUMS;
 }
 
 }  // namespace
@@ -60,8 +55,9 @@ bool CIpodRequestHandler::IsIpodConnected(const Json::Value& request, Json::Valu
 
 bool CIpodRequestHandler::SetRepeatMode(const Json::Value& request, Json::Value& response) {
     const Json::Value& params = request["params"];
-    if (!params.isNull())
+    if (!params.isNull()) {
         m_manager->SetRepeat(RepeatModeFromWord(params["mode"].asString()));
+    }
     return GetRepeatMode(request, response);
 }
 
@@ -73,8 +69,10 @@ bool CIpodRequestHandler::GetRepeatMode(const Json::Value& request, Json::Value&
 
 bool CIpodRequestHandler::EnableShuffle(const Json::Value& request, Json::Value& response) {
     const Json::Value& params = request["params"];
-    if (!params.isNull())
-        m_manager->SetShuffle(params["enable"].asBool() ? kShuffleTracks : kShuffleOff);
+    if (!params.isNull()) {
+        m_manager->SetShuffle(params["enable"].asBool() ? E_DEVMGR_IPOD_SHUFFLE_TRACKS
+                                                        : E_DEVMGR_IPOD_SHUFFLE_NONE);
+    }
     return IsShuffleEnabled(request, response);
 }
 
@@ -142,12 +140,13 @@ bool CIpodRequestHandler::PlayFirst(const Json::Value& request, Json::Value& res
 
 bool CIpodRequestHandler::Play(const Json::Value& request, Json::Value& response) {
     BeginResponse(request, response);
-    if (m_manager->IsStopped())
+    if (m_manager->IsStopped()) {
         response["result"]["success"] = m_manager->PlayFirstTrack() == 0;
-    else if (!m_manager->IsPlaying())
+    } else if (!m_manager->IsPlaying()) {
         response["result"]["success"] = m_manager->Play() == 0;
-    else
+    } else {
         response["result"] = Json::Value();
+    }
     return true;
 }
 

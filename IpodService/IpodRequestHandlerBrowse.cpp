@@ -14,23 +14,23 @@ namespace {
 
 const char* CategoryLabel(u32 category) {
     switch (category) {
-        case Category::kPlaylist:
+        case DEV_MGR_CATEGORY_PLAYLIST:
             return "Playlists";
-        case Category::kArtist:
+        case DEV_MGR_CATEGORY_ARTIST:
             return "Artists";
-        case Category::kAlbum:
+        case DEV_MGR_CATEGORY_ALBUM:
             return "Albums";
-        case Category::kGenre:
+        case DEV_MGR_CATEGORY_GENRE:
             return "Genres";
-        case Category::kTrack:
+        case DEV_MGR_CATEGORY_TRACK:
             return "Songs";
-        case Category::kComposer:
+        case DEV_MGR_CATEGORY_COMPOSER:
             return "Composers";
-        case Category::kAudiobook:
+        case DEV_MGR_CATEGORY_AUDIOBOOK:
             return "Audiobooks";
-        case Category::kPodcast:
+        case DEV_MGR_CATEGORY_PODCAST:
             return "Podcasts";
-        case Category::kTopLevelQuery:
+        case DEV_MGR_CATEGORY_TOP_LEVEL:
             return "All";
         default:
             return "Unknown";
@@ -50,8 +50,9 @@ Json::Value ItemObject(const BrowseItem& item) {
 
 Json::Value ItemList(const BrowseItem* items, u32 count) {
     Json::Value list(Json::arrayValue);
-    for (u32 i = 0; i < count; ++i)
+    for (u32 i = 0; i < count; ++i) {
         list.append(ItemObject(items[i]));
+    }
     return list;
 }
 
@@ -69,8 +70,9 @@ Json::Value TopCategoryList(const std::vector<TopCategoryEntry>& entries) {
 
 Json::Value FilteredList(const std::vector<const BrowseItem*>& matches, i32 start, i32 count) {
     Json::Value list(Json::arrayValue);
-    for (const std::size_t position : FilteredPositions(matches.size(), start, count))
+    for (const std::size_t position : FilteredPositions(matches.size(), start, count)) {
         list.append(ItemObject(*matches[position]));
+    }
     return list;
 }
 
@@ -132,15 +134,17 @@ bool CIpodRequestHandler::GetBrowseList(const Json::Value& request, Json::Value&
 bool CIpodRequestHandler::SelectBrowseItem(const Json::Value& request, Json::Value& response) {
     BeginResponse(request, response);
     const Json::Value& params = request["params"];
-    if (params.isNull())
+    if (params.isNull()) {
         return true;
+    }
     const u32 id = ItemId(params["itemId"]);
     const bool atRoot = m_manager->CurrentBrowseLevel() == nullptr;
     const i32 outcome = atRoot ? m_manager->BrowseTopCategory(id) : m_manager->BrowseInto(id);
-    if (outcome == 0)
+    if (outcome == 0) {
         response["result"] = "browsing";
-    else
+    } else {
         response["result"] = StatusWord(outcome == 1);
+    }
     return true;
 }
 
@@ -158,8 +162,9 @@ bool CIpodRequestHandler::FilterBrowseList(const Json::Value& request, Json::Val
         return true;
     }
     const std::string text = params["searchText"].asString();
-    if (BrowseLevel* const level = m_manager->CurrentBrowseLevel())
+    if (BrowseLevel* const level = m_manager->CurrentBrowseLevel()) {
         m_manager->FetchLevelItems(*level);
+    }
     response["result"] = StatusWord(m_manager->SetItemFilter(text) == 0);
     return true;
 }
@@ -172,12 +177,14 @@ bool CIpodRequestHandler::ResetBrowseList(const Json::Value& request, Json::Valu
 
 bool CIpodRequestHandler::GetSongList(const Json::Value& request, Json::Value& response) {
     BeginResponse(request, response);
-    if (m_manager->CurrentBrowseLevel() != nullptr)
+    if (m_manager->CurrentBrowseLevel() != nullptr) {
         return true;
-    m_manager->BrowseTopCategory(Category::kTrack);
+    }
+    m_manager->BrowseTopCategory(DEV_MGR_CATEGORY_TRACK);
     BrowseLevel* const songs = m_manager->CurrentBrowseLevel();
-    if (songs == nullptr || songs->itemCount == 0)
+    if (songs == nullptr || songs->itemCount == 0) {
         return true;
+    }
     m_manager->FetchLevelItems(*songs);
     Json::Value& result = response["result"];
     result["isRootCategory"] = false;

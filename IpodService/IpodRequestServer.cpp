@@ -73,15 +73,17 @@ void CIpodRequestServer::Start(const std::string& address, u16 port) {
         LOG_ERROR("Networking initialization failed\n");
         return;
     }
-    for (const Method& method : kMethods)
+    for (const Method& method : kMethods) {
         m_tcpServer->AddMethod(std::make_unique<Json::Rpc::RpcMethod<CIpodRequestHandler>>(
             m_handler, method.member, method.name));
+    }
 }
 
 void CIpodRequestServer::Run() {
     m_serverRunning = true;
-    if (!BindWithRetries())
+    if (!BindWithRetries()) {
         return;
+    }
     if (!m_tcpServer->Listen()) {
         m_serverRunning = false;
         LOG_FATAL("Ipod Service - Listen failed\n");
@@ -145,8 +147,9 @@ void CIpodRequestServer::CloseTcpServer() {
 }
 
 void CIpodRequestServer::OnSignal(int signalNumber) {
-    if (signalNumber != SIGINT && signalNumber != SIGTERM)
+    if (signalNumber != SIGINT && signalNumber != SIGTERM) {
         return;
+    }
     if (m_manager.IsExitRequested()) {
         LOG_WARN("Double Exit signal caught: %d\n", signalNumber);
         std::exit(1);

@@ -64,7 +64,8 @@ void CIpodRequestServer::Notify(const char* method, Json::Value params) {
 
 void CIpodRequestServer::Broadcast(const Json::Value& notification) {
     const std::lock_guard lock(m_notificationMutex);
-    if (m_tcpServer == nullptr)
+    if (m_tcpServer == nullptr) {
         return;
+    }
     m_tcpServer->Broadcast(Json::Rpc::ToText(notification));
 }

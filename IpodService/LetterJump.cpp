@@ -17,8 +17,9 @@ std::optional<unsigned char> KeyOf(const BrowseItem& item) {
 std::optional<InitialGroup> GroupAt(const PagedList& list, i32 position) {
     i32 count = 1;
     const BrowseItemArray item = list.fetch(position, count);
-    if (item == nullptr || count < 1)
+    if (item == nullptr || count < 1) {
         return std::nullopt;
+    }
     const std::optional<unsigned char> key = KeyOf(item[0]);
     return key ? std::optional(InitialGroup(*key)) : std::nullopt;
 }
@@ -45,12 +46,14 @@ std::optional<std::int64_t> FirstOutsideBehind(const PagedList& list, i32 start,
     for (std::int64_t position = start; position < list.total && unseen > 0;) {
         i32 count = kAlphaPageSize;
         const BrowseItemArray page = list.fetch(static_cast<i32>(position), count);
-        if (page == nullptr || count <= 0)
+        if (page == nullptr || count <= 0) {
             break;
+        }
         const std::int64_t base = wholeLevel ? 0 : position;
         for (std::int64_t i = wholeLevel ? std::max<std::int64_t>(position, 0) : 0; i < count; ++i) {
-            if (IsOutside(group, page[Index(i)]))
+            if (IsOutside(group, page[Index(i)])) {
                 return base + i;
+            }
         }
         position += count;
         unseen -= count;
@@ -65,11 +68,13 @@ std::optional<std::int64_t> LastOutsideBefore(const PagedList& list, i32 start, 
         const i32 first = position - wanted;
         i32 count = wanted;
         const BrowseItemArray page = list.fetch(first, count);
-        if (page == nullptr || count <= 0)
+        if (page == nullptr || count <= 0) {
             break;
+        }
         for (std::int64_t i = count - 1; i >= 0; --i) {
-            if (IsOutside(group, page[Index(i)]))
+            if (IsOutside(group, page[Index(i)])) {
                 return first + i;
+            }
         }
         position -= wanted;
         unseen -= count;
@@ -82,8 +87,9 @@ std::optional<std::int64_t> LastOutsideBefore(const PagedList& list, i32 start, 
 i32 NextInitialIndex(const PagedList& list, i32 start) {
     const std::int64_t last = std::int64_t{list.total} - 1;
     std::int64_t answer = last;
-    if (const std::optional<InitialGroup> group = GroupAt(list, start))
+    if (const std::optional<InitialGroup> group = GroupAt(list, start)) {
         answer = FirstOutsideBehind(list, start, *group).value_or(last);
+    }
     // A page that wraps goes on beyond the last item.
     return static_cast<i32>(answer < list.total ? answer : last);
 }

@@ -32,8 +32,9 @@ void MainLoop::Run() {
 
 void MainLoop::Quit() {
     GMainLoop* loop = g_mainLoop;
-    if (loop == nullptr)
+    if (loop == nullptr) {
         return;
+    }
     // A quit before the loop runs would be lost; a source waits for it.
     GSource* source = g_idle_source_new();
     g_source_set_priority(source, G_PRIORITY_HIGH);

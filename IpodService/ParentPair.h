@@ -11,7 +11,8 @@ struct ParentPair {
 
 /// `parent` may be null: the whole library.
 inline ParentPair ParentPairOf(const BrowseLevel* parent) {
-    if (parent == nullptr)
+    if (parent == nullptr) {
         return {};
+    }
     return {static_cast<i32>(parent->category), parent->selectedIndex};
 }

@@ -13,21 +13,27 @@ struct Shape {
 };
 
 Shape ShapeOf(unsigned char lead) {
-    if (lead < 0x80)
+    if (lead < 0x80) {
         return {1};
-    if (lead < 0xC2)
+    }
+    if (lead < 0xC2) {
         return {0};
-    if (lead < 0xE0)
+    }
+    if (lead < 0xE0) {
         return {2};
+    }
     if (lead < 0xF0) {
-        if (lead == 0xE0)
+        if (lead == 0xE0) {
             return {3, 0xA0, 0xBF};
+        }
         return lead == 0xED ? Shape{3, 0x80, 0x9F} : Shape{3};
     }
-    if (lead == 0xF0)
+    if (lead == 0xF0) {
         return {4, 0x90, 0xBF};
-    if (lead == 0xF4)
+    }
+    if (lead == 0xF4) {
         return {4, 0x80, 0x8F};
+    }
     return {lead < 0xF4 ? std::size_t{4} : std::size_t{0}};
 }
 
@@ -45,8 +51,9 @@ Character FirstCharacter(std::string_view text) {
     for (; character.present < character.wanted && character.present < text.size(); ++character.present) {
         const auto byte = static_cast<unsigned char>(text[character.present]);
         const bool second = character.present == 1;
-        if (byte < (second ? shape.secondMin : 0x80) || byte > (second ? shape.secondMax : 0xBF))
+        if (byte < (second ? shape.secondMin : 0x80) || byte > (second ? shape.secondMax : 0xBF)) {
             break;
+        }
     }
     return character;
 }
@@ -55,8 +62,9 @@ std::size_t WellFormedPrefix(std::string_view text) {
     std::size_t length = 0;
     while (length < text.size()) {
         const Character character = FirstCharacter(text.substr(length));
-        if (!character.IsWhole())
+        if (!character.IsWhole()) {
             break;
+        }
         length += character.wanted;
     }
     return length;
@@ -71,11 +79,13 @@ std::string WellFormedUtf8(std::string_view text, std::size_t recordSize) {
         const std::size_t wellFormed = WellFormedPrefix(text);
         mended += text.substr(0, wellFormed);
         text.remove_prefix(wellFormed);
-        if (text.empty())
+        if (text.empty()) {
             return mended;
+        }
         const Character character = FirstCharacter(text);
-        if (fillsRecord && character.wanted > 0 && character.present == text.size())
+        if (fillsRecord && character.wanted > 0 && character.present == text.size()) {
             return mended;
+        }
         mended += kReplacement;
         text.remove_prefix(1);
     }

@@ -35,8 +35,9 @@ void RunUntilSignal(CIpodRequestServer& server, int argc, char** argv) {
     MainLoop mainLoop;
     mainLoop.Run();
     g_print("Returned, stopping streaming\n");
-    if (serverThread.joinable())
+    if (serverThread.joinable()) {
         serverThread.join();
+    }
 }
 
 }  // namespace

@@ -90,7 +90,7 @@ class Service {
     }
     void EnterSongs() {
         m_manager.ResetDatabase();
-        m_manager.BrowseTopCategory(Category::kTrack);
+        m_manager.BrowseTopCategory(DEV_MGR_CATEGORY_TRACK);
     }
     BrowseLevel& Level() { return *m_manager.CurrentBrowseLevel(); }
     IpodManager& Manager() { return m_manager; }

@@ -45,8 +45,9 @@ class AlbumArtTest : public ManagerTest {
             ++m_asked;
             EXPECT_EQ(std::pair(*width, *height), std::pair(480u, 320u));
             std::tie(*width, *height) = m_size;
-            if (block != 0)
+            if (block != 0) {
                 std::copy(m_bytes.begin(), m_bytes.end(), reinterpret_cast<u8*>(std::uintptr_t{block}));
+            }
             return m_code;
         };
         m_standIns.eDevMgriPodGetNumPlayingTracks = Giving(10u, 4u);

@@ -10,11 +10,11 @@ class BrowseFixture : public ManagerTest {
     BrowseFixture() {
         m_standIns.eDevMgriPodMdGetCategories = [this](u32, u32, u32 category, u32* mask) {
             *mask = m_masks[category];
-            return ResultCode::kSuccess;
+            return DEV_MGR_SUCCESS;
         };
         m_standIns.eDevMgriPodGetNumItems = [this](u32, u32, i32, u32, u32 category, u32* count) {
             *count = static_cast<u32>(m_names[category].size());
-            return ResultCode::kSuccess;
+            return DEV_MGR_SUCCESS;
         };
         m_standIns.eDevMgriPodGetItems = [this](u32, u32, i32, u32, u32 category, u32 start, u32* count,
                                                 BrowseItem* items) {
@@ -23,7 +23,7 @@ class BrowseFixture : public ManagerTest {
                 items[i].id = IdOf(category, start + i);
             }
             *count = UINT32_MAX;  // what a device says of its work is not to be relied on
-            return ResultCode::kSuccess;
+            return DEV_MGR_SUCCESS;
         };
         m_standIns.eDevMgriPodResetDatabase = m_standIns.eDevMgriPodCloseMdBrowseSession = Answering(1);
         m_standIns.eDevMgriPodOpenMdBrowseSession = Answering(1);
@@ -35,11 +35,12 @@ class BrowseFixture : public ManagerTest {
     static u32 IdOf(u32 category, u32 position) { return category * 100000 + position; }
     std::size_t CallCount(const char* function) const { return m_simulator.Calls(function).size(); }
 
-    std::map<u32, u32> m_masks = {{Category::kTopLevelQuery, 126},
-                                  {Category::kArtist, Category::kArtist | Category::kAlbum},
-                                  {Category::kAlbum, Category::kAlbum | Category::kTrack},
-                                  {Category::kTrack, Category::kTrack}};
-    std::map<u32, Texts> m_names = {{Category::kArtist, {"Amber", "AB/CD", "The Brooks", "Bluff"}},
-                                    {Category::kAlbum, {"Harbour!", "Rotunda"}},
-                                    {Category::kTrack, {"Gorse", "Meadow", "Rust", "Wander", "Whistle"}}};
+    std::map<u32, u32> m_masks = {{DEV_MGR_CATEGORY_TOP_LEVEL, 126},
+                                  {DEV_MGR_CATEGORY_ARTIST, DEV_MGR_CATEGORY_ARTIST | DEV_MGR_CATEGORY_ALBUM},
+                                  {DEV_MGR_CATEGORY_ALBUM, DEV_MGR_CATEGORY_ALBUM | DEV_MGR_CATEGORY_TRACK},
+                                  {DEV_MGR_CATEGORY_TRACK, DEV_MGR_CATEGORY_TRACK}};
+    std::map<u32, Texts> m_names = {
+        {DEV_MGR_CATEGORY_ARTIST, {"Amber", "AB/CD", "The Brooks", "Bluff"}},
+        {DEV_MGR_CATEGORY_ALBUM, {"Harbour!", "Rotunda"}},
+        {DEV_MGR_CATEGORY_TRACK, {"Gorse", "Meadow", "Rust", "Wander", "Whistle"}}};
 };

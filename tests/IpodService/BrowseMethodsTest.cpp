@@ -15,8 +15,9 @@ class BrowseMethods : public BrowseFixture {
     Texts Names(const std::string& start, const std::string& count) {
         Texts list;
         const Json::Value page = Page(start, count);
-        for (const Json::Value& item : page["categoryItems"])
+        for (const Json::Value& item : page["categoryItems"]) {
             list.push_back(item["itemName"].asString());
+        }
         return list;
     }
     Json::Value Select(const std::string& id) {
@@ -28,19 +29,21 @@ class BrowseMethods : public BrowseFixture {
 };
 
 TEST_F(BrowseMethods, ListTheSixTopCategoriesAtTheRoot) {
-    m_masks[Category::kTopLevelQuery] = Category::kArtist | Category::kTrack | Category::kPodcast;
+    m_masks[DEV_MGR_CATEGORY_TOP_LEVEL] =
+        DEV_MGR_CATEGORY_ARTIST | DEV_MGR_CATEGORY_TRACK | DEV_MGR_CATEGORY_PODCAST;
     const Json::Value root = Result(&Handler::GetBrowseList, "[]");
     std::ostringstream items;
-    for (const Json::Value& item : root["categoryItems"])
+    for (const Json::Value& item : root["categoryItems"]) {
         items << item["itemId"].asInt() << item["itemName"].asString() << item["isSupported"].asBool() << ' ';
+    }
     EXPECT_EQ(items.str(), "2Playlists0 4Artists1 32Songs1 8Albums0 16Genres0 64Composers0 ");
 }
 
 TEST_F(BrowseMethods, PageThroughALevelCircularly) {
-    m_names[Category::kTrack][3] += "\xE9";  // mended for the wire
+    m_names[DEV_MGR_CATEGORY_TRACK][3] += "\xE9";  // mended for the wire
     EXPECT_EQ(Select("32"), "browsing");
     const Json::Value page = Page("3", "4");
-    EXPECT_EQ(page["categoryItems"][0]["itemId"], IdOf(Category::kTrack, 3));
+    EXPECT_EQ(page["categoryItems"][0]["itemId"], IdOf(DEV_MGR_CATEGORY_TRACK, 3));
     EXPECT_EQ(page["totalCount"], 5);
     EXPECT_EQ(page["currIndex"], 3);
     EXPECT_THAT(Names("3", "4"), ElementsAre("Wander\xEF\xBF\xBD", "Whistle", "Gorse", "Meadow"));
@@ -55,10 +58,11 @@ TEST_F(BrowseMethods, PageThroughALevelCircularly) {
 }
 
 TEST_F(BrowseMethods, SelectWhatTheDeviceOffersAndSayWhenItFails) {
-    m_masks[Category::kTopLevelQuery] = Category::kArtist;
-    for (const char* id : {"0", "8", "1024", "2147483648"})
+    m_masks[DEV_MGR_CATEGORY_TOP_LEVEL] = DEV_MGR_CATEGORY_ARTIST;
+    for (const char* id : {"0", "8", "1024", "2147483648"}) {
         EXPECT_EQ(Select(id), "failure") << id;
-    m_masks[Category::kTopLevelQuery] |= Category::kAlbum;
+    }
+    m_masks[DEV_MGR_CATEGORY_TOP_LEVEL] |= DEV_MGR_CATEGORY_ALBUM;
     EXPECT_EQ(Select("8"), "browsing");
     EXPECT_THROW(Select("'3'"), Json::LogicError);
     EXPECT_THROW(Select("4294967296"), Json::LogicError);
@@ -68,8 +72,9 @@ TEST_F(BrowseMethods, SelectWhatTheDeviceOffersAndSayWhenItFails) {
     EXPECT_EQ(Result(&Handler::SelectBrowseBack), "success");
     EXPECT_EQ(Result(&Handler::SelectBrowseBack), "failure");
     for (const bool fails : {true, false}) {
-        if (fails)
+        if (fails) {
             m_simulator.Fail("eDevMgriPodResetDatabase", 44, 1);
+        }
         EXPECT_EQ(Result(&Handler::ResetBrowseList)["resetSuccess"], !fails);
     }
 }
@@ -83,16 +88,16 @@ TEST_F(BrowseMethods, ListAllSongsFromTheRootOnly) {
     m_manager->ResetDatabase();
     m_simulator.Fail("eDevMgriPodMdGetCategories", 44, 1);
     EXPECT_TRUE(Result(&Handler::GetSongList).isNull());
-    m_names[Category::kTrack].clear();
+    m_names[DEV_MGR_CATEGORY_TRACK].clear();
     EXPECT_TRUE(Result(&Handler::GetSongList).isNull());
 }
 
 TEST_F(BrowseMethods, PageThroughAFilteredLevel) {
     EXPECT_EQ(Filter("w"), "failure");
-    m_names[Category::kTrack] = {"b", "xa0", "XA1", "c", "xa2", "xA3", "xa4"};
+    m_names[DEV_MGR_CATEGORY_TRACK] = {"b", "xa0", "XA1", "c", "xa2", "xA3", "xa4"};
     EXPECT_EQ(Select("32"), "browsing");
     EXPECT_EQ(Filter("Xa"), "success");
-    EXPECT_EQ(Page("7", "3")["categoryItems"][0]["itemId"], IdOf(Category::kTrack, 4));
+    EXPECT_EQ(Page("7", "3")["categoryItems"][0]["itemId"], IdOf(DEV_MGR_CATEGORY_TRACK, 4));
     EXPECT_THAT(Names("7", "3"), ElementsAre("xa2", "xA3", "xa4"));
     EXPECT_THAT(Names("3", "10"), ElementsAre("xa0", "XA1", "xa2", "xA3", "xa4"));
     EXPECT_EQ(CallCount("eDevMgriPodGetItems"), 1u);

@@ -20,12 +20,13 @@ TEST_F(BrowseModel, BeforeTheFirstSessionTheStackIsNeitherEmptyNorALevel) {
     EXPECT_EQ(m_manager->BrowseInto(3), -1);
     EXPECT_EQ(m_manager->SetItemFilter("a"), -1);
     EXPECT_TRUE(m_simulator.Calls().empty());
-    for (int entry = 0; entry < 9; ++entry)
+    for (int entry = 0; entry < 9; ++entry) {
         EXPECT_EQ(m_manager->BrowseOneLevelBack(), 0);
+    }
     EXPECT_EQ(CallCount("eDevMgriPodBrowseOneLevelBack"), 9u);
 
     m_simulator.Fail("eDevMgriPodResetDatabase", 44, 1);
-    EXPECT_EQ(m_manager->BrowseTopCategory(Category::kArtist), 0);
+    EXPECT_EQ(m_manager->BrowseTopCategory(DEV_MGR_CATEGORY_ARTIST), 0);
     EXPECT_EQ(CallCount("eDevMgriPodCloseMdBrowseSession"), 1u);
     EXPECT_EQ(m_manager->State(), ConnectionState::BrowseReady);
     EXPECT_THAT(TakeLog(), testing::ContainsRegex("error : browsing category while not at top level\n.*"
@@ -36,22 +37,22 @@ TEST_F(BrowseModel, BeforeTheFirstSessionTheStackIsNeitherEmptyNorALevel) {
 }
 
 TEST_F(BrowseModel, WalksDownToALeafAndNamesEachParentToTheDevice) {
-    Enter(Category::kArtist).selectedIndex = 11;
-    ASSERT_EQ(m_manager->BrowseInto(IdOf(Category::kArtist, 2)), 0);
+    Enter(DEV_MGR_CATEGORY_ARTIST).selectedIndex = 11;
+    ASSERT_EQ(m_manager->BrowseInto(IdOf(DEV_MGR_CATEGORY_ARTIST, 2)), 0);
     EXPECT_THAT(TakeCalls(), testing::IsSupersetOf({"eDevMgriPodGetNumItems(4,11,4)",
                                                     "eDevMgriPodSelectCategorizedIndex(4,400002)"}));
     EXPECT_FALSE(m_manager->IsAtLeafCategory());
     m_manager->FetchLevelItems(*m_manager->CurrentBrowseLevel());
     EXPECT_THAT(TakeCalls(), testing::Contains("eDevMgriPodGetItems(4,400002,8,0,2)"));
-    ASSERT_EQ(m_manager->BrowseInto(IdOf(Category::kAlbum, 1)), 0);
+    ASSERT_EQ(m_manager->BrowseInto(IdOf(DEV_MGR_CATEGORY_ALBUM, 1)), 0);
     EXPECT_TRUE(m_manager->IsAtLeafCategory());
-    EXPECT_EQ(m_manager->BrowseInto(IdOf(Category::kTrack, 3)), 1);
+    EXPECT_EQ(m_manager->BrowseInto(IdOf(DEV_MGR_CATEGORY_TRACK, 3)), 1);
     EXPECT_EQ(CallCount("eDevMgriPodResetDatabase"), 1u);
     EXPECT_EQ(m_manager->BrowseOneLevelBack(), 1);
 }
 
 TEST_F(BrowseModel, KeepsItsPlaceWhenAStepDownFails) {
-    BrowseLevel& top = Enter(Category::kArtist);
+    BrowseLevel& top = Enter(DEV_MGR_CATEGORY_ARTIST);
     m_simulator.Fail("eDevMgriPodSelectCategorizedIndex", 50, 1);
     EXPECT_EQ(m_manager->BrowseInto(0), -1);
     EXPECT_EQ(CallCount("eDevMgriPodBrowseOneLevelBack"), 0u);
@@ -60,12 +61,13 @@ TEST_F(BrowseModel, KeepsItsPlaceWhenAStepDownFails) {
     EXPECT_EQ(m_manager->BrowseInto(0), -1);
     EXPECT_EQ(CallCount("eDevMgriPodBrowseOneLevelBack"), 1u);
 
-    m_masks[Category::kArtist] = Category::kArtist | Category::kAlbum | Category::kTrack;
+    m_masks[DEV_MGR_CATEGORY_ARTIST] =
+        DEV_MGR_CATEGORY_ARTIST | DEV_MGR_CATEGORY_ALBUM | DEV_MGR_CATEGORY_TRACK;
     EXPECT_EQ(m_manager->BrowseInto(0), -1);
     EXPECT_EQ(CallCount("eDevMgriPodBrowseOneLevelBack"), 2u);
     EXPECT_EQ(m_manager->CurrentBrowseLevel(), &top);
 
-    m_masks[Category::kArtist] = Category::kAlbum;
+    m_masks[DEV_MGR_CATEGORY_ARTIST] = DEV_MGR_CATEGORY_ALBUM;
     ASSERT_EQ(m_manager->BrowseInto(0), 0);
     m_simulator.Fail("eDevMgriPodBrowseOneLevelBack", 51);
     EXPECT_EQ(m_manager->BrowseOneLevelBack(), -50);  // left all the same
@@ -74,11 +76,12 @@ TEST_F(BrowseModel, KeepsItsPlaceWhenAStepDownFails) {
 
 TEST_F(BrowseModel, EmptiesTheStackWithEverySessionCallThatFails) {
     for (const char* call :
-         {"eDevMgriPodResetDatabase", "eDevMgriPodOpenMdBrowseSession", "eDevMgriPodCloseMdBrowseSession"})
+         {"eDevMgriPodResetDatabase", "eDevMgriPodOpenMdBrowseSession", "eDevMgriPodCloseMdBrowseSession"}) {
         m_simulator.Fail(call, 44);
+    }
     for (const auto operation :
          {&IpodManager::ResetDatabase, &IpodManager::OpenBrowseSession, &IpodManager::CloseBrowseSession}) {
-        Enter(Category::kArtist);
+        Enter(DEV_MGR_CATEGORY_ARTIST);
         EXPECT_EQ((*m_manager.*operation)(), 1 - 44);
         EXPECT_EQ(m_manager->BrowseOneLevelBack(), 1);
     }
@@ -86,7 +89,7 @@ TEST_F(BrowseModel, EmptiesTheStackWithEverySessionCallThatFails) {
 }
 
 TEST_F(BrowseModel, FiltersTheStoredItemsOnly) {
-    BrowseLevel& level = Enter(Category::kTrack);
+    BrowseLevel& level = Enter(DEV_MGR_CATEGORY_TRACK);
     EXPECT_EQ(m_manager->SetItemFilter("w"), 0);  // nothing is stored yet
     EXPECT_TRUE(level.filterMatches.empty());
     m_manager->FetchLevelItems(level);

@@ -11,8 +11,9 @@ std::vector<std::int64_t> PageItems(const PagePlan& plan, u32 total) {
     std::vector<std::int64_t> items(plan.count, -1);
     for (const PageFetch& fetch : plan) {
         EXPECT_LE(std::uint64_t{fetch.start} + fetch.count, total);
-        for (u32 i = 0; i < fetch.count; ++i)
+        for (u32 i = 0; i < fetch.count; ++i) {
             items.at(fetch.offset + i) = fetch.start + i;
+        }
     }
     return items;
 }
@@ -23,8 +24,9 @@ TEST(PlanPage, TakesEveryPageCircularly) {
             for (i32 count = -1; count <= 13; ++count) {
                 const auto size = static_cast<i32>(total);
                 std::vector<std::int64_t> expected;
-                for (i32 i = 0; i < std::min(count, size); ++i)
+                for (i32 i = 0; i < std::min(count, size); ++i) {
                     expected.push_back(count > size ? i : (start + i + 10 * size * size) % size);
+                }
                 EXPECT_EQ(PageItems(PlanPage(total, start, count), total), expected)
                     << total << " items, page " << start << ", " << count;
             }

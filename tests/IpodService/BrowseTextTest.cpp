@@ -8,8 +8,9 @@ namespace {
 
 std::string Marks(std::size_t count) {
     std::string marks;
-    for (; count > 0; --count)
+    for (; count > 0; --count) {
         marks += "\xEF\xBF\xBD";
+    }
     return marks;
 }
 
@@ -25,10 +26,12 @@ TEST(WellFormedUtf8, MarksEachIllFormedByteAndNothingElse) {
         {3, {"\xE0\x9F\xBFz", "\xED\xA0\x80z"}},
         {4, {"\xF0\x8F\xBF\xBFz", "\xF4\x90\x80\x80z", "\xF5\x80\x80\x80z"}},  // the first overlong
     };
-    for (const auto& [ill, texts] : cases)
-        for (const std::string& text : texts)
+    for (const auto& [ill, texts] : cases) {
+        for (const std::string& text : texts) {
             EXPECT_EQ(WellFormedUtf8("a" + text, 256), "a" + Marks(ill) + text.substr(ill))
                 << testing::PrintToString(text);
+        }
+    }
 }
 
 TEST(WellFormedUtf8, DropsACharacterThatTheRecordCutOff) {

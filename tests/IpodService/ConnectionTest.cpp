@@ -83,7 +83,7 @@ TEST_F(ConnectionTest, ABuildMayFailOrEndBeforeItsCallReturns) {
     m_manager->CloseDevice();
     m_standIns.eDevMgriPodStartBuildingDatabase = [this](u32, u32, char*) {
         Fire({37, 100});
-        return ResultCode::kSuccess;
+        return DEV_MGR_SUCCESS;
     };
     UseStandIns();
     EXPECT_TRUE(StepUntil(ConnectionState::DatabaseComplete));
@@ -112,7 +112,7 @@ TEST_F(ConnectionTest, ListsThatLieStayInsideTheirArray) {
     u32 code = 1;
     m_standIns.eDevMgrGetNumDevices = [&](u32, u32* count) {
         *count = counts[next++];
-        return ResultCode::kSuccess;
+        return DEV_MGR_SUCCESS;
     };
     m_standIns.eDevMgrGetDeviceList = [&](u32, DeviceRecord* list, u32, u32* count) {
         std::memset(list, 'x', sizeof(DeviceRecord));
@@ -180,9 +180,11 @@ TEST_F(ConnectionTest, ClosingDeletesWhatTheDeviceLeftAndNothingElse) {
     }
     m_manager->CloseDevice();
     Texts left;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(m_folder))
-        if (entry.is_regular_file())
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(m_folder)) {
+        if (entry.is_regular_file()) {
             left.push_back(entry.path().lexically_relative(m_folder));
+        }
+    }
     EXPECT_THAT(left, testing::UnorderedElementsAre("log", "root/keep.txt", "root/sub/c.pls",
                                                     "root/d.pls.d/x", "iap2db/keep"));
 }

@@ -103,13 +103,15 @@ TEST_F(EventsTest, EveryEventLogsItsOwnTexts) {
         {{37, 50}, "[INFO ] Database is getting build Percentage Completion =50\n"},
         {{1}, "[INFO ]  Device manager has exited. No API can be used anymore. Exiting."},
     };
-    for (const auto& testCase : cases)
+    for (const auto& testCase : cases) {
         EXPECT_EQ(LogOf(testCase.words, testCase.texts), testCase.log);
+    }
     EXPECT_TRUE(m_manager->IsExitRequested());
     // The last three are behind the names' table; the second of them would wrap back into it.
-    for (const u32 other : {0u, 2u, 5u, 24u, 38u, 39u, 81u, 0xFFFFFF95u, 4000000000u})
+    for (const u32 other : {0u, 2u, 5u, 24u, 38u, 39u, 81u, 0xFFFFFF95u, 4000000000u}) {
         EXPECT_THAT(LogOf({other}), HasSubstr(other < 81 ? "[INFO ] Event from process handle "
                                                          : "is DEV_MGR_UNKNOWN_FAILURE\n"));
+    }
 }
 
 TEST_F(EventsTest, AStoragesNameIsLoggedByteByByteUpToItsDoubleZeroOrItsFieldsEnd) {
@@ -120,8 +122,9 @@ TEST_F(EventsTest, AStoragesNameIsLoggedByteByByteUpToItsDoubleZeroOrItsFieldsEn
         name.copy(event.text, sizeof event.text);
         std::memcpy(event.text + 255, "/mnt\0SERIAL", 12);
         std::string logged = "[INFO ] Mount passed.\n[INFO ] Device name is: ";
-        for (const char byte : name)
+        for (const char byte : name) {
             logged += "[INFO ] "s + byte;
+        }
         TakeLog();
         m_simulator.Fire(event);
         m_simulator.Drain();
@@ -153,8 +156,9 @@ TEST_F(EventsTest, AnEventGoesToTheManagerThatItIsFor) {
 
 TEST_F(EventsTest, TimeIsToldWithADeviceOnlyAndPausesAlways) {
     for (const bool isConnected : {false, true}) {
-        if (isConnected)
+        if (isConnected) {
             Connect();
+        }
         Fire({8, 4000000000});
         Fire({9});
         Fire({10});
@@ -202,14 +206,16 @@ TEST_F(EventsTest, AManagerCanGoWhileEventsCome) {
     std::atomic<bool> done{false};
     std::thread storm([&] {
         const DeviceEvent event = DeviceSimulator::MakeEvent({9});
-        while (!done)
+        while (!done) {
             IpodManagerRegistry::DeviceManagerCallback(&event, 0);
+        }
     });
     for (int i = 0; i < 50; ++i) {
         RecordedNotifications notifications;
         const IpodManager manager(&notifications, Folders());
-        while (notifications.Take().empty())
+        while (notifications.Take().empty()) {
             std::this_thread::yield();
+        }
     }
     done = true;
     storm.join();

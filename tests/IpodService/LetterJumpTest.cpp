@@ -19,12 +19,15 @@ struct NameList {
         ++fetches;
         const PagePlan plan = PlanPage(static_cast<u32>(names.size()), start, count);
         count = static_cast<i32>(plan.count);
-        if (count == 0)
+        if (count == 0) {
             return nullptr;
+        }
         BrowseItemArray items(static_cast<BrowseItem*>(std::calloc(plan.count, sizeof(BrowseItem))));
-        for (const PageFetch& fetch : plan)
-            for (u32 i = 0; i < fetch.count; ++i)
+        for (const PageFetch& fetch : plan) {
+            for (u32 i = 0; i < fetch.count; ++i) {
                 names[fetch.start + i].copy(items[fetch.offset + i].name, sizeof(BrowseItem::name));
+            }
+        }
         return items;
     }
     i32 Jump(i32 (*jump)(const PagedList&, i32), i32 start) {
@@ -84,8 +87,9 @@ TEST(LetterJump, EndsWhateverTheDeviceDelivers) {
         count = count > most ? 0 : count;
         BrowseItemArray page(
             count == 0 ? nullptr : static_cast<BrowseItem*>(std::calloc(kAlphaPageSize, sizeof(BrowseItem))));
-        if (page)
+        if (page) {
             page[0].name[0] = 'A';
+        }
         return page;
     };
     const PagedList endless = {INT_MAX, fetch};
@@ -102,8 +106,9 @@ TEST(InitialKey, IsTheByteBehindALeadingArticle) {
         {"amber", 'a'},       {"The Brooks", 'B'}, {"tHE brooks", 'b'},   {"The ", 'T'},
         {"Them", 'T'},        {"The  Gap", ' '},   {"The 45s", '4'},      {"99", '9'},
         {"Other The A", 'O'}, {"Th", 'T'},         {"\xC3\x89t", '\xC3'}, {"The \xC3\x89t", '\xC3'}};
-    for (const auto& [name, key] : cases)
+    for (const auto& [name, key] : cases) {
         EXPECT_EQ(InitialKey(name), static_cast<unsigned char>(key)) << name;
+    }
     EXPECT_EQ(InitialKey(""), std::nullopt);
 }
 
@@ -113,8 +118,9 @@ TEST(LetterJump, AgreesWithAWalkOverTheWholeList) {
                                                 {101, 30}, {199, 60}, {200, 120}, {350, 120}};
     for (const auto& [size, run] : sizesAndRuns) {
         NameList list;
-        for (i32 i = 0; i < size; ++i)
+        for (i32 i = 0; i < size; ++i) {
             list.names.emplace_back(random() % 8 == 0 ? 0 : 1, static_cast<char>('A' + i / run));
+        }
         for (i32 start = 0; start < size; ++start) {
             const auto here = list.names.begin() + start;
             const auto own = InitialKey(*here);

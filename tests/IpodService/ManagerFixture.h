@@ -67,7 +67,7 @@ template <typename... Values>
 auto Giving(Values... values) {
     return [=](u32, u32, Values*... out) {
         ((*out = values), ...);
-        return ResultCode::kSuccess;
+        return DEV_MGR_SUCCESS;
     };
 }
 
@@ -93,8 +93,9 @@ class ManagerTest : public testing::Test {
     ~ManagerTest() override {
         m_simulator.ClearScripts();
         m_simulator.SetStandIns({});
-        if (m_manager->State() != ConnectionState::Unregistered)
+        if (m_manager->State() != ConnectionState::Unregistered) {
             m_manager->Shutdown();
+        }
         m_manager.reset();
         CLogger::Instance().Close();
         CLogger::Instance().SetLevel(LogLevel::kOff);
@@ -139,8 +140,9 @@ class ManagerTest : public testing::Test {
         Texts calls;
         for (const DeviceSimulator::CallRecord& call : m_simulator.Calls()) {
             std::string text = call.name + '(';
-            for (std::size_t i = 2; i < call.arguments.size(); ++i)
+            for (std::size_t i = 2; i < call.arguments.size(); ++i) {
                 text += (i > 2 ? "," : "") + std::to_string(call.arguments[i]);
+            }
             calls.push_back(text + ')');
         }
         m_simulator.ClearCalls();

@@ -109,8 +109,9 @@ TEST_F(PlaybackTest, PlayingOpensTheSessionThatIsMissing) {
     for (const bool opens : {true, false}) {
         m_manager->CloseDevice();
         ASSERT_TRUE(StepUntil(ConnectionState::Connected));
-        if (!opens)
+        if (!opens) {
             m_simulator.Fail("eDevMgriPodOpenMdBrowseSession", 46);
+        }
         m_simulator.ClearCalls();
         EXPECT_EQ(m_manager->GetHasPlayableData(), opens);
         EXPECT_EQ(m_manager->PlayFirstTrack(), opens ? 0 : 1);
@@ -128,7 +129,7 @@ TEST_F(PlaybackTest, TheFirstTrackIsPlayedEvenWhenItCouldNotBeSelected) {
     for (const u32 count : {0u, 0x80000000u, 0xFFFFFFFFu}) {
         m_standIns.eDevMgriPodGetNumItems = [count](u32, u32, i32, u32, u32, u32* out) {
             *out = count;
-            return ResultCode::kSuccess;
+            return DEV_MGR_SUCCESS;
         };
         UseStandIns();
         EXPECT_EQ(m_manager->PlayFirstTrack(), 1) << count;
@@ -158,8 +159,9 @@ TEST_F(PlaybackTest, TrackInfoComesFromFourQueriesAndSurvivesTheirFailure) {
     m_simulator.SetStandIns({});
     for (const char* name :
          {"eDevMgriPodGetPlayStatus", "eDevMgriPodGetNumPlayingTracks", "eDevMgriPodGetPlayingTrackMetaData",
-          "eDevMgriPodGetPlayingTrackElapsedAndTotaltime"})
+          "eDevMgriPodGetPlayingTrackElapsedAndTotaltime"}) {
         m_simulator.Fail(name, 54);
+    }
     m_manager->RequestPlayStatus();
     m_manager->UpdatePlayStatus();
     EXPECT_THAT(m_notifications.Take(), ElementsAre("track 0 0/0 || 0/0"));
@@ -170,8 +172,9 @@ TEST_F(PlaybackTest, SettingsAreAnsweredAsReadBack) {
                                                          {"null", "all"},
                                                          {"{'mode':'current'}", "current"},
                                                          {"{'mode':'ALL'}", "off"}};
-    for (const auto& [params, mode] : modes)
+    for (const auto& [params, mode] : modes) {
         EXPECT_EQ(Result(&Handler::SetRepeatMode, params)["mode"], mode) << params;
+    }
     m_manager->SetShuffle(2);
     EXPECT_EQ(Result(&Handler::IsShuffleEnabled)["enabled"], true);
     EXPECT_EQ(Result(&Handler::EnableShuffle, "{'enable':0}")["enabled"], false);
@@ -182,7 +185,7 @@ TEST_F(PlaybackTest, ANowPlayingListThatLiesIsReadWithinItsArray) {
     m_standIns.eDevMgriPodGetPlayingList = [](u32, u32, u32, u32* count, BrowseItem* items) {
         std::memset(items, 'n', sizeof(BrowseItem) * 2);
         *count = 0xFFFFFFFF;
-        return ResultCode::kSuccess;
+        return DEV_MGR_SUCCESS;
     };
     UseStandIns();
     EXPECT_EQ(m_manager->GetNowPlayingList(), 0);
@@ -190,7 +193,7 @@ TEST_F(PlaybackTest, ANowPlayingListThatLiesIsReadWithinItsArray) {
     m_standIns.eDevMgriPodGetNumPlayingTracks = Giving(0xFFFFFFFFu, 0u);
     m_standIns.eDevMgriPodGetPlayingList = [](u32, u32, u32, u32* count, BrowseItem*) {
         *count = 0;
-        return ResultCode::kSuccess;
+        return DEV_MGR_SUCCESS;
     };
     UseStandIns();
     EXPECT_EQ(m_manager->GetNowPlayingList(), 0);

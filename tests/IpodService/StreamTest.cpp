@@ -16,8 +16,9 @@ namespace {
 /// Looks until `holds` or the time is up, which is long enough for a sanitizer on a busy machine.
 bool WaitFor(const std::function<bool()>& holds) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (!holds() && std::chrono::steady_clock::now() < end)
+    while (!holds() && std::chrono::steady_clock::now() < end) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
     return holds();
 }
 
@@ -26,9 +27,11 @@ struct Sound {
     /// In Hz, by the upward crossings of zero behind the first 0.7 seconds, which begin with the pipeline.
     double Pitch() const {
         std::vector<std::size_t> crossings;
-        for (std::size_t i = rate * 7 / 10; i < samples.size(); ++i)
-            if (samples[i - 1] < 0 && samples[i] >= 0)
+        for (std::size_t i = rate * 7 / 10; i < samples.size(); ++i) {
+            if (samples[i - 1] < 0 && samples[i] >= 0) {
                 crossings.push_back(i);
+            }
+        }
         return crossings.empty() ? 0
                                  : static_cast<double>((crossings.size() - 1) * rate) /
                                        static_cast<double>(crossings.back() - crossings.front());
@@ -59,9 +62,10 @@ class StreamTest : public ManagerTest {
     /// From the next opening on the card delivers ten seconds of 1 kHz at `rate`: S16LE stereo.
     void PlayTone(std::uint32_t rate) const {
         std::vector<std::int16_t> tone;
-        for (std::uint32_t frame = 0; frame < rate * 10; ++frame)
+        for (std::uint32_t frame = 0; frame < rate * 10; ++frame) {
             tone.resize(tone.size() + 2, static_cast<std::int16_t>(std::lround(
                                              12000 * std::sin(2000 * std::numbers::pi * frame / rate))));
+        }
         // A new file each time: a pipeline that still reads the old one goes on with that.
         std::filesystem::remove(m_folder / "capture.pcm");
         std::ofstream(m_folder / "capture.pcm", std::ios::binary)
@@ -70,17 +74,19 @@ class StreamTest : public ManagerTest {
     }
     void SetGone(const char* direction, bool gone) const {
         const std::filesystem::path mark = m_folder / (std::string(direction) + ".gone");
-        if (gone)
+        if (gone) {
             std::ofstream(mark) << '\n';
-        else
+        } else {
             std::filesystem::remove(mark);
+        }
     }
     Sound Played() const {
         std::ifstream file(m_folder / "playback.wav", std::ios::binary);
         const std::string bytes{std::istreambuf_iterator<char>(file), {}};
         Sound sound;
-        if (bytes.size() < 44)
+        if (bytes.size() < 44) {
             return sound;
+        }
         std::memcpy(&sound.rate, &bytes[24], sizeof sound.rate);
         for (std::size_t at = 44; at + 4 <= bytes.size(); at += 4) {
             sound.samples.push_back(0);
@@ -111,8 +117,9 @@ TEST_F(StreamTest, RestartsLeaveNothingBehind) {
     const auto descriptors = count("/proc/self/fd");
     const auto threads = count("/proc/self/task");
     m_manager->StartStream();
-    for (int restart = 0; restart < 200; ++restart)
+    for (int restart = 0; restart < 200; ++restart) {
         ASSERT_EQ(m_manager->RestartStream(restart % 2 == 0 ? 48000 : -1), 1);
+    }
     m_manager->StopStream();
     // The threads of GLib's pools end a while after their work.
     EXPECT_TRUE(WaitFor(
@@ -132,8 +139,9 @@ TEST_F(StreamTest, RateEventsStormAgainstStartAndStop) {
     });
     for (int round = 0; round < 50; ++round) {
         m_manager->StartStream();
-        for (const u32 rate : {44100U, 48000U, 32000U})
+        for (const u32 rate : {44100U, 48000U, 32000U}) {
             m_simulator.Fire(DeviceSimulator::MakeEvent({17, rate}));
+        }
         m_manager->StopStream();
         m_manager->StartStream();
         m_manager->ProcessDelayedStreamRestart();
