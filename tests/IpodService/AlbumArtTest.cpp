@@ -64,7 +64,7 @@ class AlbumArtTest : public ManagerTest {
     int m_asked = 0;
     Bytes m_bytes{'n', 'o', 'n', 'e'};
     std::pair<u32, u32> m_size{4, 0};  ///< as the device reports it: width, height
-    u32 m_code = 1;
+    u32 m_code = DEV_MGR_SUCCESS;
     std::string m_text = "as it was";
     u32 m_width = 7;
     u32 m_height = 8;
@@ -137,16 +137,16 @@ TEST_F(AlbumArtTest, DelayedFetchByOutcome) {
         std::pair<u32, u32> size;
         Texts reported;
         bool pending = false;
-    } cases[] = {{1, {4, 0}, {"art 8 4x0 5"}},
-                 {1, {1, 2}, {"art 8 1x2 5"}},
-                 {1, {480, 320}, {"art 409600 480x320 5"}},
-                 {1, {0, 0}, {"art 0 0x0 5"}},
-                 {1, {32768, 65536}, {"art 0 0x0 5"}},
-                 {0, {4, 0}, {"art 0 0x0 5"}},
-                 {70, {}, {}, true},
-                 {71, {}, {}},
-                 {74, {}, {}},
-                 {75, {}, {}, true}};
+    } cases[] = {{DEV_MGR_SUCCESS, {4, 0}, {"art 8 4x0 5"}},
+                 {DEV_MGR_SUCCESS, {1, 2}, {"art 8 1x2 5"}},
+                 {DEV_MGR_SUCCESS, {480, 320}, {"art 409600 480x320 5"}},
+                 {DEV_MGR_SUCCESS, {0, 0}, {"art 0 0x0 5"}},
+                 {DEV_MGR_SUCCESS, {32768, 65536}, {"art 0 0x0 5"}},
+                 {DEV_MGR_RESULT_NONE, {4, 0}, {"art 0 0x0 5"}},
+                 {DEV_MGR_IAP_IPOD_IN_STOP_STATE, {}, {}, true},
+                 {DEV_MGR_IAP_ARTWORK_NOT_SUPPORTED_BY_IPOD_ERROR, {}, {}},
+                 {DEV_MGR_IAP_NOT_PLAYING_ERROR, {}, {}},
+                 {DEV_MGR_IAP_FILE_NOT_PRESENT_ERROR, {}, {}, true}};
     m_manager->RequestPlayStatus();
     EXPECT_THAT(RequestAndPass(), IsEmpty()) << "the track info goes first";
     m_manager->UpdatePlayStatus();
@@ -158,7 +158,7 @@ TEST_F(AlbumArtTest, DelayedFetchByOutcome) {
         const int before = m_asked;
         m_manager->ProcessDelayedAlbumArt();
         EXPECT_EQ(m_asked > before, pending) << code;
-        m_code = 74;
+        m_code = DEV_MGR_IAP_NOT_PLAYING_ERROR;
         m_manager->ProcessDelayedAlbumArt();
     }
 }
@@ -171,16 +171,17 @@ TEST_F(AlbumArtTest, ReadsStayWithinTheGrantedBlock) {
     }
     EXPECT_EQ(m_text.size(), (0x200000u + 2) / 3 * 4);
     m_manager->FreeShm1();
-    m_simulator.Fail("eDevMgrAllocateSharedMemory", 106);
+    m_simulator.Fail("eDevMgrAllocateSharedMemory", DEV_MGR_UNKNOWN_FAILURE);
     EXPECT_THAT(RequestAndPass(), ElementsAre("art 0 0x0 5")) << "no memory for the block";
 }
 
 TEST_F(AlbumArtTest, ImmediateFetchLeavesItsArgumentsAloneWithoutAPicture) {
-    for (const u32 code : {0U, 72U, 94U, 1U}) {
+    for (const u32 code : {DEV_MGR_RESULT_NONE, DEV_MGR_IAP_ARTWORK_NOT_PRESENT_ERROR, DEV_MGR_IAP_APP_BUSY,
+                           DEV_MGR_SUCCESS}) {
         m_code = code;
         m_size = {0, 0};
         EXPECT_EQ(m_manager->GetPlayingTrackAlbumArt(m_text, m_width, m_height),
-                  static_cast<i32>(code == 1 ? 0 : code));
+                  static_cast<i32>(code == DEV_MGR_SUCCESS ? 0 : code));
         EXPECT_EQ(std::tie(m_text, m_width, m_height), std::tuple("as it was", 7u, 8u));
     }
     m_size = {2, 400};

@@ -25,20 +25,24 @@ class BrowseFixture : public ManagerTest {
             *count = UINT32_MAX;  // what a device says of its work is not to be relied on
             return DEV_MGR_SUCCESS;
         };
-        m_standIns.eDevMgriPodResetDatabase = m_standIns.eDevMgriPodCloseMdBrowseSession = Answering(1);
-        m_standIns.eDevMgriPodOpenMdBrowseSession = Answering(1);
-        m_standIns.eDevMgriPodBrowseOneLevelBack = Answering(1);
-        m_standIns.eDevMgriPodSelectCategorizedIndex = Answering(1);
+        m_standIns.eDevMgriPodResetDatabase = m_standIns.eDevMgriPodCloseMdBrowseSession =
+            Answering(DEV_MGR_SUCCESS);
+        m_standIns.eDevMgriPodOpenMdBrowseSession = Answering(DEV_MGR_SUCCESS);
+        m_standIns.eDevMgriPodBrowseOneLevelBack = Answering(DEV_MGR_SUCCESS);
+        m_standIns.eDevMgriPodSelectCategorizedIndex = Answering(DEV_MGR_SUCCESS);
         UseStandIns();
     }
 
     static u32 IdOf(u32 category, u32 position) { return category * 100000 + position; }
     std::size_t CallCount(const char* function) const { return m_simulator.Calls(function).size(); }
 
-    std::map<u32, u32> m_masks = {{DEV_MGR_CATEGORY_TOP_LEVEL, 126},
-                                  {DEV_MGR_CATEGORY_ARTIST, DEV_MGR_CATEGORY_ARTIST | DEV_MGR_CATEGORY_ALBUM},
-                                  {DEV_MGR_CATEGORY_ALBUM, DEV_MGR_CATEGORY_ALBUM | DEV_MGR_CATEGORY_TRACK},
-                                  {DEV_MGR_CATEGORY_TRACK, DEV_MGR_CATEGORY_TRACK}};
+    std::map<u32, u32> m_masks = {
+        {DEV_MGR_CATEGORY_TOP_LEVEL, DEV_MGR_CATEGORY_PLAYLIST | DEV_MGR_CATEGORY_ARTIST |
+                                         DEV_MGR_CATEGORY_ALBUM | DEV_MGR_CATEGORY_GENRE |
+                                         DEV_MGR_CATEGORY_TRACK | DEV_MGR_CATEGORY_COMPOSER},
+        {DEV_MGR_CATEGORY_ARTIST, DEV_MGR_CATEGORY_ARTIST | DEV_MGR_CATEGORY_ALBUM},
+        {DEV_MGR_CATEGORY_ALBUM, DEV_MGR_CATEGORY_ALBUM | DEV_MGR_CATEGORY_TRACK},
+        {DEV_MGR_CATEGORY_TRACK, DEV_MGR_CATEGORY_TRACK}};
     std::map<u32, Texts> m_names = {
         {DEV_MGR_CATEGORY_ARTIST, {"Amber", "AB/CD", "The Brooks", "Bluff"}},
         {DEV_MGR_CATEGORY_ALBUM, {"Harbour!", "Rotunda"}},

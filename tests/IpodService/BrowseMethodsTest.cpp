@@ -53,7 +53,7 @@ TEST_F(BrowseMethods, PageThroughALevelCircularly) {
     EXPECT_EQ(Select("-1"), "success");  // as the device takes it: the highest id
     EXPECT_THAT(TakeCalls(), testing::Contains("eDevMgriPodSelectCategorizedIndex(32,4294967295)"));
     EXPECT_EQ(Select("32"), "browsing");
-    m_simulator.Fail("eDevMgriPodGetItems", 54);
+    m_simulator.Fail("eDevMgriPodGetItems", DEV_MGR_DEVICE_NOT_RESPONDING);
     EXPECT_THAT(Names("0", "2"), ElementsAre("", ""));
 }
 
@@ -66,14 +66,14 @@ TEST_F(BrowseMethods, SelectWhatTheDeviceOffersAndSayWhenItFails) {
     EXPECT_EQ(Select("8"), "browsing");
     EXPECT_THROW(Select("'3'"), Json::LogicError);
     EXPECT_THROW(Select("4294967296"), Json::LogicError);
-    m_simulator.Fail("eDevMgriPodSelectCategorizedIndex", 100, 1);
+    m_simulator.Fail("eDevMgriPodSelectCategorizedIndex", DEV_MGR_IAP_INVALID_INDEX, 1);
     EXPECT_EQ(Select("0"), "failure");
     EXPECT_EQ(Page("0", "1")["totalCount"], 2) << "still there";
     EXPECT_EQ(Result(&Handler::SelectBrowseBack), "success");
     EXPECT_EQ(Result(&Handler::SelectBrowseBack), "failure");
     for (const bool fails : {true, false}) {
         if (fails) {
-            m_simulator.Fail("eDevMgriPodResetDatabase", 44, 1);
+            m_simulator.Fail("eDevMgriPodResetDatabase", DEV_MGR_MD_BROWSE_SESSION_NOT_OPENED, 1);
         }
         EXPECT_EQ(Result(&Handler::ResetBrowseList)["resetSuccess"], !fails);
     }
@@ -86,7 +86,7 @@ TEST_F(BrowseMethods, ListAllSongsFromTheRootOnly) {
     EXPECT_EQ(songs["isLastCategory"], true);
     EXPECT_TRUE(Result(&Handler::GetSongList).isNull()) << "not at the root any more";
     m_manager->ResetDatabase();
-    m_simulator.Fail("eDevMgriPodMdGetCategories", 44, 1);
+    m_simulator.Fail("eDevMgriPodMdGetCategories", DEV_MGR_MD_BROWSE_SESSION_NOT_OPENED, 1);
     EXPECT_TRUE(Result(&Handler::GetSongList).isNull());
     m_names[DEV_MGR_CATEGORY_TRACK].clear();
     EXPECT_TRUE(Result(&Handler::GetSongList).isNull());

@@ -25,7 +25,7 @@ TEST_F(BrowseModel, BeforeTheFirstSessionTheStackIsNeitherEmptyNorALevel) {
     }
     EXPECT_EQ(CallCount("eDevMgriPodBrowseOneLevelBack"), 9u);
 
-    m_simulator.Fail("eDevMgriPodResetDatabase", 44, 1);
+    m_simulator.Fail("eDevMgriPodResetDatabase", DEV_MGR_MD_BROWSE_SESSION_NOT_OPENED, 1);
     EXPECT_EQ(m_manager->BrowseTopCategory(DEV_MGR_CATEGORY_ARTIST), 0);
     EXPECT_EQ(CallCount("eDevMgriPodCloseMdBrowseSession"), 1u);
     EXPECT_EQ(m_manager->State(), ConnectionState::BrowseReady);
@@ -53,11 +53,12 @@ TEST_F(BrowseModel, WalksDownToALeafAndNamesEachParentToTheDevice) {
 
 TEST_F(BrowseModel, KeepsItsPlaceWhenAStepDownFails) {
     BrowseLevel& top = Enter(DEV_MGR_CATEGORY_ARTIST);
-    m_simulator.Fail("eDevMgriPodSelectCategorizedIndex", 50, 1);
+    m_simulator.Fail("eDevMgriPodSelectCategorizedIndex", DEV_MGR_INVALID_CATEGORY_SELECTION, 1);
     EXPECT_EQ(m_manager->BrowseInto(0), -1);
     EXPECT_EQ(CallCount("eDevMgriPodBrowseOneLevelBack"), 0u);
 
-    m_simulator.Fail("eDevMgriPodGetNumItems", 54, 2);  // the count before the selection, and the child's
+    // The count before the selection, and the child's.
+    m_simulator.Fail("eDevMgriPodGetNumItems", DEV_MGR_DEVICE_NOT_RESPONDING, 2);
     EXPECT_EQ(m_manager->BrowseInto(0), -1);
     EXPECT_EQ(CallCount("eDevMgriPodBrowseOneLevelBack"), 1u);
 
@@ -69,20 +70,20 @@ TEST_F(BrowseModel, KeepsItsPlaceWhenAStepDownFails) {
 
     m_masks[DEV_MGR_CATEGORY_ARTIST] = DEV_MGR_CATEGORY_ALBUM;
     ASSERT_EQ(m_manager->BrowseInto(0), 0);
-    m_simulator.Fail("eDevMgriPodBrowseOneLevelBack", 51);
-    EXPECT_EQ(m_manager->BrowseOneLevelBack(), -50);  // left all the same
+    m_simulator.Fail("eDevMgriPodBrowseOneLevelBack", DEV_MGR_ALREADY_ON_TOP_LEVEL);
+    EXPECT_EQ(m_manager->BrowseOneLevelBack(), 1 - DEV_MGR_ALREADY_ON_TOP_LEVEL);  // left all the same
     EXPECT_EQ(m_manager->CurrentBrowseLevel(), &top);
 }
 
 TEST_F(BrowseModel, EmptiesTheStackWithEverySessionCallThatFails) {
     for (const char* call :
          {"eDevMgriPodResetDatabase", "eDevMgriPodOpenMdBrowseSession", "eDevMgriPodCloseMdBrowseSession"}) {
-        m_simulator.Fail(call, 44);
+        m_simulator.Fail(call, DEV_MGR_MD_BROWSE_SESSION_NOT_OPENED);
     }
     for (const auto operation :
          {&IpodManager::ResetDatabase, &IpodManager::OpenBrowseSession, &IpodManager::CloseBrowseSession}) {
         Enter(DEV_MGR_CATEGORY_ARTIST);
-        EXPECT_EQ((*m_manager.*operation)(), 1 - 44);
+        EXPECT_EQ((*m_manager.*operation)(), 1 - DEV_MGR_MD_BROWSE_SESSION_NOT_OPENED);
         EXPECT_EQ(m_manager->BrowseOneLevelBack(), 1);
     }
     EXPECT_NE(m_manager->State(), ConnectionState::BrowseReady);

@@ -14,8 +14,8 @@ using testing::IsEmpty;
 using ConnectionTest = ManagerTest;
 
 TEST_F(ConnectionTest, RegistrationIsTriedAgainAndTakesBlockOneWhichMayFail) {
-    m_simulator.Fail("eDevMgrRegisterProcess", 5, 1);
-    m_simulator.Fail("eDevMgrAllocateSharedMemory", 60);
+    m_simulator.Fail("eDevMgrRegisterProcess", DEV_MGR_PROCESS_REGISTRY_FAILED, 1);
+    m_simulator.Fail("eDevMgrAllocateSharedMemory", DEV_MGR_MEMORY_ERROR);
     m_manager->UpdateConnection();
     EXPECT_THAT(TakeLog(), HasSubstr("[INFO ] eDevMgrRegisterProcess\n[INFO ] Return from RegisterProcess is "
                                      ":5, DEV_MGR_PROCESS_REGISTRY_FAILED\n"));
@@ -31,9 +31,9 @@ TEST_F(ConnectionTest, RegistrationIsTriedAgainAndTakesBlockOneWhichMayFail) {
 
 TEST_F(ConnectionTest, AFailedDeregistrationIsReportedAndCanBeRepeated) {
     ASSERT_TRUE(StepUntil(ConnectionState::Registered));
-    m_simulator.Fail("eDevMgrDeRegisterProcess", 7, 1);
+    m_simulator.Fail("eDevMgrDeRegisterProcess", DEV_MGR_PROCESS_DE_REGISTRY_FAILED, 1);
     TakeLog();
-    EXPECT_EQ(m_manager->Shutdown(), 1 - 7);
+    EXPECT_EQ(m_manager->Shutdown(), 1 - DEV_MGR_PROCESS_DE_REGISTRY_FAILED);
     EXPECT_EQ(m_manager->State(), ConnectionState::Registered);
     EXPECT_EQ(TakeLog(),
               "[INFO ] eDevMgrDeAllocateSharedMemory\n[INFO ] Shm 2 block already gone.\n[INFO ] "
@@ -46,9 +46,9 @@ TEST_F(ConnectionTest, AFailedDeregistrationIsReportedAndCanBeRepeated) {
 
 TEST_F(ConnectionTest, OneDeviceThatRefusesLeavesItsPlaceToTheNext) {
     ASSERT_TRUE(StepUntil(ConnectionState::Registered));
-    Plug(14);
-    const u32 second = Plug(15);
-    m_simulator.Fail("eDevMgrOpenDevice", 30, 1);
+    Plug(DEV_MGR_DEVICE_TYPE_IAP_2WIRE);
+    const u32 second = Plug(DEV_MGR_DEVICE_TYPE_IAP_1WIRE);
+    m_simulator.Fail("eDevMgrOpenDevice", DEV_MGR_NO_BROWSE_SESSION_OPENED, 1);
     m_manager->UpdateConnection();
     EXPECT_EQ(m_manager->State(), ConnectionState::Connected);
     EXPECT_EQ(m_simulator.Calls("eDevMgriPodSetMaxCurrent").back().arguments.at(1), second);
@@ -56,16 +56,16 @@ TEST_F(ConnectionTest, OneDeviceThatRefusesLeavesItsPlaceToTheNext) {
 }
 
 TEST_F(ConnectionTest, AnIap2DeviceIsBrowsedOnceItsDatabaseIsBuilt) {
-    m_standIns.eDevMgriPodStartBuildingDatabase = Answering(1);
-    m_standIns.eDevMgriPodOpenMdBrowseSession = Answering(1);
+    m_standIns.eDevMgriPodStartBuildingDatabase = Answering(DEV_MGR_SUCCESS);
+    m_standIns.eDevMgriPodOpenMdBrowseSession = Answering(DEV_MGR_SUCCESS);
     UseStandIns();
-    Plug(17);
+    Plug(DEV_MGR_DEVICE_TYPE_IAP2_2WIRE);
     ASSERT_TRUE(StepUntil(ConnectionState::BuildingDatabase));
     EXPECT_THAT(m_notifications.Take(), ElementsAre("connected 1"));
     m_manager->UpdateConnection();
-    Fire({37, 99});
+    Fire({DEV_MGR_EVENT_DB_BUILD_PROGRESS_INFO, 99});
     EXPECT_EQ(m_manager->State(), ConnectionState::BuildingDatabase);
-    Fire({37, 0xFFFFFFFF});
+    Fire({DEV_MGR_EVENT_DB_BUILD_PROGRESS_INFO, 0xFFFFFFFF});
     EXPECT_EQ(m_manager->State(), ConnectionState::DatabaseComplete);
     TakeLog();
     m_manager->UpdateConnection();
@@ -74,15 +74,15 @@ TEST_F(ConnectionTest, AnIap2DeviceIsBrowsedOnceItsDatabaseIsBuilt) {
 }
 
 TEST_F(ConnectionTest, ABuildMayFailOrEndBeforeItsCallReturns) {
-    m_simulator.Fail("eDevMgriPodStartBuildingDatabase", 102, 1);
-    Plug(17);
+    m_simulator.Fail("eDevMgriPodStartBuildingDatabase", DEV_MGR_IAP_DB_BUILDING_FAILED, 1);
+    Plug(DEV_MGR_DEVICE_TYPE_IAP2_2WIRE);
     ASSERT_TRUE(StepUntil(ConnectionState::Connected));
     EXPECT_TRUE(m_manager->IsDeviceConnected());
     EXPECT_THAT(m_notifications.Take(), IsEmpty());
 
     m_manager->CloseDevice();
     m_standIns.eDevMgriPodStartBuildingDatabase = [this](u32, u32, char*) {
-        Fire({37, 100});
+        Fire({DEV_MGR_EVENT_DB_BUILD_PROGRESS_INFO, 100});
         return DEV_MGR_SUCCESS;
     };
     UseStandIns();
@@ -96,7 +96,7 @@ TEST_F(ConnectionTest, DatabaseNamesAreExtendedOnceAndNeverOverrun) {
                                                          {"Phone.DB", "Phone.DB.db"},
                                                          {std::string(254, 'n'), std::string(241, 'n')}};
     for (const auto& [name, file] : cases) {
-        const u32 handle = Plug(17, name);
+        const u32 handle = Plug(DEV_MGR_DEVICE_TYPE_IAP2_2WIRE, name);
         m_manager->UpdateConnection();
         EXPECT_EQ(m_simulator.Calls("eDevMgriPodStartBuildingDatabase").back().text, "./root/iap2db/" + file);
         m_manager->CloseDevice();
@@ -109,7 +109,7 @@ TEST_F(ConnectionTest, ListsThatLieStayInsideTheirArray) {
     ASSERT_TRUE(StepUntil(ConnectionState::Registered));
     const u32 counts[] = {3, 1, 0xFFFFFFFF, 0x7FFFFFFF, 2, 0};
     std::size_t next = 0;
-    u32 code = 1;
+    u32 code = DEV_MGR_SUCCESS;
     m_standIns.eDevMgrGetNumDevices = [&](u32, u32* count) {
         *count = counts[next++];
         return DEV_MGR_SUCCESS;
@@ -124,7 +124,7 @@ TEST_F(ConnectionTest, ListsThatLieStayInsideTheirArray) {
     EXPECT_THAT(TakeCalls(), Contains("eDevMgrOpenDevice()").Times(1));
     m_manager->UpdateConnection();  // negative as the state machine reads it: nothing to open
     EXPECT_THAT(TakeCalls(), testing::Not(Contains("eDevMgrGetDeviceList(0,0)")));
-    code = 10;
+    code = DEV_MGR_DEVICE_ERROR;
     m_manager->UpdateConnection();  // very many, then 2, and the list fails: no reading past its records
     EXPECT_THAT(TakeLog(), HasSubstr("[WARN ] Return from eDevMgrGetDeviceList is :DEV_MGR_DEVICE_ERROR\n"));
     next = 4;
@@ -133,9 +133,9 @@ TEST_F(ConnectionTest, ListsThatLieStayInsideTheirArray) {
 }
 
 TEST_F(ConnectionTest, ASessionThatCannotBeOpenedIsRecoveredOnceAndThenTheDeviceIsClosed) {
-    Plug(15);
+    Plug(DEV_MGR_DEVICE_TYPE_IAP_1WIRE);
     ASSERT_TRUE(StepUntil(ConnectionState::Connected));
-    m_simulator.Fail("eDevMgriPodOpenMdBrowseSession", 46, 1);
+    m_simulator.Fail("eDevMgriPodOpenMdBrowseSession", DEV_MGR_OPEN_MD_BROWSE_SESSION_FAILED, 1);
     m_simulator.ClearCalls();
     m_manager->UpdateConnection();
     EXPECT_THAT(TakeCalls(),
@@ -145,7 +145,7 @@ TEST_F(ConnectionTest, ASessionThatCannotBeOpenedIsRecoveredOnceAndThenTheDevice
 
     m_manager->CloseDevice();
     ASSERT_TRUE(StepUntil(ConnectionState::Connected));
-    m_simulator.Fail("eDevMgriPodOpenMdBrowseSession", 46);
+    m_simulator.Fail("eDevMgriPodOpenMdBrowseSession", DEV_MGR_OPEN_MD_BROWSE_SESSION_FAILED);
     m_notifications.Take();
     m_manager->UpdateConnection();
     EXPECT_EQ(m_manager->State(), ConnectionState::Registered);
@@ -155,19 +155,20 @@ TEST_F(ConnectionTest, ASessionThatCannotBeOpenedIsRecoveredOnceAndThenTheDevice
 
 TEST_F(ConnectionTest, ADisconnectIsActedOnInTheNextPass) {
     const u32 handle = Connect();
-    Fire({4, 26, handle});  // a hub, and an unknown device, whatever their words say
-    Fire({4, 25, handle});
-    Fire({4, 14, handle + 1});
+    // A hub, and an unknown device, whatever their words say.
+    Fire({DEV_MGR_EVENT_DEVICE_DISCONNECTED, DEV_MGR_DEVICE_TYPE_HUB, handle});
+    Fire({DEV_MGR_EVENT_DEVICE_DISCONNECTED, DEV_MGR_DEVICE_TYPE_UNKNOWN, handle});
+    Fire({DEV_MGR_EVENT_DEVICE_DISCONNECTED, DEV_MGR_DEVICE_TYPE_IAP_2WIRE, handle + 1});
     m_manager->ProcessDelayedClose();
     EXPECT_TRUE(m_manager->IsDeviceConnected());
-    Fire({4, 14, handle});
+    Fire({DEV_MGR_EVENT_DEVICE_DISCONNECTED, DEV_MGR_DEVICE_TYPE_IAP_2WIRE, handle});
     EXPECT_TRUE(m_manager->IsDeviceConnected());
     m_manager->ProcessDelayedClose();
     m_manager->ProcessDelayedClose();
     EXPECT_FALSE(m_manager->IsDeviceConnected());
     EXPECT_THAT(m_notifications.Take(), ElementsAre("connected 0"));
     // Without a device, handle 0 is the open one.
-    Fire({4, 14, 0});
+    Fire({DEV_MGR_EVENT_DEVICE_DISCONNECTED, DEV_MGR_DEVICE_TYPE_IAP_2WIRE, 0});
     m_manager->ProcessDelayedClose();
     EXPECT_THAT(m_notifications.Take(), ElementsAre("connected 0"));
 }
@@ -192,7 +193,7 @@ TEST_F(ConnectionTest, ClosingDeletesWhatTheDeviceLeftAndNothingElse) {
 TEST_F(ConnectionTest, AStickIsReportedOnEveryPassAndNeverTaken) {
     ASSERT_TRUE(StepUntil(ConnectionState::Registered));
     DeviceSimulator::DeviceDescription stick;
-    stick.type = 2;
+    stick.type = DEV_MGR_DEVICE_TYPE_USB_FAT_32;
     m_simulator.Plug(stick);
     m_manager->UpdateConnection();
     m_manager->UpdateConnection();

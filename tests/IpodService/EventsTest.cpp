@@ -29,35 +29,36 @@ TEST_F(EventsTest, EveryEventLogsItsOwnTexts) {
         std::string log;
         std::initializer_list<std::string_view> texts = {};
     } const cases[] = {
-        {{3, 17, 7, 0x12a8, 0x5ac},
+        {{DEV_MGR_EVENT_DEVICE_CONNECTED, DEV_MGR_DEVICE_TYPE_IAP2_2WIRE, 7, 0x12a8, 0x5ac},
          connected + "[INFO ] Device is iAP DEV_MGR_DEVICE_TYPE_IAP2_2WIRE\n[INFO ] Device name is: Phone\n"
                      "[INFO ] Product Id is 0x12a8\n[INFO ] Vendor Id is 0x5ac\n[INFO ] Device handle is 7\n"
                      "[INFO ] Device node is /dev/x\n[INFO ] Device Serial is S1\n",
          {"Phone", "/dev/x", "S1"}},
-        {{3, 23, 7, 1, 2, 5},
+        {{DEV_MGR_EVENT_DEVICE_CONNECTED, DEV_MGR_DEVICE_TYPE_MTP_1WIRE_NORMAL, 7, 1, 2, 5},
          connected + "[INFO ] Device name is: Mtp\n[INFO ] Name length is 5\n[INFO ] Product Id is 0x1\n"
                      "[INFO ] Vendor Id is 0x2\n[INFO ] Device handle is 7\n[INFO ] Device Node is node\n"
                      "[INFO ] Device Serial is S2\n",
          {"Mtp", "node", "S2"}},
-        {{3, 27, 0, 1, 2, 9},
+        {{DEV_MGR_EVENT_DEVICE_CONNECTED, DEV_MGR_DEVICE_TYPE_NO_MEDIUM, 0, 1, 2, 9},
          connected + "[INFO ] MASS STORAGE DEVICE CONNECTED WITHOUT MEDIA.\n[INFO ] Device name is: Stick\n"
                      "[INFO ] Product Id is 0x1\n[INFO ] Vendor Id is 0x2\n[INFO ] Mount path is: /mnt\n"
                      "[INFO ] PLEASE INSERT MEDIA TO CONTINUE\n[INFO ] Probable Device handle is 9\n\n",
          {"Stick", "/mnt"}},
-        {{3, 2, 7},
+        {{DEV_MGR_EVENT_DEVICE_CONNECTED, DEV_MGR_DEVICE_TYPE_USB_FAT_32, 7},
          connected + "[INFO ] Mass storage device is connected. Type is DEV_MGR_DEVICE_TYPE_USB_FAT_32\n"
                      "[INFO ] Mount failed"},
-        {{3, 25},
+        {{DEV_MGR_EVENT_DEVICE_CONNECTED, DEV_MGR_DEVICE_TYPE_UNKNOWN},
          connected + "[INFO ] USB device is connected. Yet unknown. Reading.\n[INFO ] Another Connected "
                      "event will be received if connected device is supported.\n"},
-        {{3, 26, 0x10, 0x20},
+        {{DEV_MGR_EVENT_DEVICE_CONNECTED, DEV_MGR_DEVICE_TYPE_HUB, 0x10, 0x20},
          connected + "[INFO ] HUB is connected.\n[INFO ] PID of connected HUB is 0x10\n"
                      "[INFO ] VID of connected HUB is 0x20\n"},
-        {{3, 28}, connected + "[INFO ] Connected device is unsupported.\n"},
-        {{4, 26, 0x10, 0x20},
+        {{DEV_MGR_EVENT_DEVICE_CONNECTED, DEV_MGR_DEVICE_TYPE_UNSUPPORTED},
+         connected + "[INFO ] Connected device is unsupported.\n"},
+        {{DEV_MGR_EVENT_DEVICE_DISCONNECTED, DEV_MGR_DEVICE_TYPE_HUB, 0x10, 0x20},
          disconnected + "[INFO ] HUB is disconnected\n[INFO ] PID of disconnected HUB is 0x10\n"
                         "[INFO ] VID of disconnected HUB is 0x20\n"},
-        {{4, 17, 7, 1, 2, 6},
+        {{DEV_MGR_EVENT_DEVICE_DISCONNECTED, DEV_MGR_DEVICE_TYPE_IAP2_2WIRE, 7, 1, 2, 6},
          disconnected +
              "[INFO ] Type of disconnected device is DEV_MGR_DEVICE_TYPE_IAP2_2WIRE\n"
              "Handle of disconnected device is 7\nProduct ID of disconnected device is 0x1\n"
@@ -66,14 +67,14 @@ TEST_F(EventsTest, EveryEventLogsItsOwnTexts) {
              "S1\n[INFO ] if you are in FS browse, press \"x\" and come out as device is disconnected\n"
              "[INFO ] if you are in iPod Menu, press \"c\" to return to main menu\n\n",
          {"Phone", "node", "S1"}},
-        {{12, 0, 0, 0, 0, 3},
+        {{DEV_MGR_EVENT_PLAY_STOPPED, 0, 0, 0, 0, 3},
          "[INFO ] Event is DEV_MGR_EVENT_PLAY_STOPPED\n"
          "[INFO ] Playback related event from device with device handle 3\n\n"},
-        {{35, 0, 0, 0, 0, 3},
+        {{DEV_MGR_EVENT_AUTH_LOCKED, 0, 0, 0, 0, 3},
          "[INFO ] Event is DEV_MGR_EVENT_AUTH_LOCKED\n[INFO ] Authentication related event for device with "
          "device handle 3, Node = node\n\n[INFO ] Auth Locked\n",
          {"node"}},
-        {{21, 0, 0, 12, 5, 3},
+        {{DEV_MGR_IPOD_APP_SESSION_OPENED, 0, 0, 12, 5, 3},
          application + "[INFO ] Session Opened:[sessionID] - 5\n"
                        "[INFO ] The protocol string:[\x01\x02\x03\x04]\n"
                        "[INFO ] Received Data from iPod:[sessionID] : 5\n"
@@ -81,34 +82,40 @@ TEST_F(EventsTest, EveryEventLogsItsOwnTexts) {
                        "[INFO ] The X coordinate is                 : 772\n"
                        "[INFO ] The Y coordinate is                 : 258\n",
          {"\x01\x02\x03\x04"}},
-        {{22, 0, 0, 0, 5, 3},
+        {{DEV_MGR_IPOD_APP_SESSION_CLOSED, 0, 0, 0, 5, 3},
          application + "[INFO ] Session Closed:[sessionID] - 5\n[INFO ] The protocol string:[p]\n",
          {"p"}},
-        {{26, 0, 0, 0, 0, 3},
+        {{DEV_MGR_IPOD_NOW_PLAYING_APP_BUNDLE_NAME, 0, 0, 0, 0, 3},
          "[INFO ] NowPlayingApplicationBundleName event received from connected iPod device 3\n"
          "[INFO ] NowPlayingApplicationBundleName is com.x\n\n\n",
          {"com.x"}},
-        {{28, 0, 0, 0, 5, 3},
+        {{DEV_MGR_IPOD_APP_SESSION_SPACE_AVAILABLE, 0, 0, 0, 5, 3},
          "[INFO ] SessionSpaceAvailable event received from connected iPod device 3\n"
          "[INFO ] Session space is now available for session ID 5\n\n\n"},
-        {{31, 0, 0, 0, 5, 3}, "[INFO ] Charging Info Type 5\n[INFO ] Charging Info value3\n"},
-        {{32, 2}, "[INFO ] Shuffle Setting 2\n"},
-        {{33, 1}, "[INFO ] Repeat Setting 1\n"},
-        {{34, 12},
+        {{DEV_MGR_IPOD_CHARGING_INFO, 0, 0, 0, 5, 3},
+         "[INFO ] Charging Info Type 5\n[INFO ] Charging Info value3\n"},
+        {{DEV_MGR_EVENT_IPOD_SHUFFLE_SETTING, E_DEVMGR_IPOD_SHUFFLE_ALBUMS}, "[INFO ] Shuffle Setting 2\n"},
+        {{DEV_MGR_EVENT_IPOD_REPEAT_SETTING, E_DEVMGR_IPOD_REPEAT_ONE}, "[INFO ] Repeat Setting 1\n"},
+        {{DEV_MGR_EVENT_IPOD_PLAY_CONTEXT_SETTING, 12},
          "[INFO ] Event is DEV_MGR_EVENT_IPOD_PLAY_CONTEXT_SETTING\n"
          "[INFO ] Play Context Changed.  Total current items 12\n"},
-        {{17, 48000},
+        {{DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE, 48000},
          "[INFO ] Event is DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE\n"
          "[INFO ] USB Audio sample rate changed to 48000\n[ERROR] not restarting ipod stream\n"},
-        {{37, 50}, "[INFO ] Database is getting build Percentage Completion =50\n"},
-        {{1}, "[INFO ]  Device manager has exited. No API can be used anymore. Exiting."},
+        {{DEV_MGR_EVENT_DB_BUILD_PROGRESS_INFO, 50},
+         "[INFO ] Database is getting build Percentage Completion =50\n"},
+        {{DEV_MGR_EVENT_DEVICE_MANAGER_EXITED},
+         "[INFO ]  Device manager has exited. No API can be used anymore. Exiting."},
     };
     for (const auto& testCase : cases) {
         EXPECT_EQ(LogOf(testCase.words, testCase.texts), testCase.log);
     }
     EXPECT_TRUE(m_manager->IsExitRequested());
     // The last three are behind the names' table; the second of them would wrap back into it.
-    for (const u32 other : {0u, 2u, 5u, 24u, 38u, 39u, 81u, 0xFFFFFF95u, 4000000000u}) {
+    for (const u32 other : std::initializer_list<u32>{
+             DEV_MGR_EVENT_NONE, DEV_MGR_EVENT_USB_OVERCURRENT_DETECTED, DEV_MGR_EVENT_IPOD_NOT_RESPONDING,
+             DEV_MGR_EVENT_MAX_DEVICES_ALREADY_CONNECTED, DEV_MGR_EVENT_LAST, 39, 81, 0xFFFFFF95,
+             4000000000}) {
         EXPECT_THAT(LogOf({other}), HasSubstr(other < 81 ? "[INFO ] Event from process handle "
                                                          : "is DEV_MGR_UNKNOWN_FAILURE\n"));
     }
@@ -118,7 +125,8 @@ TEST_F(EventsTest, AStoragesNameIsLoggedByteByByteUpToItsDoubleZeroOrItsFieldsEn
     using namespace std::string_literals;
     for (const std::string& name :
          {"A\0B"s, "\xE9%s\xFF"s, "\0\xD8x"s, ""s, std::string(253, 'n'), std::string(255, '\xC3')}) {
-        DeviceEvent event = DeviceSimulator::MakeEvent({3, 2, 6, 1, 2, 9});
+        DeviceEvent event = DeviceSimulator::MakeEvent(
+            {DEV_MGR_EVENT_DEVICE_CONNECTED, DEV_MGR_DEVICE_TYPE_USB_FAT_32, DEV_MGR_MOUNT_PASSED, 1, 2, 9});
         name.copy(event.text, sizeof event.text);
         std::memcpy(event.text + 255, "/mnt\0SERIAL", 12);
         std::string logged = "[INFO ] Mount passed.\n[INFO ] Device name is: ";
@@ -143,7 +151,7 @@ TEST_F(EventsTest, AnEventGoesToTheManagerThatItIsFor) {
     const u32 handles[] = {m_manager->ProcessHandle(), other.ProcessHandle(), 12345};
     ASSERT_NE(handles[0], handles[1]);
     const std::string nobodys = "[WARN ] non-matching ipod manager found!\n";
-    const DeviceEvent event = DeviceSimulator::MakeEvent({9});
+    const DeviceEvent event = DeviceSimulator::MakeEvent({DEV_MGR_EVENT_PLAY_STARTED});
     for (const u32 handle : handles) {
         TakeLog();
         IpodManagerRegistry::DeviceManagerCallback(&event, handle);
@@ -159,9 +167,9 @@ TEST_F(EventsTest, TimeIsToldWithADeviceOnlyAndPausesAlways) {
         if (isConnected) {
             Connect();
         }
-        Fire({8, 4000000000});
-        Fire({9});
-        Fire({10});
+        Fire({DEV_MGR_EVENT_PLAY_TIME, 4000000000});
+        Fire({DEV_MGR_EVENT_PLAY_STARTED});
+        Fire({DEV_MGR_EVENT_PLAY_PAUSED});
         EXPECT_EQ(m_notifications.Take(), isConnected ? (Texts{"time 4000000000", "paused 0", "paused 1"})
                                                       : (Texts{"paused 0", "paused 1"}));
     }
@@ -171,8 +179,11 @@ TEST_F(EventsTest, HostileRecordsAreReadWithinTheirBounds) {
     DeviceEvent event;
     std::memset(&event, 0xFF, sizeof event);
     for (u32 id = 0; id <= 60; ++id) {
-        for (const u32 type : {0u, 6u, 17u, 23u, 25u, 26u, 27u, 28u, 0xFFFFFFFFu}) {
-            for (const u32 word : {6u, 1023u, 0xFFFFFFF0u}) {
+        for (const u32 type : std::initializer_list<u32>{
+                 DEV_MGR_DEVICE_TYPE_USB_FAT_12, DEV_MGR_DEVICE_TYPE_USB_EXT3, DEV_MGR_DEVICE_TYPE_IAP2_2WIRE,
+                 DEV_MGR_DEVICE_TYPE_MTP_1WIRE_NORMAL, DEV_MGR_DEVICE_TYPE_UNKNOWN, DEV_MGR_DEVICE_TYPE_HUB,
+                 DEV_MGR_DEVICE_TYPE_NO_MEDIUM, DEV_MGR_DEVICE_TYPE_UNSUPPORTED, 0xFFFFFFFF}) {
+            for (const u32 word : {u32{DEV_MGR_MOUNT_PASSED}, 1023u, 0xFFFFFFF0u}) {
                 const u32 words[] = {id, type, word, word, word, word};
                 std::memcpy(event.words, words, sizeof words);
                 IpodManagerRegistry::DeviceManagerCallback(&event, m_manager->ProcessHandle());
@@ -184,14 +195,14 @@ TEST_F(EventsTest, HostileRecordsAreReadWithinTheirBounds) {
 
 TEST_F(EventsTest, TrackAndContextEventsAskForOneTrackInfoEach) {
     Connect();
-    Fire({13});
-    Fire({13});
+    Fire({DEV_MGR_EVENT_PLAY_TRACK_CHANGED});
+    Fire({DEV_MGR_EVENT_PLAY_TRACK_CHANGED});
     m_manager->UpdatePlayStatus();
     m_manager->UpdatePlayStatus();
     EXPECT_EQ(m_notifications.Take().size(), 1u);
     // A context event asks at once and, since the device may not be done, again a second later.
     const auto start = std::chrono::steady_clock::now();
-    Fire({34, 5});
+    Fire({DEV_MGR_EVENT_IPOD_PLAY_CONTEXT_SETTING, 5});
     std::size_t seen = 0;
     while (seen < 2 && std::chrono::steady_clock::now() - start < std::chrono::seconds(20)) {
         m_manager->UpdatePlayStatus();
@@ -205,7 +216,7 @@ TEST_F(EventsTest, TrackAndContextEventsAskForOneTrackInfoEach) {
 TEST_F(EventsTest, AManagerCanGoWhileEventsCome) {
     std::atomic<bool> done{false};
     std::thread storm([&] {
-        const DeviceEvent event = DeviceSimulator::MakeEvent({9});
+        const DeviceEvent event = DeviceSimulator::MakeEvent({DEV_MGR_EVENT_PLAY_STARTED});
         while (!done) {
             IpodManagerRegistry::DeviceManagerCallback(&event, 0);
         }

@@ -112,7 +112,7 @@ class ManagerTest : public testing::Test {
     }
     /// Plugs a device in and steps the manager until it can browse.
     u32 Connect() {
-        const u32 handle = Plug(14);
+        const u32 handle = Plug(DEV_MGR_DEVICE_TYPE_IAP_2WIRE);
         EXPECT_TRUE(StepUntil(ConnectionState::BrowseReady));
         TakeLog();
         m_notifications.Take();

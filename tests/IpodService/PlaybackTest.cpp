@@ -32,8 +32,9 @@ TEST_F(PlaybackTest, WrappersPassTheirArgumentsAndTurnCodesIntoOutcomes) {
         {[](auto& m) { return m.TrackRewind(0); }, "eDevMgriPodFastForwardRewindStop()", stop},
         {[](auto& m) { return m.NextTrack(); }, "eDevMgriPodPlayNextPreviousTrack(0)"},
         {[](auto& m) { return m.PreviousTrack(); }, "eDevMgriPodPlayNextPreviousTrack(1)"},
-        {[](auto& m) { return m.SetShuffle(2); }, "eDevMgriPodSetShuffleSetting(2)"},
-        {[](auto& m) { return m.SetRepeat(1); }, "eDevMgriPodSetRepeatSetting(1)"},
+        {[](auto& m) { return m.SetShuffle(E_DEVMGR_IPOD_SHUFFLE_ALBUMS); },
+         "eDevMgriPodSetShuffleSetting(2)"},
+        {[](auto& m) { return m.SetRepeat(E_DEVMGR_IPOD_REPEAT_ONE); }, "eDevMgriPodSetRepeatSetting(1)"},
         {[](auto& m) { return m.SetMaxCurrent(0); }, "eDevMgriPodSetMaxCurrent(500)"},
         {[](auto& m) { return m.SetMaxCurrent(2000); }, "eDevMgriPodSetMaxCurrent(1000)"},
         {[](auto& m) { return m.SetVolume(300); }, "eDevmgriPodSetVolume(1,255)"},
@@ -46,14 +47,14 @@ TEST_F(PlaybackTest, WrappersPassTheirArgumentsAndTurnCodesIntoOutcomes) {
     };
     for (const auto& [operation, call, reported] : cases) {
         const std::string name = call.substr(0, call.find('('));
-        m_simulator.Fail(name, 1, 1);
+        m_simulator.Fail(name, DEV_MGR_SUCCESS, 1);
         m_simulator.ClearCalls();
         TakeLog();
         EXPECT_EQ(operation(*m_manager), 0) << call;
         EXPECT_THAT(TakeCalls(), ElementsAre(call));
         EXPECT_THAT(TakeLog(), HasSubstr("[INFO ] " + name + "\n"));
-        m_simulator.Fail(name, 54, 1);
-        EXPECT_EQ(operation(*m_manager), -53) << call;
+        m_simulator.Fail(name, DEV_MGR_DEVICE_NOT_RESPONDING, 1);
+        EXPECT_EQ(operation(*m_manager), 1 - DEV_MGR_DEVICE_NOT_RESPONDING) << call;
         EXPECT_THAT(TakeLog(), HasSubstr("[WARN ] Return from " + (reported ? reported : name) +
                                          " is :DEV_MGR_DEVICE_NOT_RESPONDING\n"));
         m_simulator.ClearScripts();
@@ -61,29 +62,33 @@ TEST_F(PlaybackTest, WrappersPassTheirArgumentsAndTurnCodesIntoOutcomes) {
 }
 
 TEST_F(PlaybackTest, ToggleFollowsTheStatus) {
-    const char* const calls[] = {"eDevMgriPodPause()", "eDevMgriPodPlay()",  "eDevMgriPodPlay()",
-                                 "eDevMgriPodPause()", "eDevMgriPodPause()", "eDevMgriPodPause()"};
-    m_standIns.eDevMgriPodPause = m_standIns.eDevMgriPodPlay = Answering(1);
-    for (u32 status = 0; status < std::size(calls); ++status) {
+    const std::pair<u32, const char*> cases[] = {{E_DEVMGR_IPOD_PLAY_PLAYING, "eDevMgriPodPause()"},
+                                                 {E_DEVMGR_IPOD_PLAY_PAUSED, "eDevMgriPodPlay()"},
+                                                 {E_DEVMGR_IPOD_PLAY_STOPPED, "eDevMgriPodPlay()"},
+                                                 {E_DEVMGR_IPOD_PLAY_FAST_FORWARD, "eDevMgriPodPause()"},
+                                                 {E_DEVMGR_IPOD_PLAY_FAST_REWIND, "eDevMgriPodPause()"},
+                                                 {E_DEVMGR_IPOD_PLAY_UNKNOWN, "eDevMgriPodPause()"}};
+    m_standIns.eDevMgriPodPause = m_standIns.eDevMgriPodPlay = Answering(DEV_MGR_SUCCESS);
+    for (const auto& [status, call] : cases) {
         m_standIns.eDevMgriPodGetPlayStatus = Giving(status);
         UseStandIns();
         EXPECT_EQ(Result(&Handler::PlayPause)["success"], true);
-        EXPECT_EQ(TakeCalls().back(), calls[status]) << status;
+        EXPECT_EQ(TakeCalls().back(), call) << status;
     }
 }
 
 TEST_F(PlaybackTest, ABusyDeviceIsAskedAgain) {
-    m_simulator.Fail("eDevMgriPodGetPlayStatus", 94, 2);
+    m_simulator.Fail("eDevMgriPodGetPlayStatus", DEV_MGR_IAP_APP_BUSY, 2);
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(m_manager->GetPlayStatus(), 2u);
+    EXPECT_EQ(m_manager->GetPlayStatus(), E_DEVMGR_IPOD_PLAY_STOPPED);
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(800));
     EXPECT_EQ(TakeLog(),
               "[INFO ] eDevMgriPodGetPlayStatus\n[WARN ] eDevMgriPodGetPlayStatus - DEV_MGR_IAP_APP_BUSY\n"
               "[WARN ] eDevMgriPodGetPlayStatus - DEV_MGR_IAP_APP_BUSY\n"
               "[DEBUG] iPod play status is E_DEVMGR_IPOD_PLAY_STOPPED\n");
     // Other calls are not repeated.
-    m_simulator.Fail("eDevMgriPodPlay", 94, 1);
-    EXPECT_EQ(m_manager->Play(), 1 - 94);
+    m_simulator.Fail("eDevMgriPodPlay", DEV_MGR_IAP_APP_BUSY, 1);
+    EXPECT_EQ(m_manager->Play(), 1 - DEV_MGR_IAP_APP_BUSY);
 }
 
 TEST_F(PlaybackTest, SettingsAndCountsOfABusyDeviceAreAskedForAgain) {
@@ -95,7 +100,7 @@ TEST_F(PlaybackTest, SettingsAndCountsOfABusyDeviceAreAskedForAgain) {
                  {"eDevMgriPodGetShuffleSetting", [](auto& m) { return m.GetShuffle(); }, true},
                  {"eDevMgriPodGetNumPlayingTracks", [](auto& m) { return m.GetNowPlayingList(); }, false}};
     for (const auto& [call, operation, pauses] : cases) {
-        m_simulator.Fail(call, 94, 1);
+        m_simulator.Fail(call, DEV_MGR_IAP_APP_BUSY, 1);
         m_simulator.ClearCalls();
         const auto start = std::chrono::steady_clock::now();
         EXPECT_EQ(operation(*m_manager), 0) << call;
@@ -110,7 +115,7 @@ TEST_F(PlaybackTest, PlayingOpensTheSessionThatIsMissing) {
         m_manager->CloseDevice();
         ASSERT_TRUE(StepUntil(ConnectionState::Connected));
         if (!opens) {
-            m_simulator.Fail("eDevMgriPodOpenMdBrowseSession", 46);
+            m_simulator.Fail("eDevMgriPodOpenMdBrowseSession", DEV_MGR_OPEN_MD_BROWSE_SESSION_FAILED);
         }
         m_simulator.ClearCalls();
         EXPECT_EQ(m_manager->GetHasPlayableData(), opens);
@@ -120,8 +125,8 @@ TEST_F(PlaybackTest, PlayingOpensTheSessionThatIsMissing) {
 }
 
 TEST_F(PlaybackTest, TheFirstTrackIsPlayedEvenWhenItCouldNotBeSelected) {
-    m_simulator.Fail("eDevMgriPodSelectCategorizedIndex", 50, 1);
-    m_simulator.Fail("eDevMgriPodPlay", 1, 1);
+    m_simulator.Fail("eDevMgriPodSelectCategorizedIndex", DEV_MGR_INVALID_CATEGORY_SELECTION, 1);
+    m_simulator.Fail("eDevMgriPodPlay", DEV_MGR_SUCCESS, 1);
     EXPECT_EQ(m_manager->PlayFirstTrack(), 0);
     EXPECT_THAT(TakeCalls(), ElementsAre("eDevMgriPodGetNumItems(-1,0,32)",
                                          "eDevMgriPodSelectCategorizedIndex(32,0)", "eDevMgriPodPlay()"));
@@ -145,7 +150,7 @@ TEST_F(PlaybackTest, TrackInfoComesFromFourQueriesAndSurvivesTheirFailure) {
     m_standIns.eDevMgriPodGetNumPlayingTracks = Giving(12u, 4u);
     m_standIns.eDevMgriPodGetPlayingTrackMetaData = Giving(record);
     m_standIns.eDevMgriPodGetPlayingTrackElapsedAndTotaltime = Giving(7u, 9u);
-    m_standIns.eDevMgriPodGetPlayStatus = Giving(3u);
+    m_standIns.eDevMgriPodGetPlayStatus = Giving(u32{E_DEVMGR_IPOD_PLAY_FAST_FORWARD});
     UseStandIns();
     m_manager->RequestPlayStatus();
     m_manager->UpdatePlayStatus();
@@ -160,7 +165,7 @@ TEST_F(PlaybackTest, TrackInfoComesFromFourQueriesAndSurvivesTheirFailure) {
     for (const char* name :
          {"eDevMgriPodGetPlayStatus", "eDevMgriPodGetNumPlayingTracks", "eDevMgriPodGetPlayingTrackMetaData",
           "eDevMgriPodGetPlayingTrackElapsedAndTotaltime"}) {
-        m_simulator.Fail(name, 54);
+        m_simulator.Fail(name, DEV_MGR_DEVICE_NOT_RESPONDING);
     }
     m_manager->RequestPlayStatus();
     m_manager->UpdatePlayStatus();
@@ -175,7 +180,7 @@ TEST_F(PlaybackTest, SettingsAreAnsweredAsReadBack) {
     for (const auto& [params, mode] : modes) {
         EXPECT_EQ(Result(&Handler::SetRepeatMode, params)["mode"], mode) << params;
     }
-    m_manager->SetShuffle(2);
+    m_manager->SetShuffle(E_DEVMGR_IPOD_SHUFFLE_ALBUMS);
     EXPECT_EQ(Result(&Handler::IsShuffleEnabled)["enabled"], true);
     EXPECT_EQ(Result(&Handler::EnableShuffle, "{'enable':0}")["enabled"], false);
 }

@@ -140,7 +140,7 @@ TEST_F(StreamTest, RateEventsStormAgainstStartAndStop) {
     for (int round = 0; round < 50; ++round) {
         m_manager->StartStream();
         for (const u32 rate : {44100U, 48000U, 32000U}) {
-            m_simulator.Fire(DeviceSimulator::MakeEvent({17, rate}));
+            m_simulator.Fire(DeviceSimulator::MakeEvent({DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE, rate}));
         }
         m_manager->StopStream();
         m_manager->StartStream();
@@ -168,7 +168,7 @@ TEST_F(StreamTest, ARateEventRestartsTheStreamAndMendsABrokenOne) {
         return WaitFor([&] { return (log += TakeLog()).find(code) != std::string::npos; });
     };
     Connect();
-    Fire({17, 48000});
+    Fire({DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE, 48000});
     EXPECT_EQ(m_manager->StopStream(), 0) << "none is started by an event";
     SetGone("capture", true);
     EXPECT_EQ(m_manager->StartStream(), 1);
@@ -177,7 +177,7 @@ TEST_F(StreamTest, ARateEventRestartsTheStreamAndMendsABrokenOne) {
     for (const u32 rate : {44100u, 48000u}) {
         SetGone("capture", false);
         PlayTone(rate);
-        Fire({17, rate});
+        Fire({DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE, rate});
         ASSERT_TRUE(WaitForSound(rate, 0.3));
         SetGone("capture", true);
         EXPECT_TRUE(waitForCode(" - Code: 9\n"));
