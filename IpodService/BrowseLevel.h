@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -12,9 +13,22 @@ struct FreeDeleter {
     void operator()(void* memory) const { std::free(memory); }
 };
 
-/// Items as the device wrote them, zero-filled where it wrote none. calloc'ed, so that asking for more than
-/// the device has costs address space and no memory.
+/// Room for items, zero-filled. calloc'ed, so that asking for more than the device has costs address space
+/// and no memory.
 using BrowseItemArray = std::unique_ptr<BrowseItem[], FreeDeleter>;
+
+/// Null when there is no memory.
+inline BrowseItemArray AllocateItems(u32 count) {
+    return BrowseItemArray(static_cast<BrowseItem*>(std::calloc(count, sizeof(BrowseItem))));
+}
+
+/// Items that the device delivered, from the first that was asked for and without a gap.
+struct BrowsePage {
+    BrowseItemArray items;
+    u32 count = 0;
+
+    std::span<const BrowseItem> Items() const { return {items.get(), count}; }
+};
 
 /// Server thread only.
 struct BrowseLevel {
@@ -22,9 +36,8 @@ struct BrowseLevel {
 
     u32 selectedIndex = 0;  ///< id last selected here
     u32 category;
-    BrowseItemArray items;                         ///< the whole level once it has been fetched, else null
-    u32 storedCount = 0;                           ///< entries in `items`
-    u32 itemCount = 0;                             ///< as the device reported it
+    BrowseItemArray items;  ///< all itemCount of them, or null: the device was not asked
+    u32 itemCount = 0;      ///< as the device reported it
     std::vector<const BrowseItem*> filterMatches;  ///< into `items`
     std::string filter;
     BrowseLevel* parent = nullptr;  ///< not owned; null for a top-level category. Levels die bottom-up, so a

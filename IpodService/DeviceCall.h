@@ -3,85 +3,90 @@
 
 #include <chrono>
 #include <string>
+#include <thread>
 #include <utility>
 
 #include "DeviceManager/DeviceManager.h"
-#include "IpodService/Outcome.h"
 #include "ServiceUtil/Logger.h"
 
-/// One call of the device manager with its log entries, which carry the source position of whoever makes it:
-///
-///     u32 code = DeviceCall("eDevMgrGetNumDevices")(eDevMgrGetNumDevices, processHandle, &count);
-///
-/// writes "eDevMgrGetNumDevices\n" at INFO before the call and "Return from eDevMgrGetNumDevices is :%s\n" at
-/// WARN when it fails. What differs from that is said with the members below. Texts are not copied: they are
-/// literals, or outlive the call. Any thread.
-class DeviceCall {
+/// What is unusual about a call. A call without any of it writes its name and "\n" at INFO before it is made,
+/// and "Return from <name> is :<result>\n" at WARN when it fails. Texts are literals, or outlive the call.
+struct CallOptions {
+    int announceLevel = LogLevel::kInfo;
+    std::string announcement{};  ///< in place of the name and its newline
+    bool announcedAfterwards = false;
+    std::string note{};  ///< written at DEBUG between the announcement and the call
+
+    bool failureReported = true;
+    bool successReported = false;  ///< reports every result as a failure is reported
+    int failureLevel = LogLevel::kWarn;
+    const char* failureName = nullptr;  ///< in place of the call's name
+    const char* failureText = nullptr;  ///< in place of all that stands before the result
+    const char* countText = nullptr;    ///< ends the report, with the value that `count` has after the call
+    const u32* count = nullptr;
+
+    /// Above 0: the call is repeated for as long as the device answers that it is busy, after such a pause.
+    std::chrono::milliseconds busyPause{0};
+    bool firstRepeatAtOnce = false;
+};
+
+/// A function of the device manager with its name and the source position of whoever calls it.
+template <typename Function>
+struct DeviceCall {
+    Function function;
+    const char* name;
+    CallOptions options;
+    const char* file;
+    int line;
+};
+
+/// The call of one function, to be made by a DeviceLink; what is unusual about it follows as members of
+/// CallOptions: DEVICE_CALL(eDevMgriPodPlay), DEVICE_CALL(eDevMgriPodStop, .failureReported = false).
+#define DEVICE_CALL(function, ...) MakeDeviceCall(function, #function, CallOptions{__VA_ARGS__})
+
+template <typename Function>
+DeviceCall<Function> MakeDeviceCall(Function function, const char* name, CallOptions options,
+                                    const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
+    return {function, name, std::move(options), file, line};
+}
+
+/// The log entries of one call. Any thread.
+class CallLog {
   public:
-    explicit DeviceCall(const char* name, const char* file = __builtin_FILE(), int line = __builtin_LINE())
-        : m_name(name), m_failureName(name), m_file(file), m_line(line) {}
+    template <typename Function>
+    explicit CallLog(const DeviceCall<Function>& call)
+        : m_options(call.options), m_name(call.name), m_file(call.file), m_line(call.line) {}
 
-    DeviceCall& AnnouncedAt(int level);
-    /// Writes `text` in place of the name and its newline.
-    DeviceCall& AnnouncedAs(std::string text);
-    DeviceCall& AnnouncedAfterwards();
-
-    DeviceCall& FailureAt(int level);
-    /// Reports a failure under another name than the call's.
-    DeviceCall& FailureNamed(const char* name);
-    /// Replaces the whole of what stands around the result's name: "<before><name>\n".
-    DeviceCall& FailureAs(const char* before);
-    /// Ends a failure's report in `text` and the value that `count` has after the call.
-    DeviceCall& FailureWithCount(const char* text, const u32& count);
-    DeviceCall& FailureUnreported();
-    /// Reports every result at `level`, success included.
-    DeviceCall& ReportedAlwaysAt(int level);
-
-    enum class FirstRepeat { AfterPause, AtOnce };
-    /// Repeats the call for as long as the device answers that it is busy, pausing before each repetition.
-    DeviceCall& RepeatedWhileBusy(std::chrono::microseconds pause,
-                                  FirstRepeat first = FirstRepeat::AfterPause);
-
-    template <typename... Parameters, typename... Arguments>
-    u32 operator()(u32 (*function)(Parameters...), Arguments&&... arguments) const {
-        if (!m_announceAfterwards) {
-            Announce();
-        }
-        u32 code = function(arguments...);
-        if (code == DEV_MGR_IAP_APP_BUSY && m_busyPause.count() > 0 && m_firstRepeat == FirstRepeat::AtOnce) {
-            code = function(arguments...);
-        }
-        while (code == DEV_MGR_IAP_APP_BUSY && m_busyPause.count() > 0) {
-            PauseWhileBusy();
-            code = function(arguments...);
-        }
-        if (m_announceAfterwards) {
-            Announce();
-        }
-        if (code != DEV_MGR_SUCCESS || m_reportSuccess) {
-            Report(code);
-        }
-        return code;
-    }
+    void BeforeCall() const;
+    void AfterCall(u32 code) const;
+    void Busy() const;
 
   private:
     void Announce() const;
-    void PauseWhileBusy() const;
     void Report(u32 code) const;
 
+    const CallOptions& m_options;
     const char* m_name;
-    const char* m_failureName;
-    const char* m_failureBefore = nullptr;
-    const char* m_countText = nullptr;
-    const u32* m_count = nullptr;
-    std::string m_announcement;
-    int m_announceLevel = LogLevel::kInfo;
-    int m_failureLevel = LogLevel::kWarn;
-    bool m_announceAfterwards = false;
-    bool m_reportFailure = true;
-    bool m_reportSuccess = false;
-    FirstRepeat m_firstRepeat = FirstRepeat::AfterPause;
-    std::chrono::microseconds m_busyPause{0};
     const char* m_file;
     int m_line;
 };
+
+/// Makes the call with its log entries and repetitions; returns the last result. Server thread.
+template <typename... Parameters, typename... Arguments>
+u32 MakeCall(const DeviceCall<u32 (*)(Parameters...)>& call, Arguments... arguments) {
+    const CallLog log(call);
+    const CallOptions& options = call.options;
+    const bool repeats = options.busyPause.count() > 0;
+    log.BeforeCall();
+    u32 code = call.function(arguments...);
+    if (repeats && options.firstRepeatAtOnce && code == DEV_MGR_IAP_APP_BUSY) {
+        code = call.function(arguments...);
+    }
+    while (repeats && code == DEV_MGR_IAP_APP_BUSY) {
+        log.Busy();
+        std::this_thread::sleep_for(options.busyPause);
+        code = call.function(arguments...);
+    }
+    log.AfterCall(code);
+    return code;
+}

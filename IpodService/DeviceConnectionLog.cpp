@@ -1,16 +1,16 @@
-// What the log tells of devices that come and go.
+#include "IpodService/DeviceConnectionLog.h"
 
-#include "IpodService/DeviceEventLog.h"
 #include "IpodService/DeviceKind.h"
 #include "IpodService/DeviceManagerNames.h"
+#include "IpodService/LogText.h"
 #include "ServiceUtil/Logger.h"
 
 namespace {
 
 constexpr u32 kNameField = 255;  ///< bytes that a mass-storage device's name has before its mount path
 
-void LogText(const char* label, const EventText& text) {
-    LOG_INFO("%s%.*s\n", label, text.Length(), text.Data());
+void LogNamed(const char* label, std::string_view text) {
+    LOG_INFO("%s%s\n", label, LogText(text).c_str());
 }
 
 void LogProductAndVendor(const DeviceEventView& event) {
@@ -20,9 +20,9 @@ void LogProductAndVendor(const DeviceEventView& event) {
 
 void LogNoMedium(const DeviceEventView& event) {
     LOG_INFO("MASS STORAGE DEVICE CONNECTED WITHOUT MEDIA.\n");
-    LogText("Device name is: ", event.Text(0));
+    LogNamed("Device name is: ", event.Text(0));
     LogProductAndVendor(event);
-    LogText("Mount path is: ", event.Text(1));
+    LogNamed("Mount path is: ", event.Text(1));
     LOG_INFO("PLEASE INSERT MEDIA TO CONTINUE\n");
     LOG_INFO("Probable Device handle is %d\n\n", event.Signed(5));
 }
@@ -51,26 +51,26 @@ void LogMassStorage(const DeviceEventView& event) {
     LOG_INFO("\n");
     LogProductAndVendor(event);
     LOG_INFO("Device handle is %d\n", event.Signed(5));
-    LogText("Mount path is: ", event.TextAt(kNameField));
-    LogText("Serial     is: ", event.TextAfter(kNameField));
+    LogNamed("Mount path is: ", event.TextAt(kNameField));
+    LogNamed("Serial     is: ", event.TextAfter(kNameField));
 }
 
 void LogMtp(const DeviceEventView& event) {
-    LogText("Device name is: ", event.Text(0));
+    LogNamed("Device name is: ", event.Text(0));
     LOG_INFO("Name length is %d\n", event.Signed(5));
     LogProductAndVendor(event);
     LOG_INFO("Device handle is %d\n", event.Signed(2));
-    LogText("Device Node is ", event.Text(1));
-    LogText("Device Serial is ", event.Text(2));
+    LogNamed("Device Node is ", event.Text(1));
+    LogNamed("Device Serial is ", event.Text(2));
 }
 
 void LogIap(const DeviceEventView& event) {
     LOG_INFO("Device is iAP %s\n", DeviceTypeName(event.Word(1)));
-    LogText("Device name is: ", event.Text(0));
+    LogNamed("Device name is: ", event.Text(0));
     LogProductAndVendor(event);
     LOG_INFO("Device handle is %d\n", event.Signed(2));
-    LogText("Device node is ", event.Text(1));
-    LogText("Device Serial is ", event.Text(2));
+    LogNamed("Device node is ", event.Text(1));
+    LogNamed("Device Serial is ", event.Text(2));
 }
 
 void LogHub(const char* what, const DeviceEventView& event) {
@@ -81,26 +81,25 @@ void LogHub(const char* what, const DeviceEventView& event) {
 void LogGoneDevice(const DeviceEventView& event) {
     const u32 type = event.Word(1);
     const u32 second = event.Word(5);
-    const EventText name = event.Text(0);
     LOG_INFO(
         "Type of disconnected device is %s\nHandle of disconnected device is %d\n"
         "Product ID of disconnected device is 0x%x\nVendor ID of disconnected device is 0x%x\n"
-        "Name of disconnected device is %.*s\n",
-        DeviceTypeName(type), event.Signed(2), event.Word(3), event.Word(4), name.Length(), name.Data());
+        "Name of disconnected device is %s\n",
+        DeviceTypeName(type), event.Signed(2), event.Word(3), event.Word(4), LogText(event.Text(0)).c_str());
     if (DeviceKind::IsMassStorage(type)) {
-        LogText("Mount path of discoonected device is ", event.TextAt(second));
+        LogNamed("Mount path of discoonected device is ", event.TextAt(second));
     } else if (type <= DEV_MGR_DEVICE_TYPE_MTP_1WIRE_ZUNE) {
-        LogText("Node of discoonected MTP/iAP device is ", event.TextAt(second));
+        LogNamed("Node of discoonected MTP/iAP device is ", event.TextAt(second));
     }
-    LogText("Serial of disconected device is ",
-            type <= DEV_MGR_DEVICE_TYPE_MTP_1WIRE_ZUNE ? event.TextAfter(second) : event.TextAt(second));
+    LogNamed("Serial of disconected device is ",
+             type <= DEV_MGR_DEVICE_TYPE_MTP_1WIRE_ZUNE ? event.TextAfter(second) : event.TextAt(second));
     LOG_INFO("if you are in FS browse, press \"x\" and come out as device is disconnected\n");
     LOG_INFO("if you are in iPod Menu, press \"c\" to return to main menu\n\n");
 }
 
 }  // namespace
 
-void DeviceEventLog::Connected(const DeviceEventView& event) {
+void DeviceEventLog::LogConnected(const DeviceEventView& event) {
     const u32 type = event.Word(1);
     if (type == DEV_MGR_DEVICE_TYPE_NO_MEDIUM) {
         LogNoMedium(event);
@@ -121,7 +120,7 @@ void DeviceEventLog::Connected(const DeviceEventView& event) {
     }
 }
 
-void DeviceEventLog::Disconnected(const DeviceEventView& event) {
+void DeviceEventLog::LogDisconnected(const DeviceEventView& event) {
     const u32 type = event.Word(1);
     if (type == DEV_MGR_DEVICE_TYPE_HUB) {
         LOG_INFO("HUB is disconnected\n");

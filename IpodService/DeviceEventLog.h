@@ -1,4 +1,4 @@
-// What the log tells of an event. Nothing here changes any state. Any thread.
+// What the log tells of an event. Nothing here changes any state.
 #pragma once
 
 #include "DeviceManager/DeviceManager.h"
@@ -6,17 +6,8 @@
 
 namespace DeviceEventLog {
 
-void Name(const DeviceEventView& event);
-void Playback(const DeviceEventView& event);
-void Authentication(const DeviceEventView& event);
-void ApplicationSession(const DeviceEventView& event);
-void ApplicationName(const DeviceEventView& event);
-void SessionSpace(const DeviceEventView& event);
-void Charging(const DeviceEventView& event);
-void Connected(const DeviceEventView& event);
-void Disconnected(const DeviceEventView& event);
-
-/// An event that means nothing to the service.
-void Other(const DeviceEventView& event, u32 processHandle);
+/// Every event has its entries here, whatever it changes elsewhere. `processHandle` is the one that the event
+/// came for. Any thread.
+void Write(const DeviceEventView& event, u32 processHandle);
 
 }  // namespace DeviceEventLog

@@ -8,26 +8,26 @@ constexpr u32 kTextSize = sizeof(DeviceEvent::text);
 
 }  // namespace
 
-EventText DeviceEventView::TextAt(u32 offset) const {
+std::string_view DeviceEventView::TextAt(u32 offset) const {
     if (offset >= kTextSize) {
-        return EventText("");
+        return {};
     }
     const char* text = m_event.text + offset;
-    return EventText(std::string_view(text, strnlen(text, kTextSize - offset)));
+    return {text, strnlen(text, kTextSize - offset)};
 }
 
 u32 DeviceEventView::OffsetAfter(u32 offset) const {
     if (offset >= kTextSize) {
         return kTextSize;
     }
-    return offset + static_cast<u32>(TextAt(offset).View().size()) + 1;
+    return offset + static_cast<u32>(TextAt(offset).size()) + 1;
 }
 
-EventText DeviceEventView::TextAfter(u32 offset) const {
+std::string_view DeviceEventView::TextAfter(u32 offset) const {
     return TextAt(OffsetAfter(offset));
 }
 
-EventText DeviceEventView::Text(unsigned number) const {
+std::string_view DeviceEventView::Text(unsigned number) const {
     u32 offset = 0;
     for (; number > 0; --number) {
         offset = OffsetAfter(offset);

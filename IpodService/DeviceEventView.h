@@ -6,18 +6,6 @@
 
 #include "DeviceManager/DeviceManager.h"
 
-/// A text of an event, for "%.*s". Refers to the record.
-class EventText {
-  public:
-    explicit EventText(std::string_view text) : m_text(text) {}
-    int Length() const { return static_cast<int>(m_text.size()); }
-    const char* Data() const { return m_text.data(); }
-    std::string_view View() const { return m_text; }
-
-  private:
-    std::string_view m_text;
-};
-
 /// An event record as its reader sees it: words by number, texts by their offset in the text area. Whatever
 /// the record holds, nothing outside it is read; a text that lies outside is empty. Refers to the record. Any
 /// thread.
@@ -31,11 +19,11 @@ class DeviceEventView {
     /// For "%d".
     int Signed(std::size_t number) const { return static_cast<int>(m_event.words[number]); }
 
-    EventText TextAt(u32 offset) const;
+    std::string_view TextAt(u32 offset) const;
     /// The text that follows the one at `offset`.
-    EventText TextAfter(u32 offset) const;
+    std::string_view TextAfter(u32 offset) const;
     /// 0 for the first of the packed texts.
-    EventText Text(unsigned number) const;
+    std::string_view Text(unsigned number) const;
     /// A byte of the text area, 0 outside.
     unsigned char Byte(std::size_t offset) const;
     /// A 16-bit value of the text area, the high byte first.

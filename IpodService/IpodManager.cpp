@@ -1,45 +1,101 @@
+// The session: registration, the steps of a connection, and the end.
+
 #include "IpodService/IpodManager.h"
 
-#include <sys/stat.h>
-
-#include <cerrno>
-
-#include "IpodService/GstreamerStreamer.h"
-#include "IpodService/IpodManagerRegistry.h"
-
-namespace {
-
-// Browsing before the first session finds a stack that is not empty and resets the device first.
-constexpr std::size_t kInitialNullLevels = 10;
-
-bool IsFolder(const std::string& path) {
-    struct stat status {};
-    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-}
-
-}  // namespace
+#include "IpodService/DeviceManagerNames.h"
+#include "IpodService/Outcome.h"
 
 IpodManager::IpodManager(IIpodNotifications* notifications, DeviceFolders folders)
-    : m_notifications(notifications), m_folders(std::move(folders)), m_browseStack(kInitialNullLevels) {
+    : m_notifications(notifications), m_folders(std::move(folders)) {
     pthread_mutex_init(&m_browseMutex, nullptr);
-    PrepareDatabaseFolder();
-    IpodManagerRegistry::Add(this);
+    PrepareDatabaseFolder(m_folders);
 }
 
 IpodManager::~IpodManager() {
-    IpodManagerRegistry::Remove(this);
-    StopStream();
     pthread_mutex_destroy(&m_browseMutex);
-    EmptyBrowseStack();
 }
 
-void IpodManager::PrepareDatabaseFolder() const {
-    const char* path = m_folders.database.c_str();
-    if (IsFolder(m_folders.database)) {
-        LOG_INFO("Folder ready %s\n", path);
+void IpodManager::UpdateConnection() {
+    switch (m_connectionState.load()) {
+        case ConnectionState::Unregistered:
+            RegisterProcess();
+            break;
+        case ConnectionState::Registered:
+            FindAndOpenDevice();
+            SetUpCharging();
+            break;
+        case ConnectionState::Connected:
+            OpenSessionOrRecover("EIMS_Connected");
+            break;
+        case ConnectionState::DatabaseComplete:
+            OpenSessionOrRecover("EIMS_DBComplete");
+            break;
+        case ConnectionState::BuildingDatabase:
+        case ConnectionState::BrowseReady:
+            break;
+    }
+}
+
+i32 IpodManager::RegisterProcess() {
+    const u32 code = m_link.Register(DeviceManagerCallback);
+    if (code != DEV_MGR_SUCCESS) {
+        LOG_INFO("Return from RegisterProcess is :%d, %s\n", static_cast<int>(code), ResultCodeName(code));
+        return Outcome(code);
+    }
+    m_connectionState = ConnectionState::Registered;
+    AllocateShm1();
+    return Outcome(code);
+}
+
+void IpodManager::OpenSessionOrRecover(const char* stateText) {
+    LOG_INFO("%s", stateText);
+    if (OpenBrowseSession() == 0) {
         return;
     }
-    if (mkdir(path, 0775) != 0) {
-        LOG_ERROR("Could not create the folder %s (%d)\n", path, errno);
+    ResetDatabase();
+    CloseBrowseSession();
+    if (OpenBrowseSession() != 0) {
+        CloseDevice();
     }
+}
+
+i32 IpodManager::OpenBrowseSession() {
+    const i32 outcome = m_browseStack.OpenSession();
+    if (outcome == 0) {
+        m_connectionState = ConnectionState::BrowseReady;
+    }
+    return outcome;
+}
+
+i32 IpodManager::BrowseTopCategory(u32 category) {
+    // The device's path would narrow what is opened here.
+    if (!m_browseStack.IsEmpty()) {
+        LOG_WARN("error : browsing category while not at top level\n");
+        LOG_WARN(" experimental browse reset performed\n");
+        if (ResetDatabase() != 0) {
+            LOG_WARN(" FORCE browse reset performed\n");
+            CloseBrowseSession();
+            OpenBrowseSession();
+        }
+    }
+    return m_browseStack.EnterTopCategory(category);
+}
+
+void IpodManager::ProcessDelayedStreamRestart() {
+    constexpr i32 kElementsChooseRate = -1;
+    if (m_pending.TakeStreamRestart()) {
+        LOG_WARN("performing delayed audio stream restart!\n");
+        RestartStream(kElementsChooseRate);
+    }
+}
+
+i32 IpodManager::Shutdown() {
+    FreeShm1();
+    FreeShm2();
+    const u32 code = m_link.OnProcess(
+        DEVICE_CALL(eDevMgrDeRegisterProcess, .failureText = "Return form eDevMgrDeRegisterProcess is "));
+    if (code == DEV_MGR_SUCCESS) {
+        m_connectionState = ConnectionState::Unregistered;
+    }
+    return Outcome(code);
 }

@@ -35,30 +35,27 @@ struct IpodManager::AlbumArtResult {
 };
 
 IpodManager::AlbumArtResult IpodManager::ReadAlbumArt() {
-    if (!m_shm1) {
+    if (!m_shm1.IsInPlace()) {
         LOG_INFO("Shared memory not alloted. allocate shared memory block 1.\n");
         AllocateShm1();
-        if (!m_shm1) {
-            return {};
-        }
+    }
+    if (m_shm1.Address() == 0) {
+        return {};
     }
     AlbumArtResult result;
     DeliveredPicture& picture = result.picture;
     picture.height = kWantedHeight;
     picture.width = kWantedWidth;
-    result.code = OnDevice(DeviceCall("eDevMgriPodGetPlayingTrackAlbumArt").FailureAt(LogLevel::kInfo),
-                           eDevMgriPodGetPlayingTrackAlbumArt, &picture.height, &picture.width, *m_shm1);
+    result.code =
+        m_link.OnDevice(DEVICE_CALL(eDevMgriPodGetPlayingTrackAlbumArt, .failureLevel = LogLevel::kInfo),
+                        &picture.height, &picture.width, m_shm1.Address());
     if (result.code != DEV_MGR_SUCCESS) {
         return result;
     }
     LOG_INFO("Successfully read album art with height = %d and width = %d\n",
              static_cast<int>(picture.height), static_cast<int>(picture.width));
     picture.length = AlbumArtLength(picture.height, picture.width);
-    // A failed allocation leaves a block at address 0, and the device may report a size beyond any block.
-    if (*m_shm1 != 0) {
-        picture.bytes = {reinterpret_cast<const u8*>(static_cast<std::uintptr_t>(*m_shm1)),
-                         std::min(picture.length, m_shm1Granted)};
-    }
+    picture.bytes = m_shm1.Bytes(picture.length);
     return result;
 }
 
@@ -78,16 +75,15 @@ i32 IpodManager::GetPlayingTrackAlbumArt(std::string& text, u32& width, u32& hei
 }
 
 i32 IpodManager::RequestDelayedAlbumArt() {
-    if (m_deviceHandle == 0) {
+    if (!IsDeviceConnected()) {
         return -1;
     }
-    m_albumArtPending = true;
+    m_pending.RequestAlbumArt();
     return 0;
 }
 
 void IpodManager::ProcessDelayedAlbumArt() {
-    // A track info that is due goes out first: the picture belongs to what it announces.
-    if (!m_albumArtPending || m_playStatusPending) {
+    if (!m_pending.IsAlbumArtDue()) {
         return;
     }
     LOG_INFO("performing delayed get album art!\n");
@@ -96,7 +92,7 @@ void IpodManager::ProcessDelayedAlbumArt() {
     if (!answered && !WillNeverCome(result.code)) {
         return;  // Still pending, so the next pass tries again.
     }
-    m_albumArtPending = false;
+    m_pending.DropAlbumArt();
     if (!answered) {
         return;
     }

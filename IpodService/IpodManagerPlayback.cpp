@@ -2,6 +2,7 @@
 
 #include "IpodService/DeviceManagerNames.h"
 #include "IpodService/IpodManager.h"
+#include "IpodService/Outcome.h"
 
 namespace {
 
@@ -16,8 +17,8 @@ constexpr bool IsPlayingState(u32 status) {
 
 u32 IpodManager::GetPlayStatus() {
     u32 status = E_DEVMGR_IPOD_PLAY_UNKNOWN;
-    const u32 code = OnDevice(DeviceCall("eDevMgriPodGetPlayStatus").RepeatedWhileBusy(kStatusBusyPause),
-                              eDevMgriPodGetPlayStatus, &status);
+    const u32 code =
+        m_link.OnDevice(DEVICE_CALL(eDevMgriPodGetPlayStatus, .busyPause = kStatusBusyPause), &status);
     if (code != DEV_MGR_SUCCESS) {
         return E_DEVMGR_IPOD_PLAY_UNKNOWN;
     }
@@ -49,15 +50,15 @@ bool IpodManager::TogglePlayPause() {
 }
 
 i32 IpodManager::Play() {
-    return Outcome(OnDevice(DeviceCall("eDevMgriPodPlay"), eDevMgriPodPlay));
+    return Outcome(m_link.OnDevice(DEVICE_CALL(eDevMgriPodPlay)));
 }
 
 i32 IpodManager::Pause() {
-    return Outcome(OnDevice(DeviceCall("eDevMgriPodPause"), eDevMgriPodPause));
+    return Outcome(m_link.OnDevice(DEVICE_CALL(eDevMgriPodPause)));
 }
 
 i32 IpodManager::Stop() {
-    return Outcome(OnDevice(DeviceCall("eDevMgriPodStop"), eDevMgriPodStop));
+    return Outcome(m_link.OnDevice(DEVICE_CALL(eDevMgriPodStop)));
 }
 
 i32 IpodManager::TrackFastForward(bool start) {
@@ -72,52 +73,48 @@ i32 IpodManager::TrackRewind(bool start) {
 i32 IpodManager::FastForwardRewind(bool start, u32 direction) {
     constexpr const char* kFailureName = "eDevMgriPodStop";
     if (!start) {
-        return Outcome(OnDevice(DeviceCall("eDevMgriPodFastForwardRewindStop").FailureNamed(kFailureName),
-                                eDevMgriPodFastForwardRewindStop));
+        return Outcome(
+            m_link.OnDevice(DEVICE_CALL(eDevMgriPodFastForwardRewindStop, .failureName = kFailureName)));
     }
-    return Outcome(OnDevice(DeviceCall("eDevMgriPodFastForwardRewindStart").FailureNamed(kFailureName),
-                            eDevMgriPodFastForwardRewindStart, direction));
+    return Outcome(m_link.OnDevice(
+        DEVICE_CALL(eDevMgriPodFastForwardRewindStart, .failureName = kFailureName), direction));
 }
 
 i32 IpodManager::NextTrack() {
-    return Outcome(OnDevice(DeviceCall("eDevMgriPodPlayNextPreviousTrack"), eDevMgriPodPlayNextPreviousTrack,
-                            DEV_MGR_SKIP_NEXT));
+    return Outcome(m_link.OnDevice(DEVICE_CALL(eDevMgriPodPlayNextPreviousTrack), DEV_MGR_SKIP_NEXT));
 }
 
 i32 IpodManager::PreviousTrack() {
-    return Outcome(OnDevice(DeviceCall("eDevMgriPodPlayNextPreviousTrack"), eDevMgriPodPlayNextPreviousTrack,
-                            DEV_MGR_SKIP_PREVIOUS));
+    return Outcome(m_link.OnDevice(DEVICE_CALL(eDevMgriPodPlayNextPreviousTrack), DEV_MGR_SKIP_PREVIOUS));
 }
 
 i32 IpodManager::PlayFirstTrack() {
-    if (m_connectionState != ConnectionState::BrowseReady) {
-        OpenBrowseSession();
-    }
-    u32 count = 0;
-    OnDevice(DeviceCall("eDevMgriPodGetNumItems").FailureUnreported(), eDevMgriPodGetNumItems,
-             DEV_MGR_WHOLE_LIBRARY, 0u, DEV_MGR_CATEGORY_TRACK, &count);
-    const i32 itemCount = static_cast<i32>(count);
+    const i32 itemCount = CountAllTracks().count;
     if (itemCount < 1) {
         return 1;
     }
     // Played all the same when the selection fails: the device then goes on with what it had.
-    OnDevice(DeviceCall("eDevMgriPodSelectCategorizedIndex")
-                 .AnnouncedAs("PlayFirstTrack eDevMgriPodSelectCategorizedIndex - itemCount = " +
-                              std::to_string(itemCount) + "\n"),
-             eDevMgriPodSelectCategorizedIndex, DEV_MGR_CATEGORY_TRACK, 0u);
-    return Outcome(OnDevice(DeviceCall("eDevMgriPodPlay").AnnouncedAs("PlayFirstTrack eDevMgriPodPlay\n"),
-                            eDevMgriPodPlay));
+    m_link.OnDevice(
+        DEVICE_CALL(eDevMgriPodSelectCategorizedIndex,
+                    .announcement = "PlayFirstTrack eDevMgriPodSelectCategorizedIndex - itemCount = " +
+                                    std::to_string(itemCount) + "\n"),
+        u32{DEV_MGR_CATEGORY_TRACK}, u32{0});
+    return Outcome(
+        m_link.OnDevice(DEVICE_CALL(eDevMgriPodPlay, .announcement = "PlayFirstTrack eDevMgriPodPlay\n")));
 }
 
 bool IpodManager::GetHasPlayableData() {
+    const TrackCount tracks = CountAllTracks();
+    LOG_WARN("GetHasPlayableData - eRet = %d, itemCount = %d\n", static_cast<int>(tracks.code), tracks.count);
+    return tracks.count > 0;
+}
+
+IpodManager::TrackCount IpodManager::CountAllTracks() {
     if (m_connectionState != ConnectionState::BrowseReady) {
         OpenBrowseSession();
     }
     u32 count = 0;
-    const u32 code =
-        OnDevice(DeviceCall("eDevMgriPodGetNumItems").FailureUnreported(), eDevMgriPodGetNumItems,
-                 DEV_MGR_WHOLE_LIBRARY, 0u, DEV_MGR_CATEGORY_TRACK, &count);
-    const i32 itemCount = static_cast<i32>(count);
-    LOG_WARN("GetHasPlayableData - eRet = %d, itemCount = %d\n", static_cast<int>(code), itemCount);
-    return itemCount > 0;
+    const u32 code = m_link.OnDevice(DEVICE_CALL(eDevMgriPodGetNumItems, .failureReported = false),
+                                     i32{DEV_MGR_WHOLE_LIBRARY}, u32{0}, u32{DEV_MGR_CATEGORY_TRACK}, &count);
+    return {code, static_cast<i32>(count)};
 }

@@ -3,10 +3,9 @@
 
 #include <json/json.h>
 
-#include "DeviceManager/DeviceManager.h"
+#include "ServiceUtil/ThreadRole.h"
 
 class IpodManager;
-struct BrowseLevel;
 
 /// One member a method. Each writes the whole response ("jsonrpc", "id", "result") and returns true: a
 /// refused operation shows in "result" only. A parameter of a type that cannot be converted leaves by the
@@ -18,47 +17,47 @@ class CIpodRequestHandler {
 
     // Service and audio stream
 
-    bool Start(const Json::Value& request, Json::Value& response);
-    bool Stop(const Json::Value& request, Json::Value& response);
-    bool Exit(const Json::Value& request, Json::Value& response);
-    bool IsIpodConnected(const Json::Value& request, Json::Value& response);
+    bool Start(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool Stop(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool Exit(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool IsIpodConnected(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
 
     // Settings
 
-    bool SetRepeatMode(const Json::Value& request, Json::Value& response);
-    bool GetRepeatMode(const Json::Value& request, Json::Value& response);
-    bool EnableShuffle(const Json::Value& request, Json::Value& response);
-    bool IsShuffleEnabled(const Json::Value& request, Json::Value& response);
+    bool SetRepeatMode(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool GetRepeatMode(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool EnableShuffle(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool IsShuffleEnabled(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
 
     // Current track
 
-    bool GetCurrentTrackInfo(const Json::Value& request, Json::Value& response);
-    bool GetCurrentAlbumArt(const Json::Value& request, Json::Value& response);
-    bool GetCurrentAlbumArtDelayed(const Json::Value& request, Json::Value& response);
-    bool IsTrackPaused(const Json::Value& request, Json::Value& response);
-    bool GetHasPlayableData(const Json::Value& request, Json::Value& response);
+    bool GetCurrentTrackInfo(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool GetCurrentAlbumArt(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool GetCurrentAlbumArtDelayed(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool IsTrackPaused(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool GetHasPlayableData(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
 
     // Playback
 
-    bool PlayFirst(const Json::Value& request, Json::Value& response);
-    bool Play(const Json::Value& request, Json::Value& response);
-    bool Pause(const Json::Value& request, Json::Value& response);
-    bool PlayPause(const Json::Value& request, Json::Value& response);
-    bool Next(const Json::Value& request, Json::Value& response);
-    bool Previous(const Json::Value& request, Json::Value& response);
-    bool FastForwardSong(const Json::Value& request, Json::Value& response);
-    bool RewindSong(const Json::Value& request, Json::Value& response);
+    bool PlayFirst(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool Play(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool Pause(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool PlayPause(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool Next(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool Previous(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool FastForwardSong(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool RewindSong(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
 
     // Browsing (IpodRequestHandlerBrowse.cpp)
 
-    bool GetBrowseList(const Json::Value& request, Json::Value& response);
-    bool SelectBrowseItem(const Json::Value& request, Json::Value& response);
-    bool SelectBrowseBack(const Json::Value& request, Json::Value& response);
-    bool FilterBrowseList(const Json::Value& request, Json::Value& response);
-    bool ResetBrowseList(const Json::Value& request, Json::Value& response);
-    bool GetSongList(const Json::Value& request, Json::Value& response);
-    bool GetNextAlphaNumericIndex(const Json::Value& request, Json::Value& response);
-    bool GetPrevAlphaNumericIndex(const Json::Value& request, Json::Value& response);
+    bool GetBrowseList(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool SelectBrowseItem(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool SelectBrowseBack(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool FilterBrowseList(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool ResetBrowseList(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool GetSongList(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool GetNextAlphaNumericIndex(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool GetPrevAlphaNumericIndex(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
 
   private:
     IpodManager* m_manager;

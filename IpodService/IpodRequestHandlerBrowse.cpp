@@ -2,7 +2,6 @@
 
 #include <cstdio>
 
-#include "IpodService/BrowsePaging.h"
 #include "IpodService/IpodManager.h"
 #include "IpodService/IpodRequestHandler.h"
 #include "IpodService/LetterJump.h"
@@ -44,16 +43,8 @@ const Json::StaticString kItemName("itemName");
 Json::Value ItemObject(const BrowseItem& item) {
     Json::Value object(Json::objectValue);
     object[kItemId] = static_cast<Json::UInt>(item.id);
-    object[kItemName] = WellFormedUtf8(RecordText(item.name).View(), sizeof item.name);
+    object[kItemName] = WellFormedUtf8(RecordText(item.name), sizeof item.name);
     return object;
-}
-
-Json::Value ItemList(const BrowseItem* items, u32 count) {
-    Json::Value list(Json::arrayValue);
-    for (u32 i = 0; i < count; ++i) {
-        list.append(ItemObject(items[i]));
-    }
-    return list;
 }
 
 Json::Value TopCategoryList(const std::vector<TopCategoryEntry>& entries) {
@@ -68,62 +59,39 @@ Json::Value TopCategoryList(const std::vector<TopCategoryEntry>& entries) {
     return list;
 }
 
-Json::Value FilteredList(const std::vector<const BrowseItem*>& matches, i32 start, i32 count) {
-    Json::Value list(Json::arrayValue);
-    for (const std::size_t position : FilteredPositions(matches.size(), start, count)) {
-        list.append(ItemObject(*matches[position]));
-    }
-    return list;
-}
-
 /// An id as the client was given it, or those 32 bits as a signed number.
 u32 ItemId(const Json::Value& value) {
     return value.isUInt() ? value.asUInt() : static_cast<u32>(value.asInt());
 }
 
-PagedList ListOf(IpodManager& manager, const BrowseLevel& level) {
-    return {static_cast<i32>(level.itemCount), [&manager, &level](i32 start, i32& count) {
-                return manager.GetItems(level.parent, level, start, count);
-            }};
-}
-
-using JumpFunction = i32 (*)(const PagedList& list, i32 start);
-
-i32 Jump(IpodManager& manager, const Json::Value& params, JumpFunction jump, i32 notBrowsing) {
-    const BrowseLevel* const level = manager.CurrentBrowseLevel();
-    if (level == nullptr) {
+i32 Jump(const IpodManager& manager, const Json::Value& params, JumpFunction find, i32 notBrowsing)
+    REQUIRES(kServerThread) {
+    if (!manager.IsBrowsing()) {
         std::puts("Not Browsing");
         std::fflush(stdout);
         return notBrowsing;
     }
-    return jump(ListOf(manager, *level), params["startIndex"].asInt());
+    return manager.Jump(find, params["startIndex"].asInt());
 }
 
 }  // namespace
 
 bool CIpodRequestHandler::GetBrowseList(const Json::Value& request, Json::Value& response) {
     BeginResponse(request, response);
-    const BrowseLevel* const level = m_manager->CurrentBrowseLevel();
+    const bool isRoot = !m_manager->IsBrowsing();
     i32 start = 0;
     u32 total = 0;
-    Json::Value list;
-    if (level == nullptr) {
+    Json::Value list(Json::arrayValue);
+    if (isRoot) {
         list = TopCategoryList(m_manager->GetTopCategories());
     } else {
         const Json::Value& params = request["params"];
         start = params["startIndex"].asInt();
-        i32 count = params["itemCount"].asInt();
-        if (IpodManager::HasFilter(*level)) {
-            total = static_cast<u32>(level->filterMatches.size());
-            list = FilteredList(level->filterMatches, start, count);
-        } else {
-            total = level->itemCount;
-            const BrowseItemArray items = m_manager->GetItems(level->parent, *level, start, count);
-            list = ItemList(items.get(), static_cast<u32>(count));
-        }
+        total = m_manager->ListItems(start, params["itemCount"].asInt(),
+                                     [&](const BrowseItem& item) { list.append(ItemObject(item)); });
     }
     Json::Value& result = response["result"];
-    result["isRootCategory"] = level == nullptr;
+    result["isRootCategory"] = isRoot;
     result["totalCount"] = static_cast<Json::Int>(total);
     result["currIndex"] = static_cast<Json::Int>(start);
     result["isLastCategory"] = m_manager->IsAtLeafCategory();
@@ -138,8 +106,8 @@ bool CIpodRequestHandler::SelectBrowseItem(const Json::Value& request, Json::Val
         return true;
     }
     const u32 id = ItemId(params["itemId"]);
-    const bool atRoot = m_manager->CurrentBrowseLevel() == nullptr;
-    const i32 outcome = atRoot ? m_manager->BrowseTopCategory(id) : m_manager->BrowseInto(id);
+    const i32 outcome =
+        m_manager->IsBrowsing() ? m_manager->BrowseInto(id) : m_manager->BrowseTopCategory(id);
     if (outcome == 0) {
         response["result"] = "browsing";
     } else {
@@ -161,11 +129,7 @@ bool CIpodRequestHandler::FilterBrowseList(const Json::Value& request, Json::Val
         response["result"] = StatusWord(false);
         return true;
     }
-    const std::string text = params["searchText"].asString();
-    if (BrowseLevel* const level = m_manager->CurrentBrowseLevel()) {
-        m_manager->FetchLevelItems(*level);
-    }
-    response["result"] = StatusWord(m_manager->SetItemFilter(text) == 0);
+    response["result"] = StatusWord(m_manager->SetItemFilter(params["searchText"].asString()) == 0);
     return true;
 }
 
@@ -177,19 +141,18 @@ bool CIpodRequestHandler::ResetBrowseList(const Json::Value& request, Json::Valu
 
 bool CIpodRequestHandler::GetSongList(const Json::Value& request, Json::Value& response) {
     BeginResponse(request, response);
-    if (m_manager->CurrentBrowseLevel() != nullptr) {
+    if (m_manager->IsBrowsing()) {
         return true;
     }
     m_manager->BrowseTopCategory(DEV_MGR_CATEGORY_TRACK);
-    BrowseLevel* const songs = m_manager->CurrentBrowseLevel();
-    if (songs == nullptr || songs->itemCount == 0) {
+    Json::Value list(Json::arrayValue);
+    if (!m_manager->ListAllItems([&](const BrowseItem& item) { list.append(ItemObject(item)); })) {
         return true;
     }
-    m_manager->FetchLevelItems(*songs);
     Json::Value& result = response["result"];
     result["isRootCategory"] = false;
     result["isLastCategory"] = m_manager->IsAtLeafCategory();
-    result["categoryItems"] = ItemList(songs->items.get(), songs->storedCount);
+    result["categoryItems"] = std::move(list);
     return true;
 }
 

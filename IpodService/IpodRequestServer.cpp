@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <thread>
 
+#include "IpodService/GuardedSteps.h"
 #include "IpodService/MainLoop.h"
 #include "JsonRpc/Networking.h"
 #include "JsonRpc/RpcMethod.h"
@@ -63,7 +64,7 @@ CIpodRequestServer::CIpodRequestServer(DeviceFolders folders)
 
 CIpodRequestServer::~CIpodRequestServer() {
     // A device manager that refused to let the process go may still be sending events.
-    const std::lock_guard lock(m_notificationMutex);
+    const MutexLock lock(m_notificationMutex);
     m_tcpServer.reset();
 }
 
@@ -80,6 +81,11 @@ void CIpodRequestServer::Start(const std::string& address, u16 port) {
 }
 
 void CIpodRequestServer::Run() {
+    TakeSteps(*this, {&CIpodRequestServer::ServeUntilExit});
+}
+
+void CIpodRequestServer::ServeUntilExit() {
+    kServerThread.Assert();
     m_serverRunning = true;
     if (!BindWithRetries()) {
         return;
@@ -89,7 +95,7 @@ void CIpodRequestServer::Run() {
         LOG_FATAL("Ipod Service - Listen failed\n");
         return;
     }
-    if (m_manager.ResetAuthCoprocessor()) {
+    if (IpodManager::ResetAuthCoprocessor()) {
         Serve();
         StopManager();
     } else {
@@ -115,29 +121,20 @@ bool CIpodRequestServer::BindWithRetries() {
 void CIpodRequestServer::Serve() {
     m_serverRunning = true;
     while (!m_manager.IsExitRequested()) {
-        try {
-            RunPass();
-        } catch (const std::exception& error) {
-            // Out of memory, at worst. What the pass was about is lost, the next one starts afresh.
-            LOG_ERROR("Ipod Service - pass given up: %s\n", error.what());
-        }
+        TakeSteps(*this, {&CIpodRequestServer::WaitForClients});
+        TakeSteps(m_manager, {&IpodManager::UpdateConnection, &IpodManager::ProcessDelayedStreamRestart,
+                              &IpodManager::ProcessDelayedAlbumArt, &IpodManager::UpdatePlayStatus,
+                              &IpodManager::UpdateTrackTime, &IpodManager::ProcessDelayedClose});
     }
 }
 
-void CIpodRequestServer::RunPass() {
+void CIpodRequestServer::WaitForClients() {
     m_tcpServer->WaitMessage(m_manager.IsDeviceConnected() ? kConnectedWaitMs : kIdleWaitMs);
-    m_manager.UpdateConnection();
-    m_manager.ProcessDelayedStreamRestart();
-    m_manager.ProcessDelayedAlbumArt();
-    m_manager.UpdatePlayStatus();
-    m_manager.UpdateTrackTime();
-    m_manager.ProcessDelayedClose();
 }
 
 void CIpodRequestServer::StopManager() {
-    m_manager.CloseBrowseSession();
-    m_manager.CloseDevice();
-    m_manager.Shutdown();
+    TakeSteps(m_manager,
+              {&IpodManager::CloseBrowseSession, &IpodManager::CloseDevice, &IpodManager::Shutdown});
 }
 
 void CIpodRequestServer::CloseTcpServer() {

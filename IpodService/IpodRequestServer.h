@@ -3,7 +3,6 @@
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <string>
 
 #include "DeviceManager/DeviceManager.h"
@@ -12,6 +11,8 @@
 #include "IpodService/IpodRequestHandler.h"
 #include "JsonRpc/TcpServer.h"
 #include "ServiceUtil/ISignalListener.h"
+#include "ServiceUtil/Mutex.h"
+#include "ServiceUtil/ThreadRole.h"
 
 class CIpodRequestServer final : public ISignalListener, public IIpodNotifications {
   public:
@@ -43,19 +44,21 @@ class CIpodRequestServer final : public ISignalListener, public IIpodNotificatio
     void OnTrackPaused(bool paused) override;
 
   private:
-    bool BindWithRetries();
-    void Serve();
-    void RunPass();
-    void StopManager();
-    void CloseTcpServer();
+    void ServeUntilExit();
+    bool BindWithRetries() REQUIRES(kServerThread);
+    void Serve() REQUIRES(kServerThread);
+    void WaitForClients() REQUIRES(kServerThread);
+    void StopManager() REQUIRES(kServerThread);
+    void CloseTcpServer() REQUIRES(kServerThread);
     void Notify(const char* method, Json::Value params);
     void Broadcast(const Json::Value& notification);
 
     /// Makes one notification's sends a unit, so that every client sees them in the same order. Declared
     /// first: the manager may still be reporting while it is destroyed.
-    std::mutex m_notificationMutex;
+    Mutex m_notificationMutex;
     IpodManager m_manager;
     std::unique_ptr<Json::Rpc::TcpServer> m_tcpServer;  ///< set before the threads start, null after the end
     CIpodRequestHandler m_handler;
+    /// Whether the loop serves: kept for a reader in a debugger, nothing asks for it.
     std::atomic<bool> m_serverRunning{false};
 };

@@ -63,7 +63,7 @@ void CIpodRequestServer::Notify(const char* method, Json::Value params) {
 }
 
 void CIpodRequestServer::Broadcast(const Json::Value& notification) {
-    const std::lock_guard lock(m_notificationMutex);
+    const MutexLock lock(m_notificationMutex);
     if (m_tcpServer == nullptr) {
         return;
     }

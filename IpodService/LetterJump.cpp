@@ -11,16 +11,15 @@
 namespace {
 
 std::optional<unsigned char> KeyOf(const BrowseItem& item) {
-    return InitialKey(RecordText(item.name).View());
+    return InitialKey(RecordText(item.name));
 }
 
 std::optional<InitialGroup> GroupAt(const PagedList& list, i32 position) {
-    i32 count = 1;
-    const BrowseItemArray item = list.fetch(position, count);
-    if (item == nullptr || count < 1) {
+    const BrowsePage page = list.fetch(position, 1);
+    if (page.count == 0) {
         return std::nullopt;
     }
-    const std::optional<unsigned char> key = KeyOf(item[0]);
+    const std::optional<unsigned char> key = KeyOf(page.items[0]);
     return key ? std::optional(InitialGroup(*key)) : std::nullopt;
 }
 
@@ -44,19 +43,18 @@ std::optional<std::int64_t> FirstOutsideBehind(const PagedList& list, i32 start,
     const bool wholeLevel = list.total < kAlphaPageSize;
     std::int64_t unseen = MostToSee(list);
     for (std::int64_t position = start; position < list.total && unseen > 0;) {
-        i32 count = kAlphaPageSize;
-        const BrowseItemArray page = list.fetch(static_cast<i32>(position), count);
-        if (page == nullptr || count <= 0) {
+        const BrowsePage page = list.fetch(static_cast<i32>(position), kAlphaPageSize);
+        if (page.count == 0) {
             break;
         }
         const std::int64_t base = wholeLevel ? 0 : position;
-        for (std::int64_t i = wholeLevel ? std::max<std::int64_t>(position, 0) : 0; i < count; ++i) {
-            if (IsOutside(group, page[Index(i)])) {
+        for (std::int64_t i = wholeLevel ? std::max<std::int64_t>(position, 0) : 0; i < page.count; ++i) {
+            if (IsOutside(group, page.items[Index(i)])) {
                 return base + i;
             }
         }
-        position += count;
-        unseen -= count;
+        position += page.count;
+        unseen -= page.count;
     }
     return std::nullopt;
 }
@@ -66,18 +64,17 @@ std::optional<std::int64_t> LastOutsideBefore(const PagedList& list, i32 start, 
     for (i32 position = start; position > 0 && unseen > 0;) {
         const i32 wanted = std::min(position, kAlphaPageSize);
         const i32 first = position - wanted;
-        i32 count = wanted;
-        const BrowseItemArray page = list.fetch(first, count);
-        if (page == nullptr || count <= 0) {
+        const BrowsePage page = list.fetch(first, wanted);
+        if (page.count == 0) {
             break;
         }
-        for (std::int64_t i = count - 1; i >= 0; --i) {
-            if (IsOutside(group, page[Index(i)])) {
+        for (std::int64_t i = std::int64_t{page.count} - 1; i >= 0; --i) {
+            if (IsOutside(group, page.items[Index(i)])) {
                 return first + i;
             }
         }
         position -= wanted;
-        unseen -= count;
+        unseen -= page.count;
     }
     return std::nullopt;
 }

@@ -6,11 +6,14 @@
 #include "DeviceManager/DeviceManager.h"
 #include "IpodService/BrowseLevel.h"
 
-/// A level that is read in circular pages, as IpodManager::GetItems gives them.
+/// A level that is read in circular pages: `count` items from `start`, or all from the first one where there
+/// are fewer.
 struct PagedList {
     i32 total = 0;
-    std::function<BrowseItemArray(i32 start, i32& count)> fetch;
+    std::function<BrowsePage(i32 start, i32 count)> fetch;
 };
+
+using JumpFunction = i32 (*)(const PagedList& list, i32 start);
 
 /// Items asked for at a time while a jump looks for the end of a letter.
 inline constexpr i32 kAlphaPageSize = 100;

@@ -1,8 +1,10 @@
 // A manager over a scripted player: category masks and lists of names.
 #pragma once
 
+#include <algorithm>
 #include <map>
 
+#include "IpodService/RecordText.h"
 #include "tests/IpodService/ManagerFixture.h"
 
 class BrowseFixture : public ManagerTest {
@@ -22,7 +24,7 @@ class BrowseFixture : public ManagerTest {
                 m_names[category].at(start + i).copy(items[i].name, sizeof items[i].name);
                 items[i].id = IdOf(category, start + i);
             }
-            *count = UINT32_MAX;  // what a device says of its work is not to be relied on
+            *count = m_delivered == kAll ? UINT32_MAX : std::min(m_delivered, *count);
             return DEV_MGR_SUCCESS;
         };
         m_standIns.eDevMgriPodResetDatabase = m_standIns.eDevMgriPodCloseMdBrowseSession =
@@ -33,9 +35,19 @@ class BrowseFixture : public ManagerTest {
         UseStandIns();
     }
 
+    static constexpr u32 kAll = UINT32_MAX;  ///< and claims to have delivered more
+
     static u32 IdOf(u32 category, u32 position) { return category * 100000 + position; }
     std::size_t CallCount(const char* function) const { return m_simulator.Calls(function).size(); }
 
+    Texts Names(i32 start, i32 count) const {
+        Texts names;
+        m_manager->ListItems(start, count,
+                             [&](const BrowseItem& item) { names.emplace_back(RecordText(item.name)); });
+        return names;
+    }
+
+    u32 m_delivered = kAll;  ///< items that one fetch brings at most
     std::map<u32, u32> m_masks = {
         {DEV_MGR_CATEGORY_TOP_LEVEL, DEV_MGR_CATEGORY_PLAYLIST | DEV_MGR_CATEGORY_ARTIST |
                                          DEV_MGR_CATEGORY_ALBUM | DEV_MGR_CATEGORY_GENRE |

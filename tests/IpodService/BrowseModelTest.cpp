@@ -7,11 +7,10 @@ using testing::ElementsAre;
 class BrowseModel : public BrowseFixture {
   protected:
     /// Enters a top-level category from an empty stack.
-    BrowseLevel& Enter(u32 category) {
+    void Enter(u32 category) {
         m_manager->ResetDatabase();
         EXPECT_EQ(m_manager->BrowseTopCategory(category), 0);
         m_simulator.ClearCalls();
-        return *m_manager->CurrentBrowseLevel();
     }
 };
 
@@ -37,12 +36,15 @@ TEST_F(BrowseModel, BeforeTheFirstSessionTheStackIsNeitherEmptyNorALevel) {
 }
 
 TEST_F(BrowseModel, WalksDownToALeafAndNamesEachParentToTheDevice) {
-    Enter(DEV_MGR_CATEGORY_ARTIST).selectedIndex = 11;
+    Enter(DEV_MGR_CATEGORY_ARTIST);
+    m_simulator.Fail("eDevMgriPodSelectCategorizedIndex", DEV_MGR_INVALID_CATEGORY_SELECTION, 1);
+    EXPECT_EQ(m_manager->BrowseInto(11), -1);
+    TakeCalls();
     ASSERT_EQ(m_manager->BrowseInto(IdOf(DEV_MGR_CATEGORY_ARTIST, 2)), 0);
     EXPECT_THAT(TakeCalls(), testing::IsSupersetOf({"eDevMgriPodGetNumItems(4,11,4)",
                                                     "eDevMgriPodSelectCategorizedIndex(4,400002)"}));
     EXPECT_FALSE(m_manager->IsAtLeafCategory());
-    m_manager->FetchLevelItems(*m_manager->CurrentBrowseLevel());
+    EXPECT_THAT(Names(0, 9), ElementsAre("Harbour!", "Rotunda"));
     EXPECT_THAT(TakeCalls(), testing::Contains("eDevMgriPodGetItems(4,400002,8,0,2)"));
     ASSERT_EQ(m_manager->BrowseInto(IdOf(DEV_MGR_CATEGORY_ALBUM, 1)), 0);
     EXPECT_TRUE(m_manager->IsAtLeafCategory());
@@ -52,7 +54,7 @@ TEST_F(BrowseModel, WalksDownToALeafAndNamesEachParentToTheDevice) {
 }
 
 TEST_F(BrowseModel, KeepsItsPlaceWhenAStepDownFails) {
-    BrowseLevel& top = Enter(DEV_MGR_CATEGORY_ARTIST);
+    Enter(DEV_MGR_CATEGORY_ARTIST);
     m_simulator.Fail("eDevMgriPodSelectCategorizedIndex", DEV_MGR_INVALID_CATEGORY_SELECTION, 1);
     EXPECT_EQ(m_manager->BrowseInto(0), -1);
     EXPECT_EQ(CallCount("eDevMgriPodBrowseOneLevelBack"), 0u);
@@ -66,13 +68,13 @@ TEST_F(BrowseModel, KeepsItsPlaceWhenAStepDownFails) {
         DEV_MGR_CATEGORY_ARTIST | DEV_MGR_CATEGORY_ALBUM | DEV_MGR_CATEGORY_TRACK;
     EXPECT_EQ(m_manager->BrowseInto(0), -1);
     EXPECT_EQ(CallCount("eDevMgriPodBrowseOneLevelBack"), 2u);
-    EXPECT_EQ(m_manager->CurrentBrowseLevel(), &top);
+    EXPECT_THAT(Names(0, 1), ElementsAre("Amber"));
 
     m_masks[DEV_MGR_CATEGORY_ARTIST] = DEV_MGR_CATEGORY_ALBUM;
     ASSERT_EQ(m_manager->BrowseInto(0), 0);
     m_simulator.Fail("eDevMgriPodBrowseOneLevelBack", DEV_MGR_ALREADY_ON_TOP_LEVEL);
     EXPECT_EQ(m_manager->BrowseOneLevelBack(), 1 - DEV_MGR_ALREADY_ON_TOP_LEVEL);  // left all the same
-    EXPECT_EQ(m_manager->CurrentBrowseLevel(), &top);
+    EXPECT_THAT(Names(0, 1), ElementsAre("Amber"));
 }
 
 TEST_F(BrowseModel, EmptiesTheStackWithEverySessionCallThatFails) {
@@ -89,17 +91,49 @@ TEST_F(BrowseModel, EmptiesTheStackWithEverySessionCallThatFails) {
     EXPECT_NE(m_manager->State(), ConnectionState::BrowseReady);
 }
 
-TEST_F(BrowseModel, FiltersTheStoredItemsOnly) {
-    BrowseLevel& level = Enter(DEV_MGR_CATEGORY_TRACK);
-    EXPECT_EQ(m_manager->SetItemFilter("w"), 0);  // nothing is stored yet
-    EXPECT_TRUE(level.filterMatches.empty());
-    m_manager->FetchLevelItems(level);
-    level.itemCount = 100000;  // the device's library has grown since
+TEST_F(BrowseModel, ShowsWhatTheDeviceDeliversAndNothingInPlaceOfTheRest) {
+    Enter(DEV_MGR_CATEGORY_TRACK);
+    m_delivered = 2;
+    EXPECT_THAT(Names(0, 4), ElementsAre("Gorse", "Meadow"));
+    EXPECT_THAT(Names(3, 4), ElementsAre("Wander", "Whistle", "Gorse", "Meadow")) << "two fetches of two";
+    EXPECT_THAT(Names(2, 5), ElementsAre("Rust", "Wander")) << "the second fetch would leave a gap";
+    m_delivered = kAll;
+    m_simulator.Fail("eDevMgriPodGetItems", DEV_MGR_DEVICE_NOT_RESPONDING, 1);
+    EXPECT_THAT(Names(3, 4), testing::IsEmpty());
+}
+
+TEST_F(BrowseModel, StoresALevelOnlyWhenItCameWhole) {
+    Enter(DEV_MGR_CATEGORY_TRACK);
+    m_delivered = 4;
+    for (int again = 0; again < 2; ++again) {
+        EXPECT_EQ(m_manager->SetItemFilter("w"), 0);
+        EXPECT_THAT(Names(0, 9), testing::IsEmpty());
+    }
+    EXPECT_EQ(CallCount("eDevMgriPodGetItems"), 2u);
+    m_delivered = kAll;
+    EXPECT_EQ(m_manager->SetItemFilter("W"), 0);
+    EXPECT_THAT(Names(0, 9), ElementsAre("Meadow", "Wander", "Whistle"));
     EXPECT_EQ(m_manager->SetItemFilter("wA"), 0);
-    EXPECT_THAT(level.filterMatches, ElementsAre(&level.items[3]));
-    IpodManager::SetLevelItems(level, nullptr, 5);
-    EXPECT_EQ(m_manager->SetItemFilter("w"), 0);
-    EXPECT_TRUE(level.filterMatches.empty());
+    EXPECT_THAT(Names(0, 9), ElementsAre("Wander"));
+    EXPECT_EQ(CallCount("eDevMgriPodGetItems"), 3u) << "stored now";
+
+    Enter(DEV_MGR_CATEGORY_TRACK);
+    m_delivered = 4;
+    std::size_t listed = 0;
+    EXPECT_TRUE(m_manager->ListAllItems([&](const BrowseItem&) { ++listed; }));
+    EXPECT_EQ(listed, 4u);
+    m_delivered = kAll;
+    EXPECT_TRUE(m_manager->ListAllItems([&](const BrowseItem&) { ++listed; }));
+    EXPECT_EQ(listed, 9u);
+}
+
+TEST_F(BrowseModel, TellsTheSupportedCategoriesInTheLogAtTheRootOnly) {
+    m_manager->GetTopCategories();
+    EXPECT_THAT(TakeLog(), testing::HasSubstr("[INFO ] SupportedCategories PLAYLIST ARTIST ALBUM GENRE TRACK "
+                                              "COMPOSER\n"));
+    Enter(DEV_MGR_CATEGORY_ARTIST);
+    m_manager->IsAtLeafCategory();
+    EXPECT_THAT(TakeLog(), testing::Not(testing::HasSubstr("SupportedCategories")));
 }
 
 }  // namespace

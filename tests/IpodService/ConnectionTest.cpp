@@ -94,6 +94,7 @@ TEST_F(ConnectionTest, DatabaseNamesAreExtendedOnceAndNeverOverrun) {
     const std::pair<std::string, std::string> cases[] = {{"Phone", "Phone.db"},
                                                          {"Phone.db", "Phone.db"},
                                                          {"Phone.DB", "Phone.DB.db"},
+                                                         {"../../etc/Phone", ".._.._etc_Phone.db"},
                                                          {std::string(254, 'n'), std::string(241, 'n')}};
     for (const auto& [name, file] : cases) {
         const u32 handle = Plug(DEV_MGR_DEVICE_TYPE_IAP2_2WIRE, name);
@@ -130,6 +131,45 @@ TEST_F(ConnectionTest, ListsThatLieStayInsideTheirArray) {
     next = 4;
     m_manager->UpdateConnection();  // 2, then gone
     EXPECT_FALSE(m_manager->IsDeviceConnected());
+}
+
+TEST_F(ConnectionTest, OnlyRecordsThatTheDeviceManagerWroteAreOpened) {
+    ASSERT_TRUE(StepUntil(ConnectionState::Registered));
+    u32 written = 0;
+    u32 counted = 4;
+    u32 code = DEV_MGR_SUCCESS;
+    m_standIns.eDevMgrGetNumDevices = [&](u32, u32* count) {
+        *count = counted;
+        return DEV_MGR_SUCCESS;
+    };
+    m_standIns.eDevMgrGetDeviceList = [&](u32, DeviceRecord* list, u32, u32* count) {
+        const char name[] = "a\tb\x1B[2J\x7F";
+        std::memcpy(list[0].name, name, sizeof name);
+        list[0].type = list[1].type = list[2].type = DEV_MGR_DEVICE_TYPE_IAP_2WIRE;
+        list[1].handle = 21;
+        list[2].handle = 22;
+        *count = written;
+        return code;
+    };
+    m_standIns.eDevMgrOpenDevice = [&](u32, u32 handle) {
+        EXPECT_EQ(handle, 21u);
+        return DEV_MGR_DEVICE_BUSY;
+    };
+    UseStandIns();
+    for (const auto& [isFailure, count, opened] :
+         {std::tuple(false, 2u, 1u), {false, 1u, 0u}, {false, 0u, 0u}, {true, 3u, 0u}}) {
+        code = isFailure ? DEV_MGR_DEVICE_ERROR : DEV_MGR_SUCCESS;
+        written = count;
+        m_simulator.ClearCalls();
+        TakeLog();
+        m_manager->UpdateConnection();
+        EXPECT_EQ(m_simulator.Calls("eDevMgrOpenDevice").size(), opened) << count;
+        EXPECT_EQ(TakeLog().find("Device Name : a?b?[2J?\tHandle : 0\n") != std::string::npos,
+                  !isFailure && count > 0);
+    }
+    EXPECT_THAT(m_notifications.Take(), IsEmpty());
+    EXPECT_EQ(m_manager->OpenDevice(0), 0);
+    EXPECT_THAT(TakeLog(), HasSubstr("[DEBUG] ---No such device is found----\n"));
 }
 
 TEST_F(ConnectionTest, ASessionThatCannotBeOpenedIsRecoveredOnceAndThenTheDeviceIsClosed) {

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <thread>
 
-#include "IpodService/IpodManagerRegistry.h"
+#include "IpodService/EventHandler.h"
 #include "tests/IpodService/ManagerFixture.h"
 
 namespace {
@@ -76,7 +76,7 @@ TEST_F(EventsTest, EveryEventLogsItsOwnTexts) {
          {"node"}},
         {{DEV_MGR_IPOD_APP_SESSION_OPENED, 0, 0, 12, 5, 3},
          application + "[INFO ] Session Opened:[sessionID] - 5\n"
-                       "[INFO ] The protocol string:[\x01\x02\x03\x04]\n"
+                       "[INFO ] The protocol string:[????]\n"
                        "[INFO ] Received Data from iPod:[sessionID] : 5\n"
                        "[INFO ] Data length is                      : 12\n"
                        "[INFO ] The X coordinate is                 : 772\n"
@@ -154,12 +154,38 @@ TEST_F(EventsTest, AnEventGoesToTheManagerThatItIsFor) {
     const DeviceEvent event = DeviceSimulator::MakeEvent({DEV_MGR_EVENT_PLAY_STARTED});
     for (const u32 handle : handles) {
         TakeLog();
-        IpodManagerRegistry::DeviceManagerCallback(&event, handle);
+        DeviceManagerCallback(&event, handle);
         EXPECT_EQ(m_notifications.Take().size(), handle == handles[0] ? 1u : 0u) << handle;
         EXPECT_EQ(others.Take().size(), handle == handles[1] ? 1u : 0u) << handle;
         EXPECT_EQ(TakeLog(), handle == handles[2] ? nobodys + nobodys : nobodys) << handle;
     }
     EXPECT_EQ(other.Shutdown(), 0);
+}
+
+TEST_F(EventsTest, EventsThatComeBeforeTheRegistrationHasReturnedAreItsOwn) {
+    RecordedNotifications notifications;
+    IpodManager early(&notifications, Folders());
+    m_standIns.eDevMgrRegisterProcess = [](u32* handle, DeviceEventCallback callback) {
+        const DeviceEvent started = DeviceSimulator::MakeEvent({DEV_MGR_EVENT_PLAY_STARTED});
+        const DeviceEvent exited = DeviceSimulator::MakeEvent({DEV_MGR_EVENT_DEVICE_MANAGER_EXITED});
+        std::thread([&] {
+            callback(&started, 4711);
+            callback(&exited, 4711);
+        }).join();
+        *handle = 4711;
+        return DEV_MGR_SUCCESS;
+    };
+    m_standIns.eDevMgrAllocateSharedMemory = Answering(DEV_MGR_MEMORY_ERROR);
+    UseStandIns();
+    EXPECT_EQ(early.RegisterProcess(), 0);
+    EXPECT_EQ(early.ProcessHandle(), 4711u);
+    EXPECT_EQ(notifications.Take().size(), 1u);
+    EXPECT_TRUE(early.IsExitRequested());
+    EXPECT_TRUE(m_notifications.Take().empty()) << "another's";
+    EXPECT_FALSE(m_manager->IsExitRequested());
+    const DeviceEvent late = DeviceSimulator::MakeEvent({DEV_MGR_EVENT_PLAY_STARTED});
+    DeviceManagerCallback(&late, 4712);
+    EXPECT_TRUE(notifications.Take().empty()) << "nobody's, now that the handle is known";
 }
 
 TEST_F(EventsTest, TimeIsToldWithADeviceOnlyAndPausesAlways) {
@@ -186,11 +212,11 @@ TEST_F(EventsTest, HostileRecordsAreReadWithinTheirBounds) {
             for (const u32 word : {u32{DEV_MGR_MOUNT_PASSED}, 1023u, 0xFFFFFFF0u}) {
                 const u32 words[] = {id, type, word, word, word, word};
                 std::memcpy(event.words, words, sizeof words);
-                IpodManagerRegistry::DeviceManagerCallback(&event, m_manager->ProcessHandle());
+                DeviceManagerCallback(&event, m_manager->ProcessHandle());
             }
         }
     }
-    IpodManagerRegistry::DeviceManagerCallback(nullptr, m_manager->ProcessHandle());
+    DeviceManagerCallback(nullptr, m_manager->ProcessHandle());
 }
 
 TEST_F(EventsTest, TrackAndContextEventsAskForOneTrackInfoEach) {
@@ -218,7 +244,7 @@ TEST_F(EventsTest, AManagerCanGoWhileEventsCome) {
     std::thread storm([&] {
         const DeviceEvent event = DeviceSimulator::MakeEvent({DEV_MGR_EVENT_PLAY_STARTED});
         while (!done) {
-            IpodManagerRegistry::DeviceManagerCallback(&event, 0);
+            DeviceManagerCallback(&event, 0);
         }
     });
     for (int i = 0; i < 50; ++i) {

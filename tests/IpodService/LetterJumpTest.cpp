@@ -15,24 +15,20 @@ using Names = std::vector<std::string>;
 
 /// A level of these names, paged as the manager pages it.
 struct NameList {
-    BrowseItemArray Fetch(i32 start, i32& count) {
+    BrowsePage Fetch(i32 start, i32 count) {
         ++fetches;
         const PagePlan plan = PlanPage(static_cast<u32>(names.size()), start, count);
-        count = static_cast<i32>(plan.count);
-        if (count == 0) {
-            return nullptr;
-        }
-        BrowseItemArray items(static_cast<BrowseItem*>(std::calloc(plan.count, sizeof(BrowseItem))));
+        BrowsePage page{AllocateItems(plan.count), plan.count};
         for (const PageFetch& fetch : plan) {
             for (u32 i = 0; i < fetch.count; ++i) {
-                names[fetch.start + i].copy(items[fetch.offset + i].name, sizeof(BrowseItem::name));
+                names[fetch.start + i].copy(page.items[fetch.offset + i].name, sizeof(BrowseItem::name));
             }
         }
-        return items;
+        return page;
     }
-    i32 Jump(i32 (*jump)(const PagedList&, i32), i32 start) {
+    i32 Jump(JumpFunction jump, i32 start) {
         fetches = 0;
-        const auto fetch = [this](i32 at, i32& count) { return Fetch(at, count); };
+        const auto fetch = [this](i32 at, i32 count) { return Fetch(at, count); };
         const i32 index = jump({static_cast<i32>(names.size()), fetch}, start);
         EXPECT_LE(fetches, 5);
         return index;
@@ -82,14 +78,10 @@ TEST(LetterJump, FindsTheNeighbouringLetters) {
 TEST(LetterJump, EndsWhateverTheDeviceDelivers) {
     int fetches = 0;
     i32 most = kAlphaPageSize;  // that are delivered
-    const auto fetch = [&](i32, i32& count) {
+    const auto fetch = [&](i32, i32 count) {
         ++fetches;
-        count = count > most ? 0 : count;
-        BrowseItemArray page(
-            count == 0 ? nullptr : static_cast<BrowseItem*>(std::calloc(kAlphaPageSize, sizeof(BrowseItem))));
-        if (page) {
-            page[0].name[0] = 'A';
-        }
+        BrowsePage page{AllocateItems(kAlphaPageSize), count > most ? 0 : static_cast<u32>(count)};
+        page.items[0].name[0] = 'A';
         return page;
     };
     const PagedList endless = {INT_MAX, fetch};

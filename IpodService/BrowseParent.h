@@ -4,13 +4,13 @@
 #include "DeviceManager/DeviceManager.h"
 #include "IpodService/BrowseLevel.h"
 
-struct ParentPair {
-    i32 category = -1;  ///< -1: the whole library
+struct BrowseParent {
+    i32 category = DEV_MGR_WHOLE_LIBRARY;
     u32 index = 0;
 };
 
 /// `parent` may be null: the whole library.
-inline ParentPair ParentPairOf(const BrowseLevel* parent) {
+inline BrowseParent ParentOf(const BrowseLevel* parent) {
     if (parent == nullptr) {
         return {};
     }

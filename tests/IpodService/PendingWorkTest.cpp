@@ -1,0 +1,51 @@
+#include "IpodService/PendingWork.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(PendingWork, TellsOnceWhatWasAskedFor) {
+    PendingWork pending;
+    EXPECT_FALSE(pending.TakeClose() || pending.TakePlayStatus(7) || pending.IsAlbumArtDue() ||
+                 pending.IsExitRequested() || pending.TakeTrackTime() || pending.TakeStreamRestart());
+    pending.RequestClose();
+    EXPECT_TRUE(pending.TakeClose());
+    EXPECT_FALSE(pending.TakeClose());
+    EXPECT_TRUE(pending.RequestExit());
+    EXPECT_FALSE(pending.RequestExit()) << "the second one";
+    EXPECT_TRUE(pending.IsExitRequested());
+}
+
+TEST(PendingWork, APictureWaitsForTheTrackInfoAndStaysUntilItIsDropped) {
+    PendingWork pending;
+    pending.RequestAlbumArt();
+    pending.RequestPlayStatus();
+    EXPECT_FALSE(pending.IsAlbumArtDue());
+    EXPECT_TRUE(pending.TakePlayStatus(7));
+    EXPECT_FALSE(pending.TakePlayStatus(7));
+    EXPECT_TRUE(pending.IsAlbumArtDue());
+    EXPECT_TRUE(pending.IsAlbumArtDue());
+    pending.DropAlbumArt();
+    EXPECT_FALSE(pending.IsAlbumArtDue());
+}
+
+TEST(PendingWork, ADeadlineMakesOneMoreTrackInfoDueOnceItIsPast) {
+    // Far from any end of the clock, and across its sign's change.
+    for (const u32 deadline : {5000u, 0x7FFFFF00u, 0xFFFFFFF0u}) {
+        PendingWork pending;
+        pending.RequestPlayStatus();
+        pending.RequestPlayStatusAt(deadline);
+        EXPECT_TRUE(pending.TakePlayStatus(deadline - 1000)) << "asked for at once";
+        EXPECT_FALSE(pending.TakePlayStatus(deadline - 1));
+        EXPECT_FALSE(pending.TakePlayStatus(deadline));
+        EXPECT_TRUE(pending.TakePlayStatus(deadline + 1));
+        EXPECT_FALSE(pending.TakePlayStatus(deadline + 2)) << "and not for ever";
+
+        pending.RequestPlayStatusAt(deadline);
+        pending.RequestPlayStatus();
+        EXPECT_TRUE(pending.TakePlayStatus(deadline + 1));
+        EXPECT_FALSE(pending.TakePlayStatus(deadline + 2)) << "one for both";
+    }
+}
+
+}  // namespace
