@@ -4,12 +4,12 @@
 
 namespace DeviceSimulator {
 
-Result DeliverPicture(const Picture* picture, std::span<std::uint8_t> block, PictureSize& size) {
+DevMgrResult DeliverPicture(const Picture* picture, std::span<std::uint8_t> block, PictureSize& size) {
     if (picture == nullptr) {
-        return kArtworkNotPresent;
+        return DEV_MGR_IAP_ARTWORK_NOT_PRESENT_ERROR;
     }
     if (picture->bytes.size() > block.size()) {
-        return kWrongSharedMemorySize;
+        return DEV_MGR_WROG_SIZE_FOR_SHARED_MEMORY;
     }
     const std::uint64_t length = std::uint64_t{picture->width} * picture->height * 2;
     const auto room = static_cast<std::size_t>(std::min<std::uint64_t>(length, block.size()));
@@ -19,7 +19,7 @@ Result DeliverPicture(const Picture* picture, std::span<std::uint8_t> block, Pic
         std::fill_n(end, room - written, std::uint8_t{0});
     }
     size = PictureSize{picture->width, picture->height};
-    return kSuccess;
+    return DEV_MGR_SUCCESS;
 }
 
 }  // namespace DeviceSimulator

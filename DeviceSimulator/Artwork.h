@@ -11,6 +11,6 @@ namespace DeviceSimulator {
 
 /// Writes `picture` (null: the track has none) to the start of `block` and zeros behind it, as far as its
 /// size or the block goes. `size` is written on success only.
-Result DeliverPicture(const Picture* picture, std::span<std::uint8_t> block, PictureSize& size);
+DevMgrResult DeliverPicture(const Picture* picture, std::span<std::uint8_t> block, PictureSize& size);
 
 }  // namespace DeviceSimulator

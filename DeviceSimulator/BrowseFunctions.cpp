@@ -14,11 +14,11 @@ namespace {
 
 /// `work`(session) under the model's lock.
 template <typename Work>
-Result InSession(Engine& engine, u32 ph, u32 dh, Work work) {
+DevMgrResult InSession(Engine& engine, u32 ph, u32 dh, Work work) {
     return engine.Loop().Locked([&](Model& model, TimePoint) {
         BrowseSession* session = nullptr;
-        const Result result = model.FindSession(ph, dh, session);
-        return result == kSuccess ? work(*session) : result;
+        const DevMgrResult result = model.FindSession(ph, dh, session);
+        return result == DEV_MGR_SUCCESS ? work(*session) : result;
     });
 }
 
@@ -29,56 +29,57 @@ struct Parent {
 
 /// `work`(list) on the list that a query means; `count` is the query's own out argument.
 template <typename Work>
-Result WithItems(Engine& engine, u32 ph, u32 dh, Parent parent, u32 category, const u32* count, Work work) {
+DevMgrResult WithItems(Engine& engine, u32 ph, u32 dh, Parent parent, u32 category, const u32* count,
+                       Work work) {
     std::vector<PathStep> path;
-    const Result result = InSession(engine, ph, dh, [&](const BrowseSession& session) {
+    const DevMgrResult result = InSession(engine, ph, dh, [&](const BrowseSession& session) {
         return IsBrowsable(category) ? session.ParentPath(parent.category, parent.index, path)
-                                     : kInvalidCategory;
+                                     : DEV_MGR_INVALID_CATEGORY_SELECTION;
     });
-    if (result != kSuccess) {
+    if (result != DEV_MGR_SUCCESS) {
         return result;
     }
-    return count == nullptr ? kWrongParameters : work(*ItemsBelow(*engine.Music().Get(), path, category));
+    return count == nullptr ? DEV_MGR_WRONG_PARAMS : work(*ItemsBelow(*engine.Music().Get(), path, category));
 }
 
-Result SelectOnce(Engine& engine, u32 ph, u32 dh, PathStep step, const std::vector<PathStep>& path,
-                  bool& isPathAsItWas) {
+DevMgrResult SelectOnce(Engine& engine, u32 ph, u32 dh, PathStep step, const std::vector<PathStep>& path,
+                        bool& isPathAsItWas) {
     const auto library = engine.Music().Get();
     const auto items = ItemsBelow(*library, path, step.category);
     return engine.Loop().Locked([&](Model& model, TimePoint now) {
         BrowseSession* session = nullptr;
-        const Result result = model.FindSession(ph, dh, session);
-        if (result != kSuccess) {
+        const DevMgrResult result = model.FindSession(ph, dh, session);
+        if (result != DEV_MGR_SUCCESS) {
             return result;
         }
         isPathAsItWas = session->Path() == path;
         if (!isPathAsItWas) {
-            return kSuccess;
+            return DEV_MGR_SUCCESS;
         }
         if (step.position >= items->size()) {
-            return kInvalidIndex;
+            return DEV_MGR_IAP_INVALID_INDEX;
         }
-        if (step.category != kTrack) {
+        if (step.category != DEV_MGR_CATEGORY_TRACK) {
             return session->Narrow(step);
         }
         Device* device = nullptr;
-        const Result found = model.FindPlayer(ph, dh, device);
-        if (found == kSuccess) {
+        const DevMgrResult found = model.FindPlayer(ph, dh, device);
+        if (found == DEV_MGR_SUCCESS) {
             device->player.Start(library, items, step.position, now);
         }
         return found;
     });
 }
 
-Result Select(Engine& engine, u32 ph, u32 dh, PathStep step) {
+DevMgrResult Select(Engine& engine, u32 ph, u32 dh, PathStep step) {
     for (;;) {
         std::vector<PathStep> path;
-        Result result = InSession(engine, ph, dh, [&](const BrowseSession& session) {
+        DevMgrResult result = InSession(engine, ph, dh, [&](const BrowseSession& session) {
             path = session.Path();
-            return IsBrowsable(step.category) ? kSuccess : kInvalidCategory;
+            return IsBrowsable(step.category) ? DEV_MGR_SUCCESS : DEV_MGR_INVALID_CATEGORY_SELECTION;
         });
         bool isPathAsItWas = true;
-        if (result == kSuccess) {
+        if (result == DEV_MGR_SUCCESS) {
             result = SelectOnce(engine, ph, dh, step, path, isPathAsItWas);
         }
         if (isPathAsItWas) {
@@ -87,20 +88,20 @@ Result Select(Engine& engine, u32 ph, u32 dh, PathStep step) {
     }
 }
 
-Result CopyItems(const Library& library, u32 category, const ItemList& list, u32 start, u32& count,
-                 BrowseItem* items) {
+DevMgrResult CopyItems(const Library& library, u32 category, const ItemList& list, u32 start, u32& count,
+                       BrowseItem* items) {
     if (start > list.size() || (start == list.size() && start > 0)) {
-        return kInvalidIndex;
+        return DEV_MGR_IAP_INVALID_INDEX;
     }
     if (items == nullptr && count > 0) {
-        return kWrongParameters;
+        return DEV_MGR_WRONG_PARAMS;
     }
     count = std::min(count, static_cast<u32>(list.size()) - start);
     for (u32 i = 0; i < count; ++i) {
         CopyText(items[i].name, library.ItemName(category, list[start + i]));
         items[i].id = start + i;
     }
-    return kSuccess;
+    return DEV_MGR_SUCCESS;
 }
 
 }  // namespace
@@ -132,7 +133,7 @@ u32 eDevMgriPodResetDatabase(u32 ph, u32 dh) {
         [&](Engine& engine) {
             return InSession(engine, ph, dh, [](BrowseSession& session) {
                 session.Reset();
-                return kSuccess;
+                return DEV_MGR_SUCCESS;
             });
         },
         ph, dh);
@@ -160,11 +161,12 @@ u32 eDevMgriPodMdGetCategories(u32 ph, u32 dh, u32 category, u32* mask) {
     return PassGate(
         DEVICE_SIMULATOR_KEY(eDevMgriPodMdGetCategories),
         [&](Engine& engine) -> u32 {
-            const Result result = InSession(engine, ph, dh, [](const BrowseSession&) { return kSuccess; });
-            if (result != kSuccess) {
+            const DevMgrResult result =
+                InSession(engine, ph, dh, [](const BrowseSession&) { return DEV_MGR_SUCCESS; });
+            if (result != DEV_MGR_SUCCESS) {
                 return result;
             }
-            return mask == nullptr ? kWrongParameters
+            return mask == nullptr ? DEV_MGR_WRONG_PARAMS
                                    : CategoriesBehind(*engine.Music().Get(), category, *mask);
         },
         ph, dh, category, mask);
@@ -177,7 +179,7 @@ u32 eDevMgriPodGetNumItems(u32 ph, u32 dh, i32 parentCategory, u32 parentIndex, 
             return WithItems(engine, ph, dh, {parentCategory, parentIndex}, category, count,
                              [&](const ItemList& list) {
                                  *count = static_cast<u32>(list.size());
-                                 return kSuccess;
+                                 return DEV_MGR_SUCCESS;
                              });
         },
         ph, dh, parentCategory, parentIndex, category, count);

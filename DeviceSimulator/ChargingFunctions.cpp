@@ -13,7 +13,7 @@ u32 eDevMgriPodSetMaxCurrent(u32 ph, u32 dh, u16 milliamps) {
         DEVICE_SIMULATOR_KEY(eDevMgriPodSetMaxCurrent),
         [&](Device& device, TimePoint) {
             device.settings.maxCurrent = milliamps;
-            return kSuccess;
+            return DEV_MGR_SUCCESS;
         },
         ph, dh, milliamps);
 }
@@ -23,7 +23,7 @@ u32 eDevMgriPodSetInternalBatteryChargeState(u32 ph, u32 dh, u8 allow) {
         DEVICE_SIMULATOR_KEY(eDevMgriPodSetInternalBatteryChargeState),
         [&](Device& device, TimePoint) {
             device.settings.mayCharge = allow;
-            return kSuccess;
+            return DEV_MGR_SUCCESS;
         },
         ph, dh, allow);
 }
@@ -33,10 +33,10 @@ u32 eDevMgriPodGetBatteryPowerState(u32 ph, u32 dh, BatteryState* state) {
         DEVICE_SIMULATOR_KEY(eDevMgriPodGetBatteryPowerState),
         [&](const Device& device, TimePoint) {
             if (state == nullptr) {
-                return kWrongParameters;
+                return DEV_MGR_WRONG_PARAMS;
             }
             *state = device.settings.battery;
-            return kSuccess;
+            return DEV_MGR_SUCCESS;
         },
         ph, dh, state);
 }
@@ -46,11 +46,11 @@ u32 eDevmgriPodGetVolume(u32 ph, u32 dh, u8* mute, u8* volume) {
         DEVICE_SIMULATOR_KEY(eDevmgriPodGetVolume),
         [&](const Device& device, TimePoint) {
             if (mute == nullptr || volume == nullptr) {
-                return kWrongParameters;
+                return DEV_MGR_WRONG_PARAMS;
             }
             *mute = device.settings.volumeFlag;
             *volume = device.settings.volume;
-            return kSuccess;
+            return DEV_MGR_SUCCESS;
         },
         ph, dh, mute, volume);
 }
@@ -61,7 +61,7 @@ u32 eDevmgriPodSetVolume(u32 ph, u32 dh, u8 flag, u8 volume) {
         [&](Device& device, TimePoint) {
             device.settings.volumeFlag = flag;
             device.settings.volume = volume;
-            return kSuccess;
+            return DEV_MGR_SUCCESS;
         },
         ph, dh, flag, volume);
 }
@@ -71,10 +71,10 @@ u32 eDevMgriPodGetNowPlayingAppname(u32 ph, u32 dh, char** name) {
         DEVICE_SIMULATOR_KEY(eDevMgriPodGetNowPlayingAppname),
         [&](const Device& device, TimePoint) {
             if (name == nullptr) {
-                return kWrongParameters;
+                return DEV_MGR_WRONG_PARAMS;
             }
-            *name = device.player.State() == PlayState::Stopped ? nullptr : strdup("Music");
-            return kSuccess;
+            *name = device.player.State() == E_DEVMGR_IPOD_PLAY_STOPPED ? nullptr : strdup("Music");
+            return DEV_MGR_SUCCESS;
         },
         ph, dh, name);
 }

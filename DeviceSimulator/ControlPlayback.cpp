@@ -31,16 +31,16 @@ struct ThumbOrder {
     std::optional<std::size_t> repeat;
 };
 
-Result Seek(Player& player, const ThumbOrder& order, TimePoint now) {
+DevMgrResult Seek(Player& player, const ThumbOrder& order, TimePoint now) {
     const std::uint32_t total = player.TotalMs();
-    if (order.isFromEnd && order.time > total && player.State() != PlayState::Stopped) {
-        return kInvalidIndex;
+    if (order.isFromEnd && order.time > total && player.State() != E_DEVMGR_IPOD_PLAY_STOPPED) {
+        return DEV_MGR_IAP_INVALID_INDEX;
     }
     const std::uint32_t position = order.isFromEnd ? total - std::min(order.time, total) : order.time;
     return player.MoveWithin(std::chrono::milliseconds{position}, now);
 }
 
-Result Press(Player& player, const ThumbOrder& order, TimePoint now) {
+DevMgrResult Press(Player& player, const ThumbOrder& order, TimePoint now) {
     switch (*order.thumb) {
         case kSeek:
             return Seek(player, order, now);
@@ -49,35 +49,36 @@ Result Press(Player& player, const ThumbOrder& order, TimePoint now) {
             return player.Pause(now);
         case kStop:
             player.Stop(now);
-            return kSuccess;
+            return DEV_MGR_SUCCESS;
         case kNext:
-            return player.Skip(SkipDirection::Next, now);
+            return player.Skip(DEV_MGR_SKIP_NEXT, now);
         case kPrevious:
-            return player.Skip(SkipDirection::Previous, now);
+            return player.Skip(DEV_MGR_SKIP_PREVIOUS, now);
         case kForward:
-            return player.StartSeek(SeekDirection::Forward, now);
+            return player.StartSeek(DEV_MGR_SEEK_FORWARD, now);
         case kBack:
-            return player.StartSeek(SeekDirection::Rewind, now);
+            return player.StartSeek(DEV_MGR_SEEK_REWIND, now);
         default:
             player.EndSeek(now);
-            return kSuccess;
+            return DEV_MGR_SUCCESS;
     }
 }
 
-std::string Explain(Result result, const Player& player) {
-    if (result == kSuccess) {
+std::string Explain(DevMgrResult result, const Player& player) {
+    if (result == DEV_MGR_SUCCESS) {
         return {};
     }
-    return result == kInvalidIndex ? "the track is only " + std::to_string(player.TotalMs()) + " ms long"
-                                   : "the player is stopped";
+    return result == DEV_MGR_IAP_INVALID_INDEX
+               ? "the track is only " + std::to_string(player.TotalMs()) + " ms long"
+               : "the player is stopped";
 }
 
 void SetModes(Player& player, const ThumbOrder& order, TimePoint now) {
     if (order.shuffle) {
-        player.SetShuffle(static_cast<ShuffleMode>(*order.shuffle), now);
+        player.SetShuffle(static_cast<DevMgrShuffleMode>(*order.shuffle), now);
     }
     if (order.repeat) {
-        player.SetRepeat(static_cast<RepeatMode>(*order.repeat));
+        player.SetRepeat(static_cast<DevMgrRepeatMode>(*order.repeat));
     }
 }
 
@@ -96,7 +97,7 @@ void OnPlayer(ControlCall& call, std::uint32_t handle, Work work) {
 bool IsPlay(ControlCall& call, const ThumbOrder& order) {
     bool isPlaying = false;
     OnPlayer(call, order.handle, [&](const Player& player, TimePoint) {
-        isPlaying = player.State() == PlayState::Playing;
+        isPlaying = player.State() == E_DEVMGR_IPOD_PLAY_PLAYING;
         return std::string();
     });
     return order.thumb == kPlay || (order.thumb == kToggle && !isPlaying);
@@ -104,12 +105,12 @@ bool IsPlay(ControlCall& call, const ThumbOrder& order) {
 
 void PressPlay(ControlCall& call, const ThumbOrder& order) {
     std::string error;
-    const Result result = PlayOn(Engine::Instance(), [&](Model& model, Device*& device) {
+    const DevMgrResult result = PlayOn(Engine::Instance(), [&](Model& model, Device*& device) {
         device = ChoosePlayer(model, order.handle, error);
-        return device != nullptr ? kSuccess : kInvalidDeviceHandle;
+        return device != nullptr ? DEV_MGR_SUCCESS : DEV_MGR_INVALID_DEVICE_HANDLE;
     });
     call.fields.Refuse(error);
-    if (result != kSuccess) {
+    if (result != DEV_MGR_SUCCESS) {
         call.fields.Refuse("the library holds no tracks");
     }
 }

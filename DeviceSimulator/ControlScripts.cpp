@@ -68,7 +68,7 @@ void ControlFail(ControlCall& call) {
 }
 
 void ControlBusy(ControlCall& call) {
-    FailWith(call, kAppBusy);
+    FailWith(call, DEV_MGR_IAP_APP_BUSY);
 }
 
 void ControlDelay(ControlCall& call) {

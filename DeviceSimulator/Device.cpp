@@ -23,10 +23,10 @@ const char* LikelyName(std::uint32_t type) {
     if (IsPlayer(type)) {
         return "Player";
     }
-    if (type <= kLastMtp) {
+    if (type <= DEV_MGR_DEVICE_TYPE_MTP_1WIRE_ZUNE) {
         return "Media Player";
     }
-    return type == kHub ? "Hub" : "Device";
+    return type == DEV_MGR_DEVICE_TYPE_HUB ? "Hub" : "Device";
 }
 
 std::string LikelyNode(std::uint32_t type, std::uint32_t handle) {
@@ -52,7 +52,7 @@ DeviceIdentity MakeIdentity(const DeviceDescription& device, std::uint32_t handl
     identity.name = device.name.empty() ? LikelyName(device.type) : device.name;
     identity.node = LikelyNode(device.type, handle);
     identity.serial = "SIM" + std::to_string(1'000'000'000U + handle % 1'000'000'000U);
-    if (IsStick(device.type) || device.type == kNoMedium) {
+    if (IsStick(device.type) || device.type == DEV_MGR_DEVICE_TYPE_NO_MEDIUM) {
         identity.mountPath = "/media/usb" + std::to_string(handle);
     }
     identity.hub = device.hub;
@@ -89,7 +89,8 @@ std::vector<DeviceEvent> Device::TakeEvents(TimePoint now) {
         player.ForgetSampleRate();
     }
     for (const std::uint32_t percentage : database.Advance(now)) {
-        events.push_back(MakePlayerEvent({kDatabaseProgress, percentage}, identity.handle));
+        events.push_back(
+            MakePlayerEvent({DEV_MGR_EVENT_DB_BUILD_PROGRESS_INFO, percentage}, identity.handle));
     }
     player.Advance(now);
     for (const PlayerEvent& event : player.TakeEvents()) {

@@ -8,14 +8,13 @@ namespace DeviceSimulator {
 
 namespace {
 
-constexpr std::uint32_t kMounted = 6;
 /// Of a stick's name in the connect event, the mount path following at once.
 constexpr std::size_t kStickNameSize = 255;
 constexpr std::size_t kTextSize = sizeof(DeviceEvent::text);
 
 DeviceEvent MakeStickConnectEvent(const DeviceIdentity& device) {
-    DeviceEvent event = MakeEvent(
-        {kDeviceConnected, device.type, kMounted, device.productId, device.vendorId, device.handle});
+    DeviceEvent event = MakeEvent({DEV_MGR_EVENT_DEVICE_CONNECTED, device.type, DEV_MGR_MOUNT_PASSED,
+                                   device.productId, device.vendorId, device.handle});
     const std::span<char> text(event.text, kTextSize);
     CopyText(text.first(kStickNameSize), device.name);
     CopyText(text.subspan(kStickNameSize), device.mountPath);
@@ -29,23 +28,24 @@ DeviceEvent MakeConnectEvent(const DeviceIdentity& device) {
     }
     const std::string_view name = CutText(device.name, kStickNameSize - 1);
     switch (device.type) {
-        case kNoMedium:
+        case DEV_MGR_DEVICE_TYPE_NO_MEDIUM:
+            return MakeEvent({DEV_MGR_EVENT_DEVICE_CONNECTED, device.type, 0, device.productId,
+                              device.vendorId, device.handle},
+                             {name, device.mountPath, device.serial});
+        case DEV_MGR_DEVICE_TYPE_HUB:
             return MakeEvent(
-                {kDeviceConnected, device.type, 0, device.productId, device.vendorId, device.handle},
-                {name, device.mountPath, device.serial});
-        case kHub:
-            return MakeEvent({kDeviceConnected, device.type, device.productId, device.vendorId});
-        case kUnknownDevice:
-        case kUnsupportedDevice:
-            return MakeEvent({kDeviceConnected, device.type});
+                {DEV_MGR_EVENT_DEVICE_CONNECTED, device.type, device.productId, device.vendorId});
+        case DEV_MGR_DEVICE_TYPE_UNKNOWN:
+        case DEV_MGR_DEVICE_TYPE_UNSUPPORTED:
+            return MakeEvent({DEV_MGR_EVENT_DEVICE_CONNECTED, device.type});
         default:
             break;
     }
-    const bool isMtp = device.type >= kMtp;
+    const bool isMtp = device.type >= DEV_MGR_DEVICE_TYPE_MTP_2WIRE;
     const auto nameLength = isMtp ? static_cast<std::uint32_t>(name.size()) : 0;
-    return MakeEvent(
-        {kDeviceConnected, device.type, device.handle, device.productId, device.vendorId, nameLength},
-        {name, device.node, device.serial});
+    return MakeEvent({DEV_MGR_EVENT_DEVICE_CONNECTED, device.type, device.handle, device.productId,
+                      device.vendorId, nameLength},
+                     {name, device.node, device.serial});
 }
 
 }  // namespace
@@ -73,8 +73,8 @@ DeviceEvent MakeAuthenticationEvent(std::uint32_t id, const DeviceIdentity& devi
 std::vector<DeviceEvent> MakeArrivalEvents(const DeviceIdentity& device, bool isLocked) {
     std::vector<DeviceEvent> events{MakeConnectEvent(device)};
     if (IsPlayer(device.type)) {
-        for (const EventId id :
-             {kAuthenticationStarted, isLocked ? kAuthenticationLocked : kAuthenticationSucceeded}) {
+        for (const DevMgrEvent id : {DEV_MGR_EVENT_AUTH_STARTED,
+                                     isLocked ? DEV_MGR_EVENT_AUTH_LOCKED : DEV_MGR_EVENT_AUTH_SUCCESS}) {
             events.push_back(MakeAuthenticationEvent(id, device));
         }
     }
@@ -82,16 +82,20 @@ std::vector<DeviceEvent> MakeArrivalEvents(const DeviceIdentity& device, bool is
 }
 
 DeviceEvent MakeDisconnectEvent(const DeviceIdentity& device) {
-    if (device.type == kHub) {
-        return MakeEvent({kDeviceDisconnected, device.type, device.productId, device.vendorId});
+    if (device.type == DEV_MGR_DEVICE_TYPE_HUB) {
+        return MakeEvent({DEV_MGR_EVENT_DEVICE_DISCONNECTED, device.type, device.productId, device.vendorId});
     }
-    if (device.type == kUnknownDevice) {
-        return MakeEvent({kDeviceDisconnected, device.type});
+    if (device.type == DEV_MGR_DEVICE_TYPE_UNKNOWN) {
+        return MakeEvent({DEV_MGR_EVENT_DEVICE_DISCONNECTED, device.type});
     }
     const std::string_view name = CutText(device.name, kStickNameSize - 1);
     const auto second = static_cast<std::uint32_t>(name.size() + 1);
-    const std::initializer_list<std::uint32_t> words{kDeviceDisconnected, device.type,     device.handle,
-                                                     device.productId,    device.vendorId, second};
+    const std::initializer_list<std::uint32_t> words{DEV_MGR_EVENT_DEVICE_DISCONNECTED,
+                                                     device.type,
+                                                     device.handle,
+                                                     device.productId,
+                                                     device.vendorId,
+                                                     second};
     if (!IsListed(device.type)) {
         return MakeEvent(words, {name, device.serial});
     }

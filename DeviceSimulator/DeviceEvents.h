@@ -18,7 +18,7 @@ DeviceEvent PackEvent(std::span<const std::uint32_t> words, std::span<const std:
 /// locked one does not come to the end of.
 std::vector<DeviceEvent> MakeArrivalEvents(const DeviceIdentity& device, bool isLocked = false);
 
-/// One of the authentication's events, 18 to 20, 35 and 36.
+/// One of the authentication's events, DEV_MGR_EVENT_AUTH_...
 DeviceEvent MakeAuthenticationEvent(std::uint32_t id, const DeviceIdentity& device);
 
 DeviceEvent MakeDisconnectEvent(const DeviceIdentity& device);

@@ -16,14 +16,14 @@ struct TypeWord {
     std::uint32_t type;
 };
 
-constexpr auto kTypeWords = std::to_array<TypeWord>({{"iap2", kIap2},
-                                                     {"iap", kIap},
-                                                     {"stick", kStickFat32},
-                                                     {"mtp", kMtp},
-                                                     {"unknown", kUnknownDevice},
-                                                     {"hub", kHub},
-                                                     {"no-medium", kNoMedium},
-                                                     {"unsupported", kUnsupportedDevice}});
+constexpr auto kTypeWords = std::to_array<TypeWord>({{"iap2", DEV_MGR_DEVICE_TYPE_IAP2_2WIRE},
+                                                     {"iap", DEV_MGR_DEVICE_TYPE_IAP_2WIRE},
+                                                     {"stick", DEV_MGR_DEVICE_TYPE_USB_FAT_32},
+                                                     {"mtp", DEV_MGR_DEVICE_TYPE_MTP_2WIRE},
+                                                     {"unknown", DEV_MGR_DEVICE_TYPE_UNKNOWN},
+                                                     {"hub", DEV_MGR_DEVICE_TYPE_HUB},
+                                                     {"no-medium", DEV_MGR_DEVICE_TYPE_NO_MEDIUM},
+                                                     {"unsupported", DEV_MGR_DEVICE_TYPE_UNSUPPORTED}});
 
 std::string_view Variable(const char* name) {
     const char* value = std::getenv(name);
@@ -42,11 +42,11 @@ std::string_view DeviceTypeWord(std::uint32_t type) {
     // A kind's word stands for its most usual type.
     std::uint32_t usual = type;
     if (IsStick(type)) {
-        usual = kStickFat32;
+        usual = DEV_MGR_DEVICE_TYPE_USB_FAT_32;
     } else if (IsPlayer(type)) {
-        usual = IsIap2(type) ? kIap2 : kIap;
+        usual = IsIap2(type) ? DEV_MGR_DEVICE_TYPE_IAP2_2WIRE : DEV_MGR_DEVICE_TYPE_IAP_2WIRE;
     } else if (IsListed(type)) {
-        usual = kMtp;
+        usual = DEV_MGR_DEVICE_TYPE_MTP_2WIRE;
     }
     const auto* found = std::find_if(kTypeWords.begin(), kTypeWords.end(),
                                      [&](const TypeWord& entry) { return entry.type == usual; });

@@ -13,11 +13,11 @@ namespace {
 const Device* FindSounding(const Model& model) {
     const Device* standing = nullptr;
     for (const auto& device : model.Devices()) {
-        const PlayState state = device->player.State();
-        if (device->openings.empty() || state == PlayState::Stopped) {
+        const DevMgrPlayState state = device->player.State();
+        if (device->openings.empty() || state == E_DEVMGR_IPOD_PLAY_STOPPED) {
             continue;
         }
-        if (state == PlayState::Playing) {
+        if (state == E_DEVMGR_IPOD_PLAY_PLAYING) {
             return device.get();
         }
         standing = standing != nullptr ? standing : device.get();
@@ -40,12 +40,12 @@ void EventLoop::Reset(SimulatorOptions options, std::shared_ptr<const Clock> clo
     m_delivered.notify_all();
 }
 
-Result EventLoop::Deregister(std::uint32_t process) {
+DevMgrResult EventLoop::Deregister(std::uint32_t process) {
     std::unique_lock lock(m_mutex);
     const TimePoint now = m_clock->Now();
-    const Result result = m_model.Deregister(process, now);
+    const DevMgrResult result = m_model.Deregister(process, now);
     Settle(now);
-    if (result == kSuccess) {
+    if (result == DEV_MGR_SUCCESS) {
         WaitWhileRunning(lock, process);
     }
     return result;
@@ -85,7 +85,7 @@ void EventLoop::FollowSound() {
     const Device* const device = FindSounding(m_model);
     const Sounding sounding =
         device != nullptr ? Sounding{device->instance, device->player.SoundChanges()} : Sounding{};
-    if (device != nullptr && device->player.State() == PlayState::Playing) {
+    if (device != nullptr && device->player.State() == E_DEVMGR_IPOD_PLAY_PLAYING) {
         // Another player may have told of its own, and the stream would run at that one.
         m_model.TellSampleRate(*device);
     }
@@ -124,7 +124,7 @@ void EventLoop::Run() {
 }
 
 void EventLoop::Deliver(std::unique_lock<std::mutex>& lock, const PendingEvent& pending) {
-    if (pending.instance != 0 && pending.event.words[0] == kSampleRate) {
+    if (pending.instance != 0 && pending.event.words[0] == DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE) {
         // Whoever hears of the new rate opens the device again at once, and has to find it there.
         lock.unlock();
         SetCaptureRate(pending.event.words[1]);

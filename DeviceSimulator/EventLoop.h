@@ -42,7 +42,7 @@ class EventLoop {
 
     void Reset(SimulatorOptions options, std::shared_ptr<const Clock> clock);
     /// After it no callback of `process` runs any more, unless it is called from one.
-    Result Deregister(std::uint32_t process);
+    DevMgrResult Deregister(std::uint32_t process);
     /// Waits until what is pending or due now has been delivered.
     void Drain();
     /// Looks at the clock again.

@@ -2,50 +2,71 @@
 
 #include <algorithm>
 #include <array>
-#include <string>
+
+#include "DeviceManager/DeviceManagerValues.h"
 
 namespace DeviceSimulator {
 
 namespace {
 
-/// The first is event 1.
-constexpr auto kWords = std::to_array<std::string_view>({"device-manager-exited",
-                                                         "usb-overcurrent-detected",
-                                                         "device-connected",
-                                                         "device-disconnected",
-                                                         "not-responding",
-                                                         "device-mount-successful",
-                                                         "device-mount-failed",
-                                                         "play-time",
-                                                         "play-started",
-                                                         "play-paused",
-                                                         "pause-removed",
-                                                         "play-stopped",
-                                                         "play-track-changed",
-                                                         "fast-fw-started",
-                                                         "fast-rw-started",
-                                                         "fast-fw-rw-stopped",
-                                                         "new-track-sample-rate",
-                                                         "auth-started",
-                                                         "auth-success",
-                                                         "auth-failure",
-                                                         "app-session-opened",
-                                                         "app-session-closed",
-                                                         "app-data-received",
-                                                         "max-devices-already-connected",
-                                                         "max-wireless-devices-already-connected",
-                                                         "now-playing-app-bundle-name",
-                                                         "now-playing-app-display-name",
-                                                         "app-session-space-available",
-                                                         "accessory-set-status-change-notification",
-                                                         "bluetooth-connection-status",
-                                                         "charging-info",
-                                                         "shuffle-setting",
-                                                         "repeat-setting",
-                                                         "play-context-setting",
-                                                         "auth-locked",
-                                                         "auth-unlocked",
-                                                         "db-build-progress-info"});
+struct EventName {
+    std::uint32_t id;
+    std::string_view name;
+};
+
+// The name is the enumerator's own: what is called otherwise does not compile.
+#define DEVICE_SIMULATOR_EVENT(name) \
+    { name, #name }
+constexpr auto kEvents =
+    std::to_array<EventName>({DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_DEVICE_MANAGER_EXITED),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_USB_OVERCURRENT_DETECTED),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_DEVICE_CONNECTED),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_DEVICE_DISCONNECTED),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_IPOD_NOT_RESPONDING),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_DEVICE_MOUNT_SUCCESSFUL),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_DEVICE_MOUNT_FAILED),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_PLAY_TIME),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_PLAY_STARTED),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_PLAY_PAUSED),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_PAUSE_REMOVED),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_PLAY_STOPPED),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_PLAY_TRACK_CHANGED),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_FAST_FW_STARTED),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_FAST_RW_STARTED),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_FAST_FW_RW_STOPPED),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_AUTH_STARTED),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_AUTH_SUCCESS),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_AUTH_FAILURE),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_IPOD_APP_SESSION_OPENED),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_IPOD_APP_SESSION_CLOSED),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_IPOD_APP_DATA_RECEIVED),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_MAX_DEVICES_ALREADY_CONNECTED),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_MAX_WIRELESS_DEVICES_ALREADY_CONNECTED),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_IPOD_NOW_PLAYING_APP_BUNDLE_NAME),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_IPOD_NOW_PLAYING_APP_DISPLAY_NAME),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_IPOD_APP_SESSION_SPACE_AVAILABLE),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_IPOD_ACCESSORY_SET_STATUS_CHANGE_NOTIFICATION),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_IPOD_BLUETOOTH_CONNECTION_STATUS),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_IPOD_CHARGING_INFO),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_IPOD_SHUFFLE_SETTING),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_IPOD_REPEAT_SETTING),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_IPOD_PLAY_CONTEXT_SETTING),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_AUTH_LOCKED),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_AUTH_UNLOCKED),
+                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_DB_BUILD_PROGRESS_INFO)});
+#undef DEVICE_SIMULATOR_EVENT
+
+constexpr bool HasEveryEventInOrder() {
+    std::uint32_t id = DEV_MGR_EVENT_NONE;
+    for (const EventName& event : kEvents) {
+        if (event.id != ++id) {
+            return false;
+        }
+    }
+    return id + 1 == DEV_MGR_EVENT_LAST;
+}
+static_assert(HasEveryEventInOrder());
 
 /// The interface's own names have letters without case and no "-".
 std::string ToWord(std::string_view name) {
@@ -65,11 +86,14 @@ std::string ToWord(std::string_view name) {
 }  // namespace
 
 std::optional<std::uint32_t> FindEvent(std::string_view name) {
-    const auto* found = std::find(kWords.begin(), kWords.end(), ToWord(name));
-    if (found == kWords.end()) {
-        return std::nullopt;
-    }
-    return static_cast<std::uint32_t>(found - kWords.begin()) + 1;
+    const std::string word = ToWord(name);
+    const auto* found = std::find_if(kEvents.begin(), kEvents.end(),
+                                     [&](const EventName& event) { return ToWord(event.name) == word; });
+    return found == kEvents.end() ? std::nullopt : std::optional(found->id);
+}
+
+std::string EventWord(std::uint32_t id) {
+    return id > DEV_MGR_EVENT_NONE && id < DEV_MGR_EVENT_LAST ? ToWord(kEvents[id - 1].name) : std::string();
 }
 
 }  // namespace DeviceSimulator

@@ -71,7 +71,7 @@ class OpenCall {
   private:
     CallLog& m_log;
     const std::uint64_t m_number;
-    std::uint32_t m_result = kUnknownFailure;
+    std::uint32_t m_result = DEV_MGR_UNKNOWN_FAILURE;
 };
 
 template <typename Function>
@@ -99,9 +99,9 @@ std::uint32_t PassGate(GateKey<Function> key, Work work, Arguments... arguments)
         }
         return call.Return(work(engine));
     } catch (const std::bad_alloc&) {
-        return kMemoryError;
+        return DEV_MGR_MEMORY_ERROR;
     } catch (...) {
-        return kUnknownFailure;
+        return DEV_MGR_UNKNOWN_FAILURE;
     }
 }
 
@@ -115,8 +115,8 @@ std::uint32_t PassPlayerGate(GateKey<Function> key, Work work, std::uint32_t pro
         [&](Engine& engine) {
             return engine.Loop().Locked([&](Model& model, TimePoint now) {
                 Device* device = nullptr;
-                const Result result = model.FindPlayer(process, handle, device);
-                return result == kSuccess ? work(*device, now) : result;
+                const DevMgrResult result = model.FindPlayer(process, handle, device);
+                return result == DEV_MGR_SUCCESS ? work(*device, now) : result;
             });
         },
         process, handle, arguments...);

@@ -9,23 +9,11 @@
 #include <string_view>
 #include <vector>
 
+#include "DeviceManager/DeviceManagerValues.h"
 #include "DeviceSimulator/Api.h"
 #include "DeviceSimulator/Picture.h"
 
 namespace DeviceSimulator {
-
-/// Category bits of the device-manager interface.
-enum Category : std::uint32_t {
-    kPlaylist = 2,
-    kArtist = 4,
-    kAlbum = 8,
-    kGenre = 16,
-    kTrack = 32,
-    kComposer = 64,
-    kAudiobook = 128,
-    kPodcast = 256,
-    kTopLevel = 512
-};
 
 /// What the player tells of one track. The texts live as long as the library.
 struct TrackInfo {
@@ -46,9 +34,9 @@ struct PathStep {
     bool operator==(const PathStep&) const = default;
 };
 
-/// A list as the player shows it. Entries are library-wide numbers: a track's number for kTrack, a group's
-/// number of that category otherwise (see Library::ItemName). An entry's position in the list is the id that
-/// the device-manager interface gives it.
+/// A list as the player shows it. Entries are library-wide numbers: a track's number for
+/// DEV_MGR_CATEGORY_TRACK, a group's number of that category otherwise (see Library::ItemName). An entry's
+/// position in the list is the id that the device-manager interface gives it.
 using ItemList = std::vector<std::uint32_t>;
 
 /// Immutable once built, so any thread may read it.

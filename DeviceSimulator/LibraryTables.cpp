@@ -17,13 +17,13 @@ constexpr std::size_t kKeptCovers = 4;
 
 std::optional<GroupKind> KindOf(std::uint32_t category) {
     switch (category) {
-        case kArtist:
+        case DEV_MGR_CATEGORY_ARTIST:
             return kArtists;
-        case kAlbum:
+        case DEV_MGR_CATEGORY_ALBUM:
             return kAlbums;
-        case kGenre:
+        case DEV_MGR_CATEGORY_GENRE:
             return kGenres;
-        case kComposer:
+        case DEV_MGR_CATEGORY_COMPOSER:
             return kComposers;
         default:
             return std::nullopt;
@@ -50,9 +50,9 @@ struct Scope {
     bool Choose(std::uint32_t category, std::uint32_t entry) {
         if (const auto kind = KindOf(category)) {
             groups[*kind] = entry;
-        } else if (category == kPlaylist) {
+        } else if (category == DEV_MGR_CATEGORY_PLAYLIST) {
             playlist = entry;
-        } else if (category == kTrack) {
+        } else if (category == DEV_MGR_CATEGORY_TRACK) {
             track = entry;
         } else {
             return false;
@@ -131,10 +131,10 @@ std::string_view TableLibrary::ItemName(std::uint32_t category, std::uint32_t en
     if (const auto kind = KindOf(category)) {
         return GroupName(*kind, entry);
     }
-    if (category == kTrack && entry < m_tables.tracks.size()) {
+    if (category == DEV_MGR_CATEGORY_TRACK && entry < m_tables.tracks.size()) {
         return m_tables.tracks[entry].title;
     }
-    if (category == kPlaylist && entry < m_tables.playlists.size()) {
+    if (category == DEV_MGR_CATEGORY_PLAYLIST && entry < m_tables.playlists.size()) {
         return m_tables.playlists[entry].name;
     }
     return {};
@@ -163,10 +163,10 @@ ItemList TableLibrary::MakeList(const Scope& scope, std::uint32_t category) cons
     if (const auto kind = KindOf(category)) {
         return Groups(scope, *kind);
     }
-    if (category == kTrack) {
+    if (category == DEV_MGR_CATEGORY_TRACK) {
         return Tracks(scope);
     }
-    return category == kPlaylist ? Playlists(scope) : ItemList{};
+    return category == DEV_MGR_CATEGORY_PLAYLIST ? Playlists(scope) : ItemList{};
 }
 
 ItemList TableLibrary::Tracks(const Scope& scope) const {
@@ -198,7 +198,7 @@ ItemList TableLibrary::Groups(const Scope& scope, GroupKind kind) const {
         return AllBelow(m_tables.groups[kind].names.size());
     }
     ItemList groups;
-    for (const std::uint32_t track : *List(scope, kTrack)) {
+    for (const std::uint32_t track : *List(scope, DEV_MGR_CATEGORY_TRACK)) {
         if (const std::uint32_t group = m_tables.tracks[track].groups[kind]; group != kNone) {
             groups.push_back(group);
         }

@@ -16,38 +16,39 @@ void Model::Reset(SimulatorOptions options) {
     m_toldSampleRate = 0;
 }
 
-Result Model::Register(DeviceEventCallback callback, std::uint32_t& process, TimePoint now) {
+DevMgrResult Model::Register(DeviceEventCallback callback, std::uint32_t& process, TimePoint now) {
     if (callback == nullptr) {
-        return kWrongParameters;
+        return DEV_MGR_WRONG_PARAMS;
     }
     const std::uint32_t handle = m_processes.Add(callback);
     if (handle == 0) {
-        return kNoMoreProcesses;
+        return DEV_MGR_NO_MORE_PROCESS_ALLOWED;
     }
     process = handle;
     if (!m_hasPlugged && !m_plugAt) {
         m_plugAt = now + m_options.plugDelay;
     }
-    return kSuccess;
+    return DEV_MGR_SUCCESS;
 }
 
-Result Model::Deregister(std::uint32_t process, TimePoint now) {
+DevMgrResult Model::Deregister(std::uint32_t process, TimePoint now) {
     if (!m_processes.Remove(process)) {
-        return kProcessNotRegistered;
+        return DEV_MGR_PROCESS_NOT_REGISTERED;
     }
     m_memory.FreeAll(process);
     for (const auto& device : m_devices) {
         device->Close(process, now);
     }
-    return kSuccess;
+    return DEV_MGR_SUCCESS;
 }
 
-Result Model::AllocateMemory(std::uint32_t process, std::uint32_t size, std::uint32_t& block) {
-    return m_processes.Contains(process) ? m_memory.Allocate(process, size, block) : kProcessNotRegistered;
+DevMgrResult Model::AllocateMemory(std::uint32_t process, std::uint32_t size, std::uint32_t& block) {
+    return m_processes.Contains(process) ? m_memory.Allocate(process, size, block)
+                                         : DEV_MGR_PROCESS_NOT_REGISTERED;
 }
 
-Result Model::FreeMemory(std::uint32_t process, std::uint32_t block) {
-    return m_processes.Contains(process) ? m_memory.Free(process, block) : kProcessNotRegistered;
+DevMgrResult Model::FreeMemory(std::uint32_t process, std::uint32_t block) {
+    return m_processes.Contains(process) ? m_memory.Free(process, block) : DEV_MGR_PROCESS_NOT_REGISTERED;
 }
 
 std::vector<const Device*> Model::Listed() const {
@@ -60,103 +61,104 @@ std::vector<const Device*> Model::Listed() const {
     return listed;
 }
 
-Result Model::Open(std::uint32_t process, std::uint32_t handle) {
+DevMgrResult Model::Open(std::uint32_t process, std::uint32_t handle) {
     Device* device = nullptr;
-    const Result result = FindListed(process, handle, device);
-    if (result != kSuccess) {
+    const DevMgrResult result = FindListed(process, handle, device);
+    if (result != DEV_MGR_SUCCESS) {
         return result;
     }
     if (device->isLocked && !device->IsOpenedBy(process)) {
-        return kDeviceNotReady;
+        return DEV_MGR_DEVICE_NOT_READY;
     }
     const bool isNew = device->openings.try_emplace(process).second;
     // Only a player's session is one at a time: a stick may be opened over and over.
-    return isNew || !IsPlayer(device->identity.type) ? kSuccess : kDeviceAlreadyOpened;
+    return isNew || !IsPlayer(device->identity.type) ? DEV_MGR_SUCCESS : DEV_MGR_DEVICE_ALREADY_OPENED;
 }
 
-Result Model::Close(std::uint32_t process, std::uint32_t handle, TimePoint now) {
+DevMgrResult Model::Close(std::uint32_t process, std::uint32_t handle, TimePoint now) {
     Device* device = nullptr;
-    const Result result = FindOpened(process, handle, device);
-    if (result == kSuccess) {
+    const DevMgrResult result = FindOpened(process, handle, device);
+    if (result == DEV_MGR_SUCCESS) {
         device->Close(process, now);
     }
     return result;
 }
 
-Result Model::StartDatabase(std::uint32_t process, std::uint32_t handle,
-                            std::shared_ptr<const BuildProgress> progress, TimePoint now) {
+DevMgrResult Model::StartDatabase(std::uint32_t process, std::uint32_t handle,
+                                  std::shared_ptr<const BuildProgress> progress, TimePoint now) {
     Device* device = nullptr;
-    const Result result = FindPlayer(process, handle, device);
-    if (result != kSuccess) {
+    const DevMgrResult result = FindPlayer(process, handle, device);
+    if (result != DEV_MGR_SUCCESS) {
         return result;
     }
     if (!IsIap2(device->identity.type)) {
-        return kNotSupportedByDevice;
+        return DEV_MGR_OPERATION_NOT_SUPPORTED_BY_DEVICE;
     }
     if (device->database.IsRunning()) {
-        return kDatabaseBuildInProgress;
+        return DEV_MGR_IAP_DB_BUILDING_IN_PROGRESS;
     }
     device->database.Start(m_options.databaseBuildTime, std::move(progress), now);
-    return kSuccess;
+    return DEV_MGR_SUCCESS;
 }
 
-Result Model::OpenSession(std::uint32_t process, std::uint32_t handle) {
+DevMgrResult Model::OpenSession(std::uint32_t process, std::uint32_t handle) {
     Device* device = nullptr;
-    const Result result = FindPlayer(process, handle, device);
-    if (result != kSuccess) {
+    const DevMgrResult result = FindPlayer(process, handle, device);
+    if (result != DEV_MGR_SUCCESS) {
         return result;
     }
     if (device->database.IsRunning()) {
-        return kDatabaseBuildInProgress;
+        return DEV_MGR_IAP_DB_BUILDING_IN_PROGRESS;
     }
     auto& session = device->openings[process].session;
     if (session) {
-        return kSessionAlreadyOpened;
+        return DEV_MGR_MD_BROWSE_SESSION_ALREADY_OPENED;
     }
     session.emplace();
-    return kSuccess;
+    return DEV_MGR_SUCCESS;
 }
 
-Result Model::CloseSession(std::uint32_t process, std::uint32_t handle) {
+DevMgrResult Model::CloseSession(std::uint32_t process, std::uint32_t handle) {
     BrowseSession* session = nullptr;
-    const Result result = FindSession(process, handle, session);
-    if (result == kSuccess) {
+    const DevMgrResult result = FindSession(process, handle, session);
+    if (result == DEV_MGR_SUCCESS) {
         Find(handle)->openings[process].session.reset();
     }
     return result;
 }
 
-Result Model::FindPlayer(std::uint32_t process, std::uint32_t handle, Device*& device) {
+DevMgrResult Model::FindPlayer(std::uint32_t process, std::uint32_t handle, Device*& device) {
     Device* found = nullptr;
-    const Result result = FindOpened(process, handle, found);
-    if (result != kSuccess) {
+    const DevMgrResult result = FindOpened(process, handle, found);
+    if (result != DEV_MGR_SUCCESS) {
         return result;
     }
     if (!IsPlayer(found->identity.type)) {
-        return kNotSupportedByDevice;
+        return DEV_MGR_OPERATION_NOT_SUPPORTED_BY_DEVICE;
     }
     device = found;
-    return kSuccess;
+    return DEV_MGR_SUCCESS;
 }
 
-Result Model::FindSession(std::uint32_t process, std::uint32_t handle, BrowseSession*& session) {
+DevMgrResult Model::FindSession(std::uint32_t process, std::uint32_t handle, BrowseSession*& session) {
     Device* device = nullptr;
-    const Result result = FindPlayer(process, handle, device);
-    if (result != kSuccess) {
+    const DevMgrResult result = FindPlayer(process, handle, device);
+    if (result != DEV_MGR_SUCCESS) {
         return result;
     }
     auto& found = device->openings[process].session;
     if (!found) {
-        return kSessionNotOpened;
+        return DEV_MGR_MD_BROWSE_SESSION_NOT_OPENED;
     }
     session = &*found;
-    return kSuccess;
+    return DEV_MGR_SUCCESS;
 }
 
 void Model::TellSampleRate(const Device& device) {
     const std::uint32_t rate = device.player.CurrentSound().rate;
     if (rate != 0 && rate != m_toldSampleRate) {
-        Push(MakePlayerEvent({kSampleRate, rate}, device.identity.handle), device.instance);
+        Push(MakePlayerEvent({DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE, rate}, device.identity.handle),
+             device.instance);
     }
 }
 
@@ -201,37 +203,37 @@ std::vector<std::uint32_t> Model::Targets(const PendingEvent& pending) const {
     return targets;
 }
 
-Result Model::FindListed(std::uint32_t process, std::uint32_t handle, Device*& device) const {
+DevMgrResult Model::FindListed(std::uint32_t process, std::uint32_t handle, Device*& device) const {
     if (!m_processes.Contains(process)) {
-        return kProcessNotRegistered;
+        return DEV_MGR_PROCESS_NOT_REGISTERED;
     }
     Device* found = Find(handle);
-    if (found != nullptr && found->identity.type == kNoMedium) {
-        return kDeviceNotMounted;
+    if (found != nullptr && found->identity.type == DEV_MGR_DEVICE_TYPE_NO_MEDIUM) {
+        return DEV_MGR_DEVICE_NOT_MOUNTED;
     }
     if (found == nullptr || !IsListed(found->identity.type)) {
-        return kInvalidDeviceHandle;
+        return DEV_MGR_INVALID_DEVICE_HANDLE;
     }
     device = found;
-    return kSuccess;
+    return DEV_MGR_SUCCESS;
 }
 
-Result Model::FindOpened(std::uint32_t process, std::uint32_t handle, Device*& device) const {
+DevMgrResult Model::FindOpened(std::uint32_t process, std::uint32_t handle, Device*& device) const {
     Device* found = nullptr;
-    const Result result = FindListed(process, handle, found);
-    if (result != kSuccess) {
+    const DevMgrResult result = FindListed(process, handle, found);
+    if (result != DEV_MGR_SUCCESS) {
         return result;
     }
     if (!found->IsOpenedBy(process)) {
-        return kDeviceNotOpened;
+        return DEV_MGR_DEVICE_NOT_OPENED;
     }
     device = found;
-    return kSuccess;
+    return DEV_MGR_SUCCESS;
 }
 
 void Model::Push(const DeviceEvent& event, std::uint64_t instance) {
     m_pending.push_back({event, instance, ++m_lastSequence});
-    if (instance != 0 && event.words[0] == kSampleRate) {
+    if (instance != 0 && event.words[0] == DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE) {
         m_toldSampleRate = event.words[1];
     }
 }

@@ -35,11 +35,11 @@ class Model {
 
     // Processes
 
-    Result Register(DeviceEventCallback callback, std::uint32_t& process, TimePoint now);
-    Result Deregister(std::uint32_t process, TimePoint now);
+    DevMgrResult Register(DeviceEventCallback callback, std::uint32_t& process, TimePoint now);
+    DevMgrResult Deregister(std::uint32_t process, TimePoint now);
     const ProcessRegistry& Processes() const { return m_processes; }
-    Result AllocateMemory(std::uint32_t process, std::uint32_t size, std::uint32_t& block);
-    Result FreeMemory(std::uint32_t process, std::uint32_t block);
+    DevMgrResult AllocateMemory(std::uint32_t process, std::uint32_t size, std::uint32_t& block);
+    DevMgrResult FreeMemory(std::uint32_t process, std::uint32_t block);
     /// Empty when `process` has no such block.
     std::span<std::uint8_t> Memory(std::uint32_t process, std::uint32_t block) const {
         return m_memory.Bytes(process, block);
@@ -61,20 +61,20 @@ class Model {
     const std::vector<std::unique_ptr<Device>>& Devices() const { return m_devices; }
     /// The devices of the device list, in the order in which they came.
     std::vector<const Device*> Listed() const;
-    Result Open(std::uint32_t process, std::uint32_t handle);
-    Result Close(std::uint32_t process, std::uint32_t handle, TimePoint now);
+    DevMgrResult Open(std::uint32_t process, std::uint32_t handle);
+    DevMgrResult Close(std::uint32_t process, std::uint32_t handle, TimePoint now);
     /// `progress` as for DatabaseBuild::Start.
-    Result StartDatabase(std::uint32_t process, std::uint32_t handle,
-                         std::shared_ptr<const BuildProgress> progress, TimePoint now);
-    Result OpenSession(std::uint32_t process, std::uint32_t handle);
-    Result CloseSession(std::uint32_t process, std::uint32_t handle);
+    DevMgrResult StartDatabase(std::uint32_t process, std::uint32_t handle,
+                               std::shared_ptr<const BuildProgress> progress, TimePoint now);
+    DevMgrResult OpenSession(std::uint32_t process, std::uint32_t handle);
+    DevMgrResult CloseSession(std::uint32_t process, std::uint32_t handle);
 
     // What a call works on. Each checks what comes before it and writes its out argument on success only.
 
     /// A player that `process` has opened.
-    Result FindPlayer(std::uint32_t process, std::uint32_t handle, Device*& device);
+    DevMgrResult FindPlayer(std::uint32_t process, std::uint32_t handle, Device*& device);
     /// Its browse session.
-    Result FindSession(std::uint32_t process, std::uint32_t handle, BrowseSession*& session);
+    DevMgrResult FindSession(std::uint32_t process, std::uint32_t handle, BrowseSession*& session);
 
     // Events
 
@@ -92,8 +92,8 @@ class Model {
     std::vector<std::uint32_t> Targets(const PendingEvent& pending) const;
 
   private:
-    Result FindListed(std::uint32_t process, std::uint32_t handle, Device*& device) const;
-    Result FindOpened(std::uint32_t process, std::uint32_t handle, Device*& device) const;
+    DevMgrResult FindListed(std::uint32_t process, std::uint32_t handle, Device*& device) const;
+    DevMgrResult FindOpened(std::uint32_t process, std::uint32_t handle, Device*& device) const;
     std::uint32_t FreeHandle();
     void PlugPlanned(TimePoint now);
     void Push(const DeviceEvent& event, std::uint64_t instance);

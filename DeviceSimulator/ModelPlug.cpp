@@ -29,14 +29,15 @@ std::string WhatIsWrong(const Model& model, const std::vector<DeviceDescription>
             return HandleText(handle) + " is taken";
         }
         const Device* hub = model.Find(device.hub);
-        const bool hasHub = hubs.count(device.hub) != 0 || (hub != nullptr && hub->identity.type == kHub);
+        const bool hasHub =
+            hubs.count(device.hub) != 0 || (hub != nullptr && hub->identity.type == DEV_MGR_DEVICE_TYPE_HUB);
         if (device.hub != 0 && !hasHub) {
             return "no hub has " + HandleText(device.hub);
         }
         if (device.isLocked && !IsPlayer(device.type)) {
             return "only a player can be locked";
         }
-        if (device.type == kHub) {
+        if (device.type == DEV_MGR_DEVICE_TYPE_HUB) {
             hubs.insert(handle);
         }
     }
@@ -112,11 +113,11 @@ bool Model::SetLocked(std::uint32_t handle, bool isLocked) {
     if (std::exchange(device->isLocked, isLocked) == isLocked) {
         return true;
     }
-    Push(
-        MakeAuthenticationEvent(isLocked ? kAuthenticationLocked : kAuthenticationUnlocked, device->identity),
-        0);
+    Push(MakeAuthenticationEvent(isLocked ? DEV_MGR_EVENT_AUTH_LOCKED : DEV_MGR_EVENT_AUTH_UNLOCKED,
+                                 device->identity),
+         0);
     if (!isLocked && !std::exchange(device->isAuthenticated, true)) {
-        Push(MakeAuthenticationEvent(kAuthenticationSucceeded, device->identity), 0);
+        Push(MakeAuthenticationEvent(DEV_MGR_EVENT_AUTH_SUCCESS, device->identity), 0);
     }
     return true;
 }

@@ -19,30 +19,32 @@ struct PlayingTrack {
     TimePoint began;
 };
 
-Result FindPlayingTrack(const Device& device, PlayingTrack& track) {
+DevMgrResult FindPlayingTrack(const Device& device, PlayingTrack& track) {
     const PlayQueue& queue = device.player.Queue();
-    if (device.player.State() == PlayState::Stopped) {
-        return kNotPlaying;
+    if (device.player.State() == E_DEVMGR_IPOD_PLAY_STOPPED) {
+        return DEV_MGR_IAP_NOT_PLAYING_ERROR;
     }
     track = {queue.Music(), queue.TrackAt(queue.Position()), device.player.TrackBegan()};
-    return kSuccess;
+    return DEV_MGR_SUCCESS;
 }
 
 /// A cover may have to be drawn first, so it is fetched without the model's lock.
-Result DeliverAlbumArt(Engine& engine, u32 ph, u32 dh, u32 block, PictureSize& size) {
+DevMgrResult DeliverAlbumArt(Engine& engine, u32 ph, u32 dh, u32 block, PictureSize& size) {
     PlayingTrack track;
     const ArtworkScript script = engine.Scripts().Artwork();
-    const Result result = engine.Loop().Locked([&](Model& model, TimePoint now) {
+    const DevMgrResult result = engine.Loop().Locked([&](Model& model, TimePoint now) {
         Device* device = nullptr;
-        const Result found = model.FindPlayer(ph, dh, device);
-        if (found != kSuccess) {
+        const DevMgrResult found = model.FindPlayer(ph, dh, device);
+        if (found != DEV_MGR_SUCCESS) {
             return found;
         }
-        const Result playing =
-            model.Memory(ph, block).empty() ? kWrongSharedMemory : FindPlayingTrack(*device, track);
-        return playing == kSuccess && now - track.began < script.inProgress ? kArtworkInProgress : playing;
+        const DevMgrResult playing =
+            model.Memory(ph, block).empty() ? DEV_MGR_WROG_SHARED_MEMORY : FindPlayingTrack(*device, track);
+        return playing == DEV_MGR_SUCCESS && now - track.began < script.inProgress
+                   ? DEV_MGR_IAP_RETRIEVING_ALBUM_ART_IN_PROGRESS
+                   : playing;
     });
-    if (result != kSuccess) {
+    if (result != DEV_MGR_SUCCESS) {
         return result;
     }
     const auto cover = ApplyArtworkVariant(script.variant, track.library->Cover(track.number),
@@ -50,7 +52,7 @@ Result DeliverAlbumArt(Engine& engine, u32 ph, u32 dh, u32 block, PictureSize& s
     return engine.Loop().Locked([&](Model& model, TimePoint) {
         // The block may have been given back meanwhile.
         const auto bytes = model.Memory(ph, block);
-        return bytes.empty() ? kWrongSharedMemory : DeliverPicture(cover.get(), bytes, size);
+        return bytes.empty() ? DEV_MGR_WROG_SHARED_MEMORY : DeliverPicture(cover.get(), bytes, size);
     });
 }
 
@@ -71,10 +73,10 @@ u32 eDevMgriPodGetPlayStatus(u32 ph, u32 dh, u32* status) {
         DEVICE_SIMULATOR_KEY(eDevMgriPodGetPlayStatus),
         [&](const Device& device, TimePoint) {
             if (status == nullptr) {
-                return kWrongParameters;
+                return DEV_MGR_WRONG_PARAMS;
             }
             *status = static_cast<u32>(device.player.State());
-            return kSuccess;
+            return DEV_MGR_SUCCESS;
         },
         ph, dh, status);
 }
@@ -84,14 +86,14 @@ u32 eDevMgriPodGetPlayingTrackElapsedAndTotaltime(u32 ph, u32 dh, u32* elapsed, 
         DEVICE_SIMULATOR_KEY(eDevMgriPodGetPlayingTrackElapsedAndTotaltime),
         [&](const Device& device, TimePoint now) {
             if (elapsed == nullptr || total == nullptr) {
-                return kWrongParameters;
+                return DEV_MGR_WRONG_PARAMS;
             }
-            if (device.player.State() == PlayState::Stopped) {
-                return kNotPlaying;
+            if (device.player.State() == E_DEVMGR_IPOD_PLAY_STOPPED) {
+                return DEV_MGR_IAP_NOT_PLAYING_ERROR;
             }
             *elapsed = device.player.ElapsedMs(now);
             *total = device.player.TotalMs();
-            return kSuccess;
+            return DEV_MGR_SUCCESS;
         },
         ph, dh, elapsed, total);
 }
@@ -101,11 +103,11 @@ u32 eDevMgriPodGetPlayingTrackMetaData(u32 ph, u32 dh, TrackMetadataRecord* reco
         DEVICE_SIMULATOR_KEY(eDevMgriPodGetPlayingTrackMetaData),
         [&](const Device& device, TimePoint) {
             if (record == nullptr) {
-                return kWrongParameters;
+                return DEV_MGR_WRONG_PARAMS;
             }
             PlayingTrack track;
-            const Result result = FindPlayingTrack(device, track);
-            if (result == kSuccess) {
+            const DevMgrResult result = FindPlayingTrack(device, track);
+            if (result == DEV_MGR_SUCCESS) {
                 *record = MakeMetadata(track.library->Track(track.number));
             }
             return result;
@@ -118,11 +120,11 @@ u32 eDevMgriPodGetPlayingTrackAlbumArt(u32 ph, u32 dh, u32* height, u32* width, 
         DEVICE_SIMULATOR_KEY(eDevMgriPodGetPlayingTrackAlbumArt),
         [&](Engine& engine) {
             PictureSize size;
-            Result result = DeliverAlbumArt(engine, ph, dh, block, size);
-            if (result == kSuccess && (height == nullptr || width == nullptr)) {
-                result = kWrongParameters;
+            DevMgrResult result = DeliverAlbumArt(engine, ph, dh, block, size);
+            if (result == DEV_MGR_SUCCESS && (height == nullptr || width == nullptr)) {
+                result = DEV_MGR_WRONG_PARAMS;
             }
-            if (result == kSuccess) {
+            if (result == DEV_MGR_SUCCESS) {
                 *height = size.height;
                 *width = size.width;
             }
@@ -136,11 +138,11 @@ u32 eDevMgriPodGetNumPlayingTracks(u32 ph, u32 dh, u32* count, u32* index) {
         DEVICE_SIMULATOR_KEY(eDevMgriPodGetNumPlayingTracks),
         [&](const Device& device, TimePoint) {
             if (count == nullptr || index == nullptr) {
-                return kWrongParameters;
+                return DEV_MGR_WRONG_PARAMS;
             }
             *count = device.player.Queue().Count();
             *index = device.player.Queue().Position();
-            return kSuccess;
+            return DEV_MGR_SUCCESS;
         },
         ph, dh, count, index);
 }
@@ -151,17 +153,17 @@ u32 eDevMgriPodGetPlayingList(u32 ph, u32 dh, u32 start, u32* count, BrowseItem*
         [&](const Device& device, TimePoint) {
             const PlayQueue& queue = device.player.Queue();
             if (count == nullptr || (items == nullptr && *count > 0)) {
-                return kWrongParameters;
+                return DEV_MGR_WRONG_PARAMS;
             }
             if (start > queue.Count() || (start == queue.Count() && start > 0)) {
-                return kInvalidIndex;
+                return DEV_MGR_IAP_INVALID_INDEX;
             }
             *count = std::min(*count, queue.Count() - start);
             for (u32 i = 0; i < *count; ++i) {
                 CopyText(items[i].name, queue.InfoAt(start + i).title);
                 items[i].id = start + i;
             }
-            return kSuccess;
+            return DEV_MGR_SUCCESS;
         },
         ph, dh, start, InOut<u32>{count}, items);
 }

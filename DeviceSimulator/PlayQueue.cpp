@@ -15,7 +15,7 @@ void PlayQueue::Fill(std::shared_ptr<const Library> library, std::shared_ptr<con
     Order(start);
 }
 
-void PlayQueue::SetShuffle(ShuffleMode mode) {
+void PlayQueue::SetShuffle(DevMgrShuffleMode mode) {
     m_shuffle = mode;
     if (!IsEmpty()) {
         Order(Chosen(m_position));
@@ -37,12 +37,12 @@ std::uint32_t PlayQueue::Chosen(std::uint32_t position) const {
 void PlayQueue::Order(std::uint32_t current) {
     m_order.clear();
     m_position = current;
-    if (m_shuffle == ShuffleMode::None) {
+    if (m_shuffle == E_DEVMGR_IPOD_SHUFFLE_NONE) {
         return;
     }
     m_order.resize(m_tracks->size());
     std::iota(m_order.begin(), m_order.end(), 0U);
-    if (m_shuffle == ShuffleMode::Tracks) {
+    if (m_shuffle == E_DEVMGR_IPOD_SHUFFLE_TRACKS) {
         ShuffleTracks(current);
     } else {
         ShuffleAlbums(current);

@@ -21,8 +21,8 @@ class PlayQueue {
     void Fill(std::shared_ptr<const Library> library, std::shared_ptr<const ItemList> tracks,
               std::uint32_t start);
     /// Puts the order of the other tracks anew; what is current stays current.
-    void SetShuffle(ShuffleMode mode);
-    ShuffleMode Shuffle() const { return m_shuffle; }
+    void SetShuffle(DevMgrShuffleMode mode);
+    DevMgrShuffleMode Shuffle() const { return m_shuffle; }
 
     bool IsEmpty() const { return m_tracks == nullptr; }
     std::uint32_t Count() const;
@@ -45,7 +45,7 @@ class PlayQueue {
     std::shared_ptr<const ItemList> m_tracks;
     std::vector<std::uint32_t> m_order;  // positions in m_tracks; empty: as they stand
     std::uint32_t m_position = 0;
-    ShuffleMode m_shuffle = ShuffleMode::None;
+    DevMgrShuffleMode m_shuffle = E_DEVMGR_IPOD_SHUFFLE_NONE;
     std::minstd_rand m_random;
 };
 

@@ -8,9 +8,10 @@
 namespace DeviceSimulator {
 
 /// Gives the device to play on, or says why there is none. Called under the model's lock, once or twice.
-using FindDevice = std::function<Result(Model&, Device*&)>;
+using FindDevice = std::function<DevMgrResult(Model&, Device*&)>;
 
-/// Plays on; with nothing chosen yet, all that the library holds. kInStopState when it holds nothing.
-Result PlayOn(Engine& engine, const FindDevice& find);
+/// Plays on; with nothing chosen yet, all that the library holds. DEV_MGR_IAP_IPOD_IN_STOP_STATE when it
+/// holds nothing.
+DevMgrResult PlayOn(Engine& engine, const FindDevice& find);
 
 }  // namespace DeviceSimulator

@@ -16,33 +16,33 @@ bool IsMode(u32 mode, Mode last) {
 
 }  // namespace
 
-Result DeviceSimulator::PlayOn(Engine& engine, const FindDevice& find) {
+DevMgrResult DeviceSimulator::PlayOn(Engine& engine, const FindDevice& find) {
     bool isQueueEmpty = false;
-    const Result result = engine.Loop().Locked([&](Model& model, TimePoint) {
+    const DevMgrResult result = engine.Loop().Locked([&](Model& model, TimePoint) {
         Device* device = nullptr;
-        const Result found = find(model, device);
-        isQueueEmpty = found == kSuccess && device->player.Queue().IsEmpty();
+        const DevMgrResult found = find(model, device);
+        isQueueEmpty = found == DEV_MGR_SUCCESS && device->player.Queue().IsEmpty();
         return found;
     });
-    if (result != kSuccess) {
+    if (result != DEV_MGR_SUCCESS) {
         return result;
     }
     std::shared_ptr<const Library> library;
     std::shared_ptr<const ItemList> tracks;
     if (isQueueEmpty) {
         library = engine.Music().Get();
-        tracks = ItemsBelow(*library, {}, kTrack);
+        tracks = ItemsBelow(*library, {}, DEV_MGR_CATEGORY_TRACK);
     }
     return engine.Loop().Locked([&](Model& model, TimePoint now) {
         Device* device = nullptr;
-        const Result found = find(model, device);
-        if (found != kSuccess) {
+        const DevMgrResult found = find(model, device);
+        if (found != DEV_MGR_SUCCESS) {
             return found;
         }
         Player& player = device->player;
         if (player.Queue().IsEmpty() && tracks != nullptr && !tracks->empty()) {
             player.Start(library, tracks, 0, now);
-            return kSuccess;
+            return DEV_MGR_SUCCESS;
         }
         return player.Play(now);
     });
@@ -69,7 +69,7 @@ u32 eDevMgriPodStop(u32 ph, u32 dh) {
         DEVICE_SIMULATOR_KEY(eDevMgriPodStop),
         [](Device& device, TimePoint now) {
             device.player.Stop(now);
-            return kSuccess;
+            return DEV_MGR_SUCCESS;
         },
         ph, dh);
 }
@@ -78,9 +78,9 @@ u32 eDevMgriPodFastForwardRewindStart(u32 ph, u32 dh, u32 direction) {
     return PassPlayerGate(
         DEVICE_SIMULATOR_KEY(eDevMgriPodFastForwardRewindStart),
         [&](Device& device, TimePoint now) {
-            return IsMode(direction, SeekDirection::Rewind)
-                       ? device.player.StartSeek(static_cast<SeekDirection>(direction), now)
-                       : kWrongParameters;
+            return IsMode(direction, DEV_MGR_SEEK_REWIND)
+                       ? device.player.StartSeek(static_cast<DevMgrSeek>(direction), now)
+                       : DEV_MGR_WRONG_PARAMS;
         },
         ph, dh, direction);
 }
@@ -90,7 +90,7 @@ u32 eDevMgriPodFastForwardRewindStop(u32 ph, u32 dh) {
         DEVICE_SIMULATOR_KEY(eDevMgriPodFastForwardRewindStop),
         [](Device& device, TimePoint now) {
             device.player.EndSeek(now);
-            return kSuccess;
+            return DEV_MGR_SUCCESS;
         },
         ph, dh);
 }
@@ -99,9 +99,9 @@ u32 eDevMgriPodPlayNextPreviousTrack(u32 ph, u32 dh, u32 direction) {
     return PassPlayerGate(
         DEVICE_SIMULATOR_KEY(eDevMgriPodPlayNextPreviousTrack),
         [&](Device& device, TimePoint now) {
-            return IsMode(direction, SkipDirection::Previous)
-                       ? device.player.Skip(static_cast<SkipDirection>(direction), now)
-                       : kWrongParameters;
+            return IsMode(direction, DEV_MGR_SKIP_PREVIOUS)
+                       ? device.player.Skip(static_cast<DevMgrSkip>(direction), now)
+                       : DEV_MGR_WRONG_PARAMS;
         },
         ph, dh, direction);
 }
@@ -117,10 +117,10 @@ u32 eDevMgriPodGetShuffleSetting(u32 ph, u32 dh, u32* mode) {
         DEVICE_SIMULATOR_KEY(eDevMgriPodGetShuffleSetting),
         [&](const Device& device, TimePoint) {
             if (mode == nullptr) {
-                return kWrongParameters;
+                return DEV_MGR_WRONG_PARAMS;
             }
             *mode = static_cast<u32>(device.player.Queue().Shuffle());
-            return kSuccess;
+            return DEV_MGR_SUCCESS;
         },
         ph, dh, mode);
 }
@@ -129,11 +129,11 @@ u32 eDevMgriPodSetShuffleSetting(u32 ph, u32 dh, u32 mode) {
     return PassPlayerGate(
         DEVICE_SIMULATOR_KEY(eDevMgriPodSetShuffleSetting),
         [&](Device& device, TimePoint now) {
-            if (!IsMode(mode, ShuffleMode::Albums)) {
-                return kWrongParameters;
+            if (!IsMode(mode, E_DEVMGR_IPOD_SHUFFLE_ALBUMS)) {
+                return DEV_MGR_WRONG_PARAMS;
             }
-            device.player.SetShuffle(static_cast<ShuffleMode>(mode), now);
-            return kSuccess;
+            device.player.SetShuffle(static_cast<DevMgrShuffleMode>(mode), now);
+            return DEV_MGR_SUCCESS;
         },
         ph, dh, mode);
 }
@@ -143,10 +143,10 @@ u32 eDevMgriPodGetRepeatSetting(u32 ph, u32 dh, u32* mode) {
         DEVICE_SIMULATOR_KEY(eDevMgriPodGetRepeatSetting),
         [&](const Device& device, TimePoint) {
             if (mode == nullptr) {
-                return kWrongParameters;
+                return DEV_MGR_WRONG_PARAMS;
             }
             *mode = static_cast<u32>(device.player.Repeat());
-            return kSuccess;
+            return DEV_MGR_SUCCESS;
         },
         ph, dh, mode);
 }
@@ -155,11 +155,11 @@ u32 eDevMgriPodSetRepeatSetting(u32 ph, u32 dh, u32 mode) {
     return PassPlayerGate(
         DEVICE_SIMULATOR_KEY(eDevMgriPodSetRepeatSetting),
         [&](Device& device, TimePoint) {
-            if (!IsMode(mode, RepeatMode::All)) {
-                return kWrongParameters;
+            if (!IsMode(mode, E_DEVMGR_IPOD_REPEAT_ALL)) {
+                return DEV_MGR_WRONG_PARAMS;
             }
-            device.player.SetRepeat(static_cast<RepeatMode>(mode));
-            return kSuccess;
+            device.player.SetRepeat(static_cast<DevMgrRepeatMode>(mode));
+            return DEV_MGR_SUCCESS;
         },
         ph, dh, mode);
 }

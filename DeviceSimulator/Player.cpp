@@ -27,67 +27,67 @@ void Player::Start(std::shared_ptr<const Library> library, std::shared_ptr<const
     Advance(now);
     EndSeek(now);
     m_queue.Fill(std::move(library), std::move(tracks), start);
-    Tell(kPlayContext, m_queue.Count());
+    Tell(DEV_MGR_EVENT_IPOD_PLAY_CONTEXT_SETTING, m_queue.Count());
     BeginPlaying(m_queue.Position(), now);
 }
 
-Result Player::Select(std::uint32_t index, TimePoint now) {
+DevMgrResult Player::Select(std::uint32_t index, TimePoint now) {
     Advance(now);
     if (index >= m_queue.Count()) {
-        return kInvalidIndex;
+        return DEV_MGR_IAP_INVALID_INDEX;
     }
     EndSeek(now);
     BeginPlaying(index, now);
-    return kSuccess;
+    return DEV_MGR_SUCCESS;
 }
 
-Result Player::Play(TimePoint now) {
+DevMgrResult Player::Play(TimePoint now) {
     Advance(now);
     if (m_queue.IsEmpty()) {
-        return kInStopState;
+        return DEV_MGR_IAP_IPOD_IN_STOP_STATE;
     }
     EndSeek(now);
-    if (m_state == PlayState::Stopped) {
+    if (m_state == E_DEVMGR_IPOD_PLAY_STOPPED) {
         BeginPlaying(m_queue.Position(), now);
-    } else if (m_state == PlayState::Paused) {
-        SetState(PlayState::Playing, now);
-        Tell(kPlayStarted);
+    } else if (m_state == E_DEVMGR_IPOD_PLAY_PAUSED) {
+        SetState(E_DEVMGR_IPOD_PLAY_PLAYING, now);
+        Tell(DEV_MGR_EVENT_PLAY_STARTED);
     }
-    return kSuccess;
+    return DEV_MGR_SUCCESS;
 }
 
-Result Player::Pause(TimePoint now) {
+DevMgrResult Player::Pause(TimePoint now) {
     Advance(now);
-    if (m_state == PlayState::Stopped) {
-        return kInStopState;
+    if (m_state == E_DEVMGR_IPOD_PLAY_STOPPED) {
+        return DEV_MGR_IAP_IPOD_IN_STOP_STATE;
     }
     EndSeek(now);
-    if (m_state == PlayState::Playing) {
-        SetState(PlayState::Paused, now);
-        Tell(kPlayPaused);
+    if (m_state == E_DEVMGR_IPOD_PLAY_PLAYING) {
+        SetState(E_DEVMGR_IPOD_PLAY_PAUSED, now);
+        Tell(DEV_MGR_EVENT_PLAY_PAUSED);
     }
-    return kSuccess;
+    return DEV_MGR_SUCCESS;
 }
 
 void Player::Stop(TimePoint now) {
     Advance(now);
-    if (m_state != PlayState::Stopped) {
+    if (m_state != E_DEVMGR_IPOD_PLAY_STOPPED) {
         EndSeek(now);
         Halt(now);
     }
 }
 
-Result Player::Skip(SkipDirection direction, TimePoint now) {
+DevMgrResult Player::Skip(DevMgrSkip direction, TimePoint now) {
     Advance(now);
-    if (m_state == PlayState::Stopped) {
-        return kInStopState;
+    if (m_state == E_DEVMGR_IPOD_PLAY_STOPPED) {
+        return DEV_MGR_IAP_IPOD_IN_STOP_STATE;
     }
     EndSeek(now);
     m_passedOver = 0;
     const std::uint32_t last = m_queue.Count() - 1;
     const std::uint32_t position = m_queue.Position();
-    const bool wraps = m_repeat != RepeatMode::None;
-    if (direction == SkipDirection::Next) {
+    const bool wraps = m_repeat != E_DEVMGR_IPOD_REPEAT_NONE;
+    if (direction == DEV_MGR_SKIP_NEXT) {
         if (position == last && !wraps) {
             m_queue.SetPosition(0);
             Halt(now);
@@ -96,91 +96,92 @@ Result Player::Skip(SkipDirection direction, TimePoint now) {
         }
     } else if (PositionAt(now) > kRestartAfter || (position == 0 && !wraps)) {
         MoveTo(0ns, now);
-        Tell(kPlayTime, 0);
+        Tell(DEV_MGR_EVENT_PLAY_TIME, 0);
     } else {
         BeginTrack(position == 0 ? last : position - 1, now);
     }
-    return kSuccess;
+    return DEV_MGR_SUCCESS;
 }
 
-Result Player::StartSeek(SeekDirection direction, TimePoint now) {
+DevMgrResult Player::StartSeek(DevMgrSeek direction, TimePoint now) {
     Advance(now);
-    if (m_state == PlayState::Stopped) {
-        return kInStopState;
+    if (m_state == E_DEVMGR_IPOD_PLAY_STOPPED) {
+        return DEV_MGR_IAP_IPOD_IN_STOP_STATE;
     }
-    const bool isForward = direction == SeekDirection::Forward;
-    const PlayState wanted = isForward ? PlayState::FastForward : PlayState::Rewind;
+    const bool isForward = direction == DEV_MGR_SEEK_FORWARD;
+    const DevMgrPlayState wanted =
+        isForward ? E_DEVMGR_IPOD_PLAY_FAST_FORWARD : E_DEVMGR_IPOD_PLAY_FAST_REWIND;
     if (m_state == wanted) {
-        return kSuccess;
+        return DEV_MGR_SUCCESS;
     }
     if (!IsSeeking()) {
         m_beforeSeek = m_state;
     }
     SetState(wanted, now);
-    Tell(isForward ? kFastForwardStarted : kRewindStarted);
-    return kSuccess;
+    Tell(isForward ? DEV_MGR_EVENT_FAST_FW_STARTED : DEV_MGR_EVENT_FAST_RW_STARTED);
+    return DEV_MGR_SUCCESS;
 }
 
 void Player::EndSeek(TimePoint now) {
     Advance(now);
     if (IsSeeking()) {
         SetState(m_beforeSeek, now);
-        Tell(kSeekStopped);
+        Tell(DEV_MGR_EVENT_FAST_FW_RW_STOPPED);
     }
 }
 
-Result Player::MoveWithin(std::chrono::milliseconds position, TimePoint now) {
+DevMgrResult Player::MoveWithin(std::chrono::milliseconds position, TimePoint now) {
     Advance(now);
-    if (m_state == PlayState::Stopped) {
-        return kInStopState;
+    if (m_state == E_DEVMGR_IPOD_PLAY_STOPPED) {
+        return DEV_MGR_IAP_IPOD_IN_STOP_STATE;
     }
     if (position > Duration()) {
-        return kInvalidIndex;
+        return DEV_MGR_IAP_INVALID_INDEX;
     }
     EndSeek(now);
     MoveTo(position, now);
-    Tell(kPlayTime, ElapsedMs(now));
-    return kSuccess;
+    Tell(DEV_MGR_EVENT_PLAY_TIME, ElapsedMs(now));
+    return DEV_MGR_SUCCESS;
 }
 
 void Player::PassOver(TimePoint now) {
     Advance(now);
-    if (m_state == PlayState::Stopped) {
+    if (m_state == E_DEVMGR_IPOD_PLAY_STOPPED) {
         return;
     }
     EndSeek(now);
     if (++m_passedOver < m_queue.Count()) {
-        MoveOn(m_repeat != RepeatMode::None, now);
+        MoveOn(m_repeat != E_DEVMGR_IPOD_REPEAT_NONE, now);
     } else {
         m_queue.SetPosition(0);
         Halt(now);
     }
 }
 
-void Player::SetShuffle(ShuffleMode mode, TimePoint now) {
+void Player::SetShuffle(DevMgrShuffleMode mode, TimePoint now) {
     Advance(now);
     if (m_queue.Shuffle() == mode) {
         return;
     }
     m_queue.SetShuffle(mode);
-    Tell(kShuffleSetting, static_cast<std::uint32_t>(mode));
+    Tell(DEV_MGR_EVENT_IPOD_SHUFFLE_SETTING, static_cast<std::uint32_t>(mode));
     if (!m_queue.IsEmpty()) {
         // The current track now stands elsewhere in the list.
-        Tell(kPlayContext, m_queue.Count());
+        Tell(DEV_MGR_EVENT_IPOD_PLAY_CONTEXT_SETTING, m_queue.Count());
     }
 }
 
-void Player::SetRepeat(RepeatMode mode) {
+void Player::SetRepeat(DevMgrRepeatMode mode) {
     if (m_repeat != mode) {
         m_repeat = mode;
-        Tell(kRepeatSetting, static_cast<std::uint32_t>(mode));
+        Tell(DEV_MGR_EVENT_IPOD_REPEAT_SETTING, static_cast<std::uint32_t>(mode));
     }
 }
 
 void Player::Rest(TimePoint now) {
     Advance(now);
-    if (m_state != PlayState::Stopped) {
-        SetState(PlayState::Paused, now);
+    if (m_state != E_DEVMGR_IPOD_PLAY_STOPPED) {
+        SetState(E_DEVMGR_IPOD_PLAY_PAUSED, now);
     }
     m_toldSampleRate = 0;
     m_events.clear();
@@ -191,7 +192,7 @@ void Player::Advance(TimePoint now) {
         if (EndsAt() <= m_nextTick) {
             ReachEnd(*due);
         } else {
-            Tell(kPlayTime, ElapsedMs(*due));
+            Tell(DEV_MGR_EVENT_PLAY_TIME, ElapsedMs(*due));
             m_nextTick += kTick;
         }
     }
@@ -217,23 +218,25 @@ std::uint32_t Player::TotalMs() const {
 }
 
 Sound Player::CurrentSound() const {
-    if (m_state == PlayState::Stopped) {
+    if (m_state == E_DEVMGR_IPOD_PLAY_STOPPED) {
         return {};
     }
     const TrackInfo info = m_queue.InfoAt(m_queue.Position());
-    return {info.file, info.sampleRate, m_tracksBegun, m_position, m_since, m_state == PlayState::Playing};
+    return {info.file,  info.sampleRate, m_tracksBegun,
+            m_position, m_since,         m_state == E_DEVMGR_IPOD_PLAY_PLAYING};
 }
 
 int Player::Speed() const {
     switch (m_state) {
-        case PlayState::Playing:
+        case E_DEVMGR_IPOD_PLAY_PLAYING:
             return 1;
-        case PlayState::FastForward:
+        case E_DEVMGR_IPOD_PLAY_FAST_FORWARD:
             return kSeekSpeed;
-        case PlayState::Rewind:
+        case E_DEVMGR_IPOD_PLAY_FAST_REWIND:
             return -kSeekSpeed;
-        case PlayState::Paused:
-        case PlayState::Stopped:
+        case E_DEVMGR_IPOD_PLAY_PAUSED:
+        case E_DEVMGR_IPOD_PLAY_STOPPED:
+        case E_DEVMGR_IPOD_PLAY_UNKNOWN:
             break;
     }
     return 0;
@@ -267,7 +270,7 @@ void Player::MoveTo(Nanoseconds position, TimePoint now) {
     m_nextTick = now + kTick - (IsSeeking() ? 0ns : position % kTick);
 }
 
-void Player::SetState(PlayState state, TimePoint now) {
+void Player::SetState(DevMgrPlayState state, TimePoint now) {
     const Nanoseconds position = PositionAt(now);
     m_state = state;
     MoveTo(position, now);
@@ -278,34 +281,34 @@ void Player::BeginTrack(std::uint32_t position, TimePoint now) {
     m_trackBegan = now;
     ++m_tracksBegun;
     MoveTo(0ns, now);
-    Tell(kTrackChanged);
+    Tell(DEV_MGR_EVENT_PLAY_TRACK_CHANGED);
     const std::uint32_t rate = m_queue.InfoAt(position).sampleRate;
     if (std::exchange(m_toldSampleRate, rate) != rate) {
-        Tell(kSampleRate, rate);
+        Tell(DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE, rate);
     }
 }
 
 void Player::BeginPlaying(std::uint32_t position, TimePoint now) {
-    const bool wasPlaying = m_state == PlayState::Playing;
+    const bool wasPlaying = m_state == E_DEVMGR_IPOD_PLAY_PLAYING;
     m_passedOver = 0;
-    SetState(PlayState::Playing, now);
+    SetState(E_DEVMGR_IPOD_PLAY_PLAYING, now);
     BeginTrack(position, now);
     if (!wasPlaying) {
-        Tell(kPlayStarted);
+        Tell(DEV_MGR_EVENT_PLAY_STARTED);
     }
 }
 
 void Player::ReachEnd(TimePoint now) {
-    if (m_state == PlayState::Rewind) {
+    if (m_state == E_DEVMGR_IPOD_PLAY_FAST_REWIND) {
         SetState(m_beforeSeek, now);
-        Tell(kSeekStopped);
+        Tell(DEV_MGR_EVENT_FAST_FW_RW_STOPPED);
         return;
     }
     m_passedOver = 0;
-    if (m_repeat == RepeatMode::One) {
+    if (m_repeat == E_DEVMGR_IPOD_REPEAT_ONE) {
         BeginTrack(m_queue.Position(), now);
     } else {
-        MoveOn(m_repeat == RepeatMode::All, now);
+        MoveOn(m_repeat == E_DEVMGR_IPOD_REPEAT_ALL, now);
     }
 }
 
@@ -315,7 +318,7 @@ void Player::MoveOn(bool isRepeated, TimePoint now) {
         BeginTrack(next < m_queue.Count() ? next : 0, now);
     } else {
         if (IsSeeking()) {
-            Tell(kSeekStopped);
+            Tell(DEV_MGR_EVENT_FAST_FW_RW_STOPPED);
         }
         m_queue.SetPosition(0);
         Halt(now);
@@ -323,9 +326,9 @@ void Player::MoveOn(bool isRepeated, TimePoint now) {
 }
 
 void Player::Halt(TimePoint now) {
-    m_state = PlayState::Stopped;
+    m_state = E_DEVMGR_IPOD_PLAY_STOPPED;
     MoveTo(0ns, now);
-    Tell(kPlayStopped);
+    Tell(DEV_MGR_EVENT_PLAY_STOPPED);
 }
 
 }  // namespace DeviceSimulator

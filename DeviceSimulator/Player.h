@@ -30,24 +30,25 @@ class Player {
     void Start(std::shared_ptr<const Library> library, std::shared_ptr<const ItemList> tracks,
                std::uint32_t start, TimePoint now);
     /// Plays the entry `index` of the now-playing list.
-    Result Select(std::uint32_t index, TimePoint now);
+    DevMgrResult Select(std::uint32_t index, TimePoint now);
 
-    /// Plays on, or from the start of the current track when stopped; kInStopState with an empty queue.
-    Result Play(TimePoint now);
-    Result Pause(TimePoint now);
+    /// Plays on, or from the start of the current track when stopped; DEV_MGR_IAP_IPOD_IN_STOP_STATE with an
+    /// empty queue.
+    DevMgrResult Play(TimePoint now);
+    DevMgrResult Pause(TimePoint now);
     void Stop(TimePoint now);
-    Result Skip(SkipDirection direction, TimePoint now);
-    Result StartSeek(SeekDirection direction, TimePoint now);
+    DevMgrResult Skip(DevMgrSkip direction, TimePoint now);
+    DevMgrResult StartSeek(DevMgrSeek direction, TimePoint now);
     void EndSeek(TimePoint now);
-    /// Goes to that time of the current track; kInvalidIndex when it is not as long.
-    Result MoveWithin(std::chrono::milliseconds position, TimePoint now);
+    /// Goes to that time of the current track; DEV_MGR_IAP_INVALID_INDEX when it is not as long.
+    DevMgrResult MoveWithin(std::chrono::milliseconds position, TimePoint now);
     /// Goes on to the next track from one that cannot be played, whatever is repeated. Stops at the queue's
     /// end, and when no track of it can be.
     void PassOver(TimePoint now);
 
-    void SetShuffle(ShuffleMode mode, TimePoint now);
-    void SetRepeat(RepeatMode mode);
-    RepeatMode Repeat() const { return m_repeat; }
+    void SetShuffle(DevMgrShuffleMode mode, TimePoint now);
+    void SetRepeat(DevMgrRepeatMode mode);
+    DevMgrRepeatMode Repeat() const { return m_repeat; }
 
     /// Stands still without telling, and tells the sample rate anew when it goes on: nobody listens.
     void Rest(TimePoint now);
@@ -61,7 +62,7 @@ class Player {
     /// What there is to tell since the last time, in order.
     std::vector<PlayerEvent> TakeEvents();
 
-    PlayState State() const { return m_state; }
+    DevMgrPlayState State() const { return m_state; }
     const PlayQueue& Queue() const { return m_queue; }
     /// When the current track began, from its start or anew.
     TimePoint TrackBegan() const { return m_trackBegan; }
@@ -75,13 +76,15 @@ class Player {
   private:
     using Nanoseconds = std::chrono::nanoseconds;
 
-    bool IsSeeking() const { return m_state == PlayState::FastForward || m_state == PlayState::Rewind; }
+    bool IsSeeking() const {
+        return m_state == E_DEVMGR_IPOD_PLAY_FAST_FORWARD || m_state == E_DEVMGR_IPOD_PLAY_FAST_REWIND;
+    }
     int Speed() const;
     Nanoseconds Duration() const;
     Nanoseconds PositionAt(TimePoint now) const;
     TimePoint EndsAt() const;
     void MoveTo(Nanoseconds position, TimePoint now);
-    void SetState(PlayState state, TimePoint now);
+    void SetState(DevMgrPlayState state, TimePoint now);
     void BeginTrack(std::uint32_t position, TimePoint now);
     void BeginPlaying(std::uint32_t position, TimePoint now);
     void ReachEnd(TimePoint now);
@@ -90,9 +93,9 @@ class Player {
     void Tell(std::uint32_t id, std::uint32_t value = 0) { m_events.push_back({id, value}); }
 
     PlayQueue m_queue;
-    RepeatMode m_repeat = RepeatMode::None;
-    PlayState m_state = PlayState::Stopped;
-    PlayState m_beforeSeek = PlayState::Playing;
+    DevMgrRepeatMode m_repeat = E_DEVMGR_IPOD_REPEAT_NONE;
+    DevMgrPlayState m_state = E_DEVMGR_IPOD_PLAY_STOPPED;
+    DevMgrPlayState m_beforeSeek = E_DEVMGR_IPOD_PLAY_PLAYING;
     Nanoseconds m_position{0};  // at m_since
     TimePoint m_since{};
     TimePoint m_nextTick{};

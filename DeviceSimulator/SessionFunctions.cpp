@@ -13,7 +13,7 @@ u32 eDevMgrRegisterProcess(u32* ph, DeviceEventCallback callback) {
         DEVICE_SIMULATOR_KEY(eDevMgrRegisterProcess),
         [&](Engine& engine) -> u32 {
             if (ph == nullptr) {
-                return kWrongParameters;
+                return DEV_MGR_WRONG_PARAMS;
             }
             engine.Music().Prepare();
             return engine.Loop().Locked(
@@ -32,9 +32,9 @@ u32 eDevMgrAllocateSharedMemory(u32 ph, u32* size, u32* block) {
     return PassGate(
         DEVICE_SIMULATOR_KEY(eDevMgrAllocateSharedMemory),
         [&](Engine& engine) -> u32 {
-            return engine.Loop().Locked([&](Model& model, TimePoint) -> Result {
+            return engine.Loop().Locked([&](Model& model, TimePoint) -> DevMgrResult {
                 if (size == nullptr || block == nullptr) {
-                    return kWrongParameters;
+                    return DEV_MGR_WRONG_PARAMS;
                 }
                 return model.AllocateMemory(ph, *size, *block);
             });
@@ -55,15 +55,15 @@ u32 eDevMgrGetNumDevices(u32 ph, u32* count) {
     return PassGate(
         DEVICE_SIMULATOR_KEY(eDevMgrGetNumDevices),
         [&](Engine& engine) {
-            return engine.Loop().Locked([&](Model& model, TimePoint) -> Result {
+            return engine.Loop().Locked([&](Model& model, TimePoint) -> DevMgrResult {
                 if (!model.Processes().Contains(ph)) {
-                    return kProcessNotRegistered;
+                    return DEV_MGR_PROCESS_NOT_REGISTERED;
                 }
                 if (count == nullptr) {
-                    return kWrongParameters;
+                    return DEV_MGR_WRONG_PARAMS;
                 }
                 *count = static_cast<u32>(model.Listed().size());
-                return kSuccess;
+                return DEV_MGR_SUCCESS;
             });
         },
         ph, count);
@@ -73,18 +73,18 @@ u32 eDevMgrGetDeviceList(u32 ph, DeviceRecord* list, u32 reserved, u32* count) {
     return PassGate(
         DEVICE_SIMULATOR_KEY(eDevMgrGetDeviceList),
         [&](Engine& engine) {
-            return engine.Loop().Locked([&](Model& model, TimePoint) -> Result {
+            return engine.Loop().Locked([&](Model& model, TimePoint) -> DevMgrResult {
                 if (!model.Processes().Contains(ph)) {
-                    return kProcessNotRegistered;
+                    return DEV_MGR_PROCESS_NOT_REGISTERED;
                 }
                 if (count == nullptr || reserved != 0 || (list == nullptr && *count > 0)) {
-                    return kWrongParameters;
+                    return DEV_MGR_WRONG_PARAMS;
                 }
                 const auto devices = model.Listed();
                 *count = std::min(*count, static_cast<u32>(devices.size()));
                 std::transform(devices.begin(), devices.begin() + *count, list,
                                [](const Device* device) { return MakeRecord(device->identity); });
-                return kSuccess;
+                return DEV_MGR_SUCCESS;
             });
         },
         ph, list, reserved, InOut<u32>{count});
@@ -114,7 +114,7 @@ u32 eDevMgrGetiPodInfo(u32 ph, u32 dh, IpodInfo* info) {
         DEVICE_SIMULATOR_KEY(eDevMgrGetiPodInfo),
         [&](const Device& device, TimePoint) {
             if (info == nullptr) {
-                return kWrongParameters;
+                return DEV_MGR_WRONG_PARAMS;
             }
             *info = IpodInfo{};
             CopyText(info->name, device.identity.name);
@@ -123,7 +123,7 @@ u32 eDevMgrGetiPodInfo(u32 ph, u32 dh, IpodInfo* info) {
             info->revision = 2;
             CopyText(info->serial, device.identity.serial);
             CopyText(info->model, "SIM100");
-            return kSuccess;
+            return DEV_MGR_SUCCESS;
         },
         ph, dh, info);
 }

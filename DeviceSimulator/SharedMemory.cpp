@@ -67,36 +67,36 @@ SharedMemory::~SharedMemory() {
     FreeAll();
 }
 
-Result SharedMemory::Allocate(std::uint32_t process, std::uint32_t size, std::uint32_t& block) {
+DevMgrResult SharedMemory::Allocate(std::uint32_t process, std::uint32_t size, std::uint32_t& block) {
     if (size == 0 || size > kLargestBlock) {
-        return kWrongSharedMemorySize;
+        return DEV_MGR_WROG_SIZE_FOR_SHARED_MEMORY;
     }
     const auto owned = std::count_if(m_blocks.begin(), m_blocks.end(),
                                      [&](const auto& entry) { return entry.second.process == process; });
     if (static_cast<std::size_t>(owned) >= kMostBlocks) {
-        return kMemoryError;
+        return DEV_MGR_MEMORY_ERROR;
     }
     const std::size_t length = MappedLength(size);
     void* start = MapBelowLimit(length);
     if (start == nullptr) {
-        return kMemoryError;
+        return DEV_MGR_MEMORY_ERROR;
     }
     const std::size_t page = PageSize();
     mprotect(static_cast<char*>(start) + length - page, page, PROT_NONE);
     const auto address = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(start));
     m_blocks[address] = Block{process, size};
     block = address;
-    return kSuccess;
+    return DEV_MGR_SUCCESS;
 }
 
-Result SharedMemory::Free(std::uint32_t process, std::uint32_t block) {
+DevMgrResult SharedMemory::Free(std::uint32_t process, std::uint32_t block) {
     const auto found = m_blocks.find(block);
     if (found == m_blocks.end() || found->second.process != process) {
-        return kWrongSharedMemory;
+        return DEV_MGR_WROG_SHARED_MEMORY;
     }
     munmap(Address(block), MappedLength(found->second.size));
     m_blocks.erase(found);
-    return kSuccess;
+    return DEV_MGR_SUCCESS;
 }
 
 void SharedMemory::FreeAll(std::uint32_t process) {

@@ -22,8 +22,8 @@ class SharedMemory {
     SharedMemory& operator=(const SharedMemory&) = delete;
 
     /// Zero-filled. `block` is written on success only; what is granted is what was asked for.
-    Result Allocate(std::uint32_t process, std::uint32_t size, std::uint32_t& block);
-    Result Free(std::uint32_t process, std::uint32_t block);
+    DevMgrResult Allocate(std::uint32_t process, std::uint32_t size, std::uint32_t& block);
+    DevMgrResult Free(std::uint32_t process, std::uint32_t block);
     void FreeAll(std::uint32_t process);
     void FreeAll();
 

@@ -33,9 +33,9 @@ struct CallRecord {
 
 /// A device to plug in. What is left out gets a likely value.
 struct DeviceDescription {
-    std::uint32_t type = 17;  ///< device type: 0 to 13 stick, 14 to 16 iAP, 17 to 19 iAP2, 26 hub ...
-    std::optional<std::uint32_t> handle;  ///< none: the next free one
-    std::string name;                     ///< empty: a name that fits the type
+    std::uint32_t type = DEV_MGR_DEVICE_TYPE_IAP2_2WIRE;  ///< a DevMgrDeviceType
+    std::optional<std::uint32_t> handle;                  ///< none: the next free one
+    std::string name;                                     ///< empty: a name that fits the type
     std::optional<std::uint32_t> productId;
     std::optional<std::uint32_t> vendorId;
     std::uint32_t hub = 0;  ///< the handle of the hub that it hangs on; 0: none
@@ -95,7 +95,7 @@ class DEVICE_SIMULATOR_API Simulator {
     bool Fail(std::string_view name, std::uint32_t code, std::uint32_t times = kForEver);
     /// Makes the next `times` calls of `name` take that long before they do their work.
     bool Delay(std::string_view name, std::chrono::milliseconds time, std::uint32_t times = kForEver);
-    /// Makes every cover such a one, and has it "in progress" (code 105) for that long after a track begins.
+    /// Makes every cover such a one, and has it "in progress" for that long after a track begins.
     void SetArtwork(ArtworkVariant variant, std::chrono::milliseconds inProgress = {});
     /// Takes back what Fail, Delay and SetArtwork asked for.
     void ClearScripts();

@@ -10,9 +10,6 @@
 
 namespace {
 
-constexpr u32 kDeviceConnected = 3;
-constexpr u32 kDatabaseProgress = 37;
-
 std::chrono::steady_clock::time_point g_began;
 std::atomic<u32> g_device{0};
 std::atomic<bool> g_isReady{false};
@@ -22,9 +19,9 @@ double Milliseconds() {
 }
 
 void Note(const DeviceEvent* event, u32) {
-    if (event->words[0] == kDeviceConnected) {
+    if (event->words[0] == DEV_MGR_EVENT_DEVICE_CONNECTED) {
         g_device = event->words[2];
-    } else if (event->words[0] == kDatabaseProgress) {
+    } else if (event->words[0] == DEV_MGR_EVENT_DB_BUILD_PROGRESS_INFO) {
         std::printf("%5.0f ms  %3u %%\n", Milliseconds(), event->words[1]);
         g_isReady = event->words[1] == 100;
     }
@@ -45,16 +42,16 @@ int main() {
     g_began = std::chrono::steady_clock::now();
     u32 process = 0;
     char path[] = "bench.db";
-    if (eDevMgrRegisterProcess(&process, Note) != 1 || !WaitUntil([] { return g_device != 0; }) ||
-        eDevMgrOpenDevice(process, g_device) != 1 ||
-        eDevMgriPodStartBuildingDatabase(process, g_device, path) != 1 ||
+    if (eDevMgrRegisterProcess(&process, Note) != DEV_MGR_SUCCESS ||
+        !WaitUntil([] { return g_device != 0; }) || eDevMgrOpenDevice(process, g_device) != DEV_MGR_SUCCESS ||
+        eDevMgriPodStartBuildingDatabase(process, g_device, path) != DEV_MGR_SUCCESS ||
         !WaitUntil([] { return g_isReady.load(); })) {
         std::fprintf(stderr, "no iAP2 device, or no database of it\n");
         return 1;
     }
     u32 tracks = 0;
     eDevMgriPodOpenMdBrowseSession(process, g_device, 1);
-    eDevMgriPodGetNumItems(process, g_device, -1, 0, 32, &tracks);
+    eDevMgriPodGetNumItems(process, g_device, DEV_MGR_WHOLE_LIBRARY, 0, DEV_MGR_CATEGORY_TRACK, &tracks);
     std::printf("%5.0f ms  %u tracks, %.1f MB peak\n", Milliseconds(), tracks, PeakMegabytes());
     return 0;
 }

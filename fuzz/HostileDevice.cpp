@@ -7,14 +7,12 @@
 #include <exception>
 #include <iostream>
 
+#include "DeviceManager/DeviceManagerValues.h"
 #include "DeviceSimulator/FunctionId.h"
 #include "tests/EndToEnd/Scene.h"
 
 namespace EndToEnd {
 namespace {
-
-constexpr std::uint32_t kBusy = 94;
-constexpr std::uint32_t kExited = 1;
 
 struct MethodCall {
     const char* method;
@@ -72,11 +70,12 @@ void FailAndCallAll(Scene& scene, const std::string& function, std::uint32_t cod
     const std::string situation = function + " answering " + std::to_string(code);
     std::string fail = "{'command':'fail','call':'" + function + "','code':" + std::to_string(code);
     // The service waits for a busy player for as long as it is busy.
-    fail += code == kBusy ? ",'times':1}" : "}";
+    fail += code == DEV_MGR_IAP_APP_BUSY ? ",'times':1}" : "}";
     scene.Do(fail);
     scene.Do("{'command':'unplug'}");
     // One that has a database to build, or one that can be browsed at once.
-    scene.Do(code == 0 ? "{'command':'plug','type':'iap2'}" : "{'command':'plug','type':'iap'}");
+    scene.Do(code == DEV_MGR_RESULT_NONE ? "{'command':'plug','type':'iap2'}"
+                                         : "{'command':'plug','type':'iap'}");
     CallAll(scene.client);
     scene.Do("{'command':'clear','what':'scripts'}");
     Check(!scene.service.Status(), situation + ": the service has ended");
@@ -86,7 +85,9 @@ void EveryFunctionFailsWithAnyCode() {
     Scene scene;
     scene.PlugPlayer();
     for (const std::string_view function : DeviceSimulator::kFunctionNames)
-        for (const std::uint32_t code : {0U, 52U, kBusy, 0x80000000U, 0xffffffffU})
+        for (const std::uint32_t code :
+             std::initializer_list<std::uint32_t>{DEV_MGR_RESULT_NONE, DEV_MGR_INVALID_DEVICE_HANDLE,
+                                                  DEV_MGR_IAP_APP_BUSY, 0x80000000, 0xffffffff})
             FailAndCallAll(scene, std::string(function), code);
     scene.UnplugPlayer();
     scene.PlugPlayer();
@@ -104,7 +105,16 @@ void SendEvent(Client& control, std::uint32_t id, std::uint32_t word, const Json
 }
 
 void EveryEventCarriesAnything() {
-    const std::uint32_t words[] = {0, 1, 7, 14, 23, 26, 279, 1000, 0x7fffffff, 0xffffffff};
+    const std::uint32_t words[] = {0,
+                                   1,
+                                   DEV_MGR_MOUNT_FAILED,
+                                   DEV_MGR_DEVICE_TYPE_IAP_2WIRE,
+                                   DEV_MGR_DEVICE_TYPE_MTP_1WIRE_NORMAL,
+                                   DEV_MGR_DEVICE_TYPE_HUB,
+                                   279,
+                                   1000,
+                                   0x7fffffff,
+                                   0xffffffff};
     const Json::Value texts[] = {Quoted("[]"), Quoted("['','','']"), Quoted("['%s%n%d','\xef\xbf\xbd','][']"),
                                  Quoted("['" + std::string(1024, 'x') + "']"),
                                  Quoted("['" + std::string(2000, '%') + "']")};
@@ -112,7 +122,7 @@ void EveryEventCarriesAnything() {
     scene.PlugPlayer();
     Check(scene.client.Result("start") == "success", "start fails");
     for (std::uint32_t id = 0; id <= 60; ++id) {
-        if (id == kExited)
+        if (id == DEV_MGR_EVENT_DEVICE_MANAGER_EXITED)
             continue;
         for (const std::uint32_t word : words)
             for (const Json::Value& text : texts)

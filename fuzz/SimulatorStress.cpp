@@ -57,7 +57,8 @@ void CallAny(u32 pick, u32 ph, u32 dh, u32 block, u32 number) {
             eDevMgriPodStartBuildingDatabase(ph, dh, path);
             break;
         case 3:
-            eDevMgriPodGetItems(ph, dh, kArtist, number % 5, kAlbum, number % 3, &a, items);
+            eDevMgriPodGetItems(ph, dh, DEV_MGR_CATEGORY_ARTIST, number % 5, DEV_MGR_CATEGORY_ALBUM,
+                                number % 3, &a, items);
             break;
         case 4:
             eDevMgriPodSelectCategorizedIndex(ph, dh, 1U << (number % 8), number % 9);
@@ -111,7 +112,7 @@ void CallAny(u32 pick, u32 ph, u32 dh, u32 block, u32 number) {
             eDevMgriPodStop(ph, dh);
             break;
         default:
-            eDevMgriPodMdGetCategories(ph, dh, 512, &a);
+            eDevMgriPodMdGetCategories(ph, dh, DEV_MGR_CATEGORY_TOP_LEVEL, &a);
             break;
     }
 }
@@ -132,23 +133,23 @@ void LiveProcesses(std::uint32_t seed) {
             const u32 dh = count > 0 ? list[random() % count].handle : 1;
             CallAny(static_cast<u32>(random()), ph, dh, block, static_cast<u32>(random()));
         }
-        Check(eDevMgrDeRegisterProcess(ph) == kSuccess, "a process could not leave");
+        Check(eDevMgrDeRegisterProcess(ph) == DEV_MGR_SUCCESS, "a process could not leave");
         ++g_lives;
     }
 }
 
 void ChangeDevices(Simulator& simulator, std::minstd_rand& random, std::uint32_t round) {
     DeviceDescription device;
-    device.type = static_cast<u32>(random() % 29);
+    device.type = static_cast<u32>(random() % DEV_MGR_DEVICE_NONE);
     device.handle = 1 + round % 3;
     simulator.Unplug(*device.handle);
     simulator.Plug(device);
-    device.type = kIap2;
+    device.type = DEV_MGR_DEVICE_TYPE_IAP2_2WIRE;
     device.handle = 4 + round % 2;
     simulator.Plug(device);
     simulator.Unplug(5 - round % 2);
-    simulator.Fail("eDevMgriPodPlay", 94, 1);
-    simulator.Fire(MakeEvent({8, 1}));
+    simulator.Fail("eDevMgriPodPlay", DEV_MGR_IAP_APP_BUSY, 1);
+    simulator.Fire(MakeEvent({DEV_MGR_EVENT_PLAY_TIME, 1}));
     simulator.Drain();
     Check(simulator.Calls("eDevMgriPodPlay").size() <= CallLog::kMostCalls, "too many calls are kept");
 }

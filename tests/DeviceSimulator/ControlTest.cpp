@@ -111,30 +111,32 @@ TEST_F(ControlTest, SeveralDevicesComeAndAHubTakesItsOwnAlong) {
         Do("{'command':'plug','devices':[{'type':'hub','handle':2},{'type':'stick','hub':2},{'hub':2},{}]}");
     EXPECT_EQ(plugged["handles"].size(), 4U);
     EXPECT_EQ(plugged["handles"][1], 1) << "the next free one";
-    EXPECT_EQ(TakeEventText(), "3=26 3=2 3=17 18 19 3=17 18 19");
+    EXPECT_EQ(TakeEventText(),
+              "device-connected=hub device-connected=stick device-connected=iap2 auth-started auth-success "
+              "device-connected=iap2 auth-started auth-success");
     EXPECT_TRUE(IsDone("{'command':'unplug','handle':2}"));
-    EXPECT_EQ(TakeEventText(), "4=2 4=17 4=26");
+    EXPECT_EQ(TakeEventText(), "device-disconnected=stick device-disconnected=iap2 device-disconnected=hub");
     EXPECT_TRUE(IsDone("{'command':'unplug','all':true}"));
-    EXPECT_EQ(TakeEventText(), "4=17");
+    EXPECT_EQ(TakeEventText(), "device-disconnected=iap2");
     EXPECT_TRUE(
         IsDone("{'command':'event','name':'DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE','words':[8000]}"));
     EXPECT_TRUE(IsDone("{'command':'event','name':'db-build-progress-info'}"));
-    EXPECT_EQ(TakeEventText(), "17=8000 37");
+    EXPECT_EQ(TakeEventText(), "new-track-sample-rate=8000 db-build-progress-info");
 }
 
 TEST_F(ControlTest, ALockedPlayerCanBeOpenedOnceItIsUnlocked) {
     const u32 handle = Do("{'command':'plug','locked':true}")["handle"].asUInt();
-    EXPECT_EQ(TakeEventText(), "3=17 18 35");
-    EXPECT_EQ(eDevMgrOpenDevice(ph, handle), u32{kDeviceNotReady});
+    EXPECT_EQ(TakeEventText(), "device-connected=iap2 auth-started auth-locked");
+    EXPECT_EQ(eDevMgrOpenDevice(ph, handle), u32{DEV_MGR_DEVICE_NOT_READY});
     EXPECT_TRUE(IsDone("{'command':'unlock'}"));
-    EXPECT_EQ(TakeEventText(), "36 19");
-    EXPECT_EQ(eDevMgrOpenDevice(ph, handle), u32{kSuccess});
+    EXPECT_EQ(TakeEventText(), "auth-unlocked auth-success");
+    EXPECT_EQ(eDevMgrOpenDevice(ph, handle), u32{DEV_MGR_SUCCESS});
     EXPECT_TRUE(IsDone("{'command':'lock'}") && IsDone("{'command':'lock'}"));
     const auto events = TakeEvents(ph);
     ASSERT_EQ(events.size(), 1U);
     EXPECT_EQ(events[0].words[5], handle);
     EXPECT_STREQ(events[0].text, "/dev/iap1");
-    EXPECT_EQ(eDevMgriPodPlay(ph, handle), u32{kSuccess});
+    EXPECT_EQ(eDevMgriPodPlay(ph, handle), u32{DEV_MGR_SUCCESS});
     EXPECT_TRUE(Do("{'command':'status'}")["devices"][0]["locked"].asBool());
 }
 
@@ -142,18 +144,19 @@ TEST_F(ControlTest, AThumbLeadsThePlayerAndItsQueue) {
     OpenPlayer();
     const Json::Value queue = Do("{'command':'queue','tracks':[5,'Title 03',5],'position':1,'start':2}");
     EXPECT_EQ(queue["tracks"][0]["title"], "Title 05");
-    EXPECT_EQ(TakeEventText(), "34=3 13 17=48000 9");
+    EXPECT_EQ(TakeEventText(),
+              "play-context-setting=3 play-track-changed new-track-sample-rate=48000 play-started");
     EXPECT_EQ(Title(), "Title 03");
     EXPECT_TRUE(IsDone("{'command':'queue','position':2}"));
     EXPECT_TRUE(IsDone("{'command':'player','do':'seek','to':9000,'repeat':'all'}"));
     EXPECT_FALSE(IsDone("{'command':'player','do':'seek','to':10001}"));
-    EXPECT_EQ(TakeEventText(), "13 8=9000 33=2");
+    EXPECT_EQ(TakeEventText(), "play-track-changed play-time=9000 repeat-setting=2");
     Pass(1s);
     const Json::Value player = Do("{'command':'status'}")["devices"][0]["player"];
     EXPECT_EQ(player["position"].toStyledString() + player["elapsed"].toStyledString(), "0\n0\n");
     EXPECT_EQ(player["track"]["title"].asString() + player["repeat"].asString(), "Title 05all");
     EXPECT_TRUE(IsDone("{'command':'player','do':'toggle'}") && IsDone("{'command':'player','do':'toggle'}"));
-    EXPECT_EQ(TakeEventText(), "13 10 9");
+    EXPECT_EQ(TakeEventText(), "play-track-changed play-paused play-started");
 }
 
 TEST_F(ControlTest, OneOfSeveralPlayersIsMeantByHandleOrForBeingOpen) {
@@ -161,17 +164,21 @@ TEST_F(ControlTest, OneOfSeveralPlayersIsMeantByHandleOrForBeingOpen) {
     EXPECT_FALSE(IsDone("{'command':'player','do':'play'}")) << "two, and none of them is open";
     EXPECT_FALSE(IsDone("{'command':'unplug'}"));
     EXPECT_TRUE(IsDone("{'command':'lock','handle':5}"));
-    ASSERT_EQ(eDevMgrOpenDevice(ph, dh = 6), kSuccess);
+    ASSERT_EQ(eDevMgrOpenDevice(ph, dh = 6), DEV_MGR_SUCCESS);
     TakeEvents(ph);
     EXPECT_TRUE(IsDone("{'command':'player','do':'play','shuffle':'tracks'}"));
-    EXPECT_EQ(TakeEventText(), "34=24 13 17=44100 9 32=1 34=24");
+    EXPECT_EQ(TakeEventText(),
+              "play-context-setting=24 play-track-changed new-track-sample-rate=44100 play-started "
+              "shuffle-setting=1 play-context-setting=24");
     EXPECT_TRUE(IsDone("{'command':'player','do':'seek','left':1500,'shuffle':'off'}"));
     EXPECT_FALSE(IsDone("{'command':'player','do':'seek','left':10001}"));
-    EXPECT_EQ(TakeEventText(), "8=8500 32 34=24");
+    EXPECT_EQ(TakeEventText(), "play-time=8500 shuffle-setting play-context-setting=24");
     for (const char* press : {"forward", "release", "rewind", "pause", "toggle", "stop"}) {
         EXPECT_TRUE(IsDone(std::string("{'command':'player','do':'") + press + "'}")) << press;
     }
-    EXPECT_EQ(TakeEventText(), "14 16 15 16 10 9 12");
+    EXPECT_EQ(TakeEventText(),
+              "fast-fw-started fast-fw-rw-stopped fast-rw-started fast-fw-rw-stopped play-paused "
+              "play-started play-stopped");
     EXPECT_EQ(Do("{'command':'queue','start':22,'count':9}")["tracks"][1]["position"], 23);
     EXPECT_TRUE(IsDone("{'command':'queue','start':24}"));
     EXPECT_FALSE(IsDone("{'command':'queue','start':25}") || IsDone("{'command':'queue','count':1001}"));
@@ -199,10 +206,10 @@ TEST_F(ControlTest, BusyCallsAreCountedAndReleased) {
     EXPECT_TRUE(IsDone("{'command':'busy','call':'*'}"));
     EXPECT_EQ(eDevMgriPodPlay(ph, dh), 94U);
     EXPECT_TRUE(IsDone("{'command':'busy','call':'eDevMgriPodPlay','times':0}"));
-    EXPECT_EQ(eDevMgriPodPlay(ph, dh), kSuccess);
+    EXPECT_EQ(eDevMgriPodPlay(ph, dh), DEV_MGR_SUCCESS);
     EXPECT_EQ(Do("{'command':'status'}")["scripts"].size(), kFunctionCount - 1);
     EXPECT_TRUE(IsDone("{'command':'clear','what':'scripts'}"));
-    EXPECT_EQ(Status(), 0U);
+    EXPECT_EQ(Status(), E_DEVMGR_IPOD_PLAY_PLAYING);
     const std::string since = ",'since':" + next;
     EXPECT_EQ(Do("{'command':'calls','limit':2" + since + "}")["calls"][0]["result"], 1);
     EXPECT_EQ(Do("{'command':'calls'" + since + "}")["calls"].size(), 3U);

@@ -17,24 +17,27 @@ TEST_F(DeviceLifeTest, ThePlayerComesAWhileAfterTheFirstRegistrationAndBuildsIts
     Pass(299ms);
     EXPECT_EQ(TakeEventText(), "");
     Pass(1ms);
-    EXPECT_EQ(TakeEventText(), "3=17 18 19");
+    EXPECT_EQ(TakeEventText(), "device-connected=iap2 auth-started auth-success");
     ph = Register();
     Pass(1s);
     DeviceRecord device;
     u32 count = 1;
-    EXPECT_EQ(eDevMgrGetDeviceList(ph, &device, 0, &count), kSuccess);
+    EXPECT_EQ(eDevMgrGetDeviceList(ph, &device, 0, &count), DEV_MGR_SUCCESS);
     ASSERT_EQ(count, 1U);
-    ASSERT_EQ(eDevMgrOpenDevice(ph, device.handle), kSuccess);
+    ASSERT_EQ(eDevMgrOpenDevice(ph, device.handle), DEV_MGR_SUCCESS);
     dh = device.handle;
     char path[] = "./Phone.db";
-    EXPECT_EQ(eDevMgriPodStartBuildingDatabase(ph, dh, path), kSuccess);
-    EXPECT_EQ(TakeEventText(), "37");
-    EXPECT_EQ(eDevMgriPodOpenMdBrowseSession(ph, dh, 1), u32{kDatabaseBuildInProgress});
+    EXPECT_EQ(eDevMgriPodStartBuildingDatabase(ph, dh, path), DEV_MGR_SUCCESS);
+    EXPECT_EQ(TakeEventText(), "db-build-progress-info");
+    EXPECT_EQ(eDevMgriPodOpenMdBrowseSession(ph, dh, 1), u32{DEV_MGR_IAP_DB_BUILDING_IN_PROGRESS});
     Pass(999ms);
-    EXPECT_EQ(TakeEventText(), "37=10 37=20 37=30 37=40 37=50 37=60 37=70 37=80 37=90");
+    EXPECT_EQ(TakeEventText(),
+              "db-build-progress-info=10 db-build-progress-info=20 db-build-progress-info=30 "
+              "db-build-progress-info=40 db-build-progress-info=50 db-build-progress-info=60 "
+              "db-build-progress-info=70 db-build-progress-info=80 db-build-progress-info=90");
     Pass(1ms);
-    EXPECT_EQ(TakeEventText(), "37=100");
-    EXPECT_EQ(eDevMgriPodOpenMdBrowseSession(ph, dh, 1), kSuccess);
+    EXPECT_EQ(TakeEventText(), "db-build-progress-info=100");
+    EXPECT_EQ(eDevMgriPodOpenMdBrowseSession(ph, dh, 1), DEV_MGR_SUCCESS);
 }
 
 TEST_F(DeviceLifeTest, ADatabaseIsDoneNeitherBeforeItsTimeNorBeforeItsMusic) {
@@ -48,70 +51,78 @@ TEST_F(DeviceLifeTest, ADatabaseIsDoneNeitherBeforeItsTimeNorBeforeItsMusic) {
     };
     music.Reset(maker, [] { Engine::Instance().Loop().ClockMoved(); });
     dh = Simulator::Instance().Plug({});
-    ASSERT_EQ(eDevMgrOpenDevice(ph, dh), kSuccess);
+    ASSERT_EQ(eDevMgrOpenDevice(ph, dh), DEV_MGR_SUCCESS);
     char path[] = "./Phone.db";
-    EXPECT_EQ(eDevMgriPodStartBuildingDatabase(ph, dh, path), kSuccess);
+    EXPECT_EQ(eDevMgriPodStartBuildingDatabase(ph, dh, path), DEV_MGR_SUCCESS);
     told.get_future().wait();
     TakeEvents(ph);
     Pass(300ms);
-    EXPECT_EQ(TakeEventText(), "37=10 37=20 37=30");
+    EXPECT_EQ(TakeEventText(),
+              "db-build-progress-info=10 db-build-progress-info=20 db-build-progress-info=30");
     Pass(5s);
-    EXPECT_EQ(TakeEventText(), "37=40 37=50");
+    EXPECT_EQ(TakeEventText(), "db-build-progress-info=40 db-build-progress-info=50");
     rest.set_value();
     EXPECT_EQ(music.Get()->TrackCount(), 0U);
     while (*music.Progress() < 100) {
         std::this_thread::yield();
     }
-    EXPECT_EQ(TakeEventText(), "37=60 37=70 37=80 37=90 37=100");
+    EXPECT_EQ(TakeEventText(),
+              "db-build-progress-info=60 db-build-progress-info=70 db-build-progress-info=80 "
+              "db-build-progress-info=90 db-build-progress-info=100");
 }
 
 TEST_F(DeviceLifeTest, UnpluggingAndClosingSilenceThePlayer) {
     OpenPlayer();
     const u32 listener = Register();
-    EXPECT_EQ(eDevMgriPodPlay(ph, dh), kSuccess);
-    EXPECT_EQ(TakeEventText(), "34=24 13 17=44100 9");
+    EXPECT_EQ(eDevMgriPodPlay(ph, dh), DEV_MGR_SUCCESS);
+    EXPECT_EQ(TakeEventText(),
+              "play-context-setting=24 play-track-changed new-track-sample-rate=44100 play-started");
     Pass(2500ms);
-    EXPECT_EQ(TakeEventText(), "8=1000 8=2000");
-    EXPECT_EQ(eDevMgrCloseDevice(ph, dh), kSuccess);
+    EXPECT_EQ(TakeEventText(), "play-time=1000 play-time=2000");
+    EXPECT_EQ(eDevMgrCloseDevice(ph, dh), DEV_MGR_SUCCESS);
     Pass(5s);
     EXPECT_EQ(TakeEventText(), "");
-    ASSERT_EQ(eDevMgrOpenDevice(ph, dh), kSuccess);
-    EXPECT_EQ(Status(), 1U);
-    EXPECT_EQ(eDevMgriPodPlay(ph, dh), kSuccess);
-    EXPECT_EQ(TakeEventText(), "9");
+    ASSERT_EQ(eDevMgrOpenDevice(ph, dh), DEV_MGR_SUCCESS);
+    EXPECT_EQ(Status(), E_DEVMGR_IPOD_PLAY_PAUSED);
+    EXPECT_EQ(eDevMgriPodPlay(ph, dh), DEV_MGR_SUCCESS);
+    EXPECT_EQ(TakeEventText(), "play-started");
     EXPECT_TRUE(Simulator::Instance().Unplug(dh));
     EXPECT_FALSE(Simulator::Instance().Unplug(dh));
     Pass(5s);
-    EXPECT_EQ(TakeEventText(), "4=14");
-    EXPECT_EQ(eDevMgriPodPause(ph, dh), u32{kInvalidDeviceHandle});
+    EXPECT_EQ(TakeEventText(), "device-disconnected=iap");
+    EXPECT_EQ(eDevMgriPodPause(ph, dh), u32{DEV_MGR_INVALID_DEVICE_HANDLE});
     const auto heard = TakeEvents(listener);
     ASSERT_EQ(heard.size(), 1U) << "what plays is told to those who have it open";
-    EXPECT_EQ(heard[0].words[0], kDeviceDisconnected);
+    EXPECT_EQ(heard[0].words[0], DEV_MGR_EVENT_DEVICE_DISCONNECTED);
 }
 
 TEST_F(DeviceLifeTest, WhichPlayerSoundsTellsItsRateAfterAnother) {
     OpenPlayer();
     const u32 first = dh;
     OpenPlayer();
-    EXPECT_EQ(eDevMgriPodPlay(ph, first), kSuccess);
-    EXPECT_EQ(TakeEventText(), "34=24 13 17=44100 9");
-    EXPECT_EQ(eDevMgriPodSelectCategorizedIndex(ph, dh, kTrack, 3), kSuccess);
-    EXPECT_EQ(TakeEventText(), "34=24 13 17=48000 9 17=44100") << "the first one still sounds";
-    EXPECT_EQ(eDevMgriPodPause(ph, first), kSuccess);
+    EXPECT_EQ(eDevMgriPodPlay(ph, first), DEV_MGR_SUCCESS);
+    EXPECT_EQ(TakeEventText(),
+              "play-context-setting=24 play-track-changed new-track-sample-rate=44100 play-started");
+    EXPECT_EQ(eDevMgriPodSelectCategorizedIndex(ph, dh, DEV_MGR_CATEGORY_TRACK, 3), DEV_MGR_SUCCESS);
+    EXPECT_EQ(TakeEventText(),
+              "play-context-setting=24 play-track-changed new-track-sample-rate=48000 play-started "
+              "new-track-sample-rate=44100")
+        << "the first one still sounds";
+    EXPECT_EQ(eDevMgriPodPause(ph, first), DEV_MGR_SUCCESS);
     const auto told = TakeEvents(ph);
     ASSERT_EQ(told.size(), 2U);
-    EXPECT_EQ(told[1].words[0], kSampleRate);
+    EXPECT_EQ(told[1].words[0], DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE);
     EXPECT_EQ(told[1].words[1], 48000U);
     EXPECT_EQ(told[1].words[5], dh);
-    EXPECT_EQ(eDevMgriPodPause(ph, dh), kSuccess);
-    EXPECT_EQ(eDevMgriPodPlay(ph, dh), kSuccess);
-    EXPECT_EQ(TakeEventText(), "10 9") << "nobody else has sounded";
-    EXPECT_EQ(eDevMgriPodPause(ph, dh), kSuccess);
-    EXPECT_EQ(eDevMgriPodPlay(ph, first), kSuccess);
-    EXPECT_EQ(TakeEventText(), "10 9 17=44100");
-    EXPECT_EQ(eDevMgriPodPlay(ph, dh), kSuccess);
+    EXPECT_EQ(eDevMgriPodPause(ph, dh), DEV_MGR_SUCCESS);
+    EXPECT_EQ(eDevMgriPodPlay(ph, dh), DEV_MGR_SUCCESS);
+    EXPECT_EQ(TakeEventText(), "play-paused play-started") << "nobody else has sounded";
+    EXPECT_EQ(eDevMgriPodPause(ph, dh), DEV_MGR_SUCCESS);
+    EXPECT_EQ(eDevMgriPodPlay(ph, first), DEV_MGR_SUCCESS);
+    EXPECT_EQ(TakeEventText(), "play-paused play-started new-track-sample-rate=44100");
+    EXPECT_EQ(eDevMgriPodPlay(ph, dh), DEV_MGR_SUCCESS);
     EXPECT_TRUE(Simulator::Instance().Unplug(first));
-    EXPECT_EQ(TakeEventText(), "9 4=14 17=48000");
+    EXPECT_EQ(TakeEventText(), "play-started device-disconnected=iap new-track-sample-rate=48000");
 }
 
 std::atomic<int> g_running{0};
@@ -125,11 +136,11 @@ void DeregisteringCallback(const DeviceEvent*, u32 ph) {
 
 TEST_F(DeviceLifeTest, ACallbackMayDeregisterItself) {
     u32 handle = 0;
-    ASSERT_EQ(eDevMgrRegisterProcess(&handle, DeregisteringCallback), kSuccess);
-    Simulator::Instance().Fire(MakeEvent({30}));
-    Simulator::Instance().Fire(MakeEvent({30}));
-    EXPECT_EQ(TakeEventText(), "30 30");
-    EXPECT_EQ(g_ownResult, kSuccess);
+    ASSERT_EQ(eDevMgrRegisterProcess(&handle, DeregisteringCallback), DEV_MGR_SUCCESS);
+    Simulator::Instance().Fire(MakeEvent({DEV_MGR_IPOD_BLUETOOTH_CONNECTION_STATUS}));
+    Simulator::Instance().Fire(MakeEvent({DEV_MGR_IPOD_BLUETOOTH_CONNECTION_STATUS}));
+    EXPECT_EQ(TakeEventText(), "bluetooth-connection-status bluetooth-connection-status");
+    EXPECT_EQ(g_ownResult, DEV_MGR_SUCCESS);
     EXPECT_EQ(g_calls, 1);
 }
 
@@ -145,14 +156,14 @@ TEST_F(DeviceLifeTest, NoCallbackOutlivesItsRegistration) {
     std::atomic<bool> isOver{false};
     std::thread storm([&] {
         while (!isOver) {
-            Simulator::Instance().Fire(MakeEvent({8, 1}));
+            Simulator::Instance().Fire(MakeEvent({DEV_MGR_EVENT_PLAY_TIME, 1}));
             Simulator::Instance().Drain();
         }
     });
     for (int i = 0; i < 300; ++i) {
         u32 handle = 0;
-        EXPECT_EQ(eDevMgrRegisterProcess(&handle, BusyCallback), kSuccess);
-        EXPECT_EQ(eDevMgrDeRegisterProcess(handle), kSuccess);
+        EXPECT_EQ(eDevMgrRegisterProcess(&handle, BusyCallback), DEV_MGR_SUCCESS);
+        EXPECT_EQ(eDevMgrDeRegisterProcess(handle), DEV_MGR_SUCCESS);
         EXPECT_EQ(g_running, 0);
     }
     isOver = true;

@@ -18,28 +18,40 @@ std::vector<DeviceFunction> OpenedDeviceFunctions() {
     static TrackMetadataRecord metadata;
     static char path[] = "db";
     return {
-        {1, [](u32 p, u32 d) { return eDevMgriPodSetMaxCurrent(p, d, 1000); }},
-        {1, [](u32 p, u32 d) { return eDevmgriPodSetVolume(p, d, 1, 2); }},
-        {1, [](u32 p, u32 d) { return eDevMgriPodStop(p, d); }},
-        {1, [](u32 p, u32 d) { return eDevMgriPodFastForwardRewindStop(p, d); }},
-        {1, [](u32 p, u32 d) { return eDevMgriPodGetPlayStatus(p, d, number); }},
-        {1, [](u32 p, u32 d) { return eDevMgriPodGetPlayingList(p, d, 0, number, &item); }},
-        {1, [](u32 p, u32 d) { return eDevMgriPodSetShuffleSetting(p, d, 1); }},
-        {1, [](u32 p, u32 d) { return eDevMgriPodGetRepeatSetting(p, d, number); }},
-        {kSessionNotOpened, [](u32 p, u32 d) { return eDevMgriPodCloseMdBrowseSession(p, d); }},
-        {kSessionNotOpened, [](u32 p, u32 d) { return eDevMgriPodResetDatabase(p, d); }},
-        {kSessionNotOpened, [](u32 p, u32 d) { return eDevMgriPodBrowseOneLevelBack(p, d); }},
-        {kSessionNotOpened, [](u32 p, u32 d) { return eDevMgriPodMdGetCategories(p, d, 512, number); }},
-        {kSessionNotOpened, [](u32 p, u32 d) { return eDevMgriPodGetNumItems(p, d, -1, 0, 32, number); }},
-        {kSessionNotOpened, [](u32 p, u32 d) { return eDevMgriPodSelectCategorizedIndex(p, d, 32, 0); }},
-        {kInStopState, [](u32 p, u32 d) { return eDevMgriPodPause(p, d); }},
-        {kInStopState, [](u32 p, u32 d) { return eDevMgriPodFastForwardRewindStart(p, d, 0); }},
-        {kInStopState, [](u32 p, u32 d) { return eDevMgriPodPlayNextPreviousTrack(p, d, 0); }},
-        {kNotPlaying, [](u32 p, u32 d) { return eDevMgriPodGetPlayingTrackMetaData(p, d, &metadata); }},
-        {kInvalidIndex, [](u32 p, u32 d) { return eSelectNowPlayingIndex(p, d, 0); }},
-        {kNotSupportedByDevice, [](u32 p, u32 d) { return eDevMgriPodStartBuildingDatabase(p, d, path); }},
-        {1, [](u32 p, u32 d) { return eDevMgriPodOpenMdBrowseSession(p, d, 1); }},
-        {1, [](u32 p, u32 d) { return eDevMgriPodPlay(p, d); }},
+        {DEV_MGR_SUCCESS, [](u32 p, u32 d) { return eDevMgriPodSetMaxCurrent(p, d, 1000); }},
+        {DEV_MGR_SUCCESS, [](u32 p, u32 d) { return eDevmgriPodSetVolume(p, d, 1, 2); }},
+        {DEV_MGR_SUCCESS, [](u32 p, u32 d) { return eDevMgriPodStop(p, d); }},
+        {DEV_MGR_SUCCESS, [](u32 p, u32 d) { return eDevMgriPodFastForwardRewindStop(p, d); }},
+        {DEV_MGR_SUCCESS, [](u32 p, u32 d) { return eDevMgriPodGetPlayStatus(p, d, number); }},
+        {DEV_MGR_SUCCESS, [](u32 p, u32 d) { return eDevMgriPodGetPlayingList(p, d, 0, number, &item); }},
+        {DEV_MGR_SUCCESS,
+         [](u32 p, u32 d) { return eDevMgriPodSetShuffleSetting(p, d, E_DEVMGR_IPOD_SHUFFLE_TRACKS); }},
+        {DEV_MGR_SUCCESS, [](u32 p, u32 d) { return eDevMgriPodGetRepeatSetting(p, d, number); }},
+        {DEV_MGR_MD_BROWSE_SESSION_NOT_OPENED,
+         [](u32 p, u32 d) { return eDevMgriPodCloseMdBrowseSession(p, d); }},
+        {DEV_MGR_MD_BROWSE_SESSION_NOT_OPENED, [](u32 p, u32 d) { return eDevMgriPodResetDatabase(p, d); }},
+        {DEV_MGR_MD_BROWSE_SESSION_NOT_OPENED,
+         [](u32 p, u32 d) { return eDevMgriPodBrowseOneLevelBack(p, d); }},
+        {DEV_MGR_MD_BROWSE_SESSION_NOT_OPENED,
+         [](u32 p, u32 d) { return eDevMgriPodMdGetCategories(p, d, DEV_MGR_CATEGORY_TOP_LEVEL, number); }},
+        {DEV_MGR_MD_BROWSE_SESSION_NOT_OPENED,
+         [](u32 p, u32 d) {
+             return eDevMgriPodGetNumItems(p, d, DEV_MGR_WHOLE_LIBRARY, 0, DEV_MGR_CATEGORY_TRACK, number);
+         }},
+        {DEV_MGR_MD_BROWSE_SESSION_NOT_OPENED,
+         [](u32 p, u32 d) { return eDevMgriPodSelectCategorizedIndex(p, d, DEV_MGR_CATEGORY_TRACK, 0); }},
+        {DEV_MGR_IAP_IPOD_IN_STOP_STATE, [](u32 p, u32 d) { return eDevMgriPodPause(p, d); }},
+        {DEV_MGR_IAP_IPOD_IN_STOP_STATE,
+         [](u32 p, u32 d) { return eDevMgriPodFastForwardRewindStart(p, d, DEV_MGR_SEEK_FORWARD); }},
+        {DEV_MGR_IAP_IPOD_IN_STOP_STATE,
+         [](u32 p, u32 d) { return eDevMgriPodPlayNextPreviousTrack(p, d, DEV_MGR_SKIP_NEXT); }},
+        {DEV_MGR_IAP_NOT_PLAYING_ERROR,
+         [](u32 p, u32 d) { return eDevMgriPodGetPlayingTrackMetaData(p, d, &metadata); }},
+        {DEV_MGR_IAP_INVALID_INDEX, [](u32 p, u32 d) { return eSelectNowPlayingIndex(p, d, 0); }},
+        {DEV_MGR_OPERATION_NOT_SUPPORTED_BY_DEVICE,
+         [](u32 p, u32 d) { return eDevMgriPodStartBuildingDatabase(p, d, path); }},
+        {DEV_MGR_SUCCESS, [](u32 p, u32 d) { return eDevMgriPodOpenMdBrowseSession(p, d, 1); }},
+        {DEV_MGR_SUCCESS, [](u32 p, u32 d) { return eDevMgriPodPlay(p, d); }},
     };
 }
 
@@ -47,23 +59,23 @@ using FunctionsTest = SimulatorTest;
 
 TEST_F(FunctionsTest, WrongHandlesAndStatesAreToldApart) {
     DeviceDescription description;
-    description.type = kIap;
+    description.type = DEV_MGR_DEVICE_TYPE_IAP_2WIRE;
     const u32 player = Simulator::Instance().Plug(description);
-    description.type = kStickFat32;
+    description.type = DEV_MGR_DEVICE_TYPE_USB_FAT_32;
     const u32 stick = Simulator::Instance().Plug(description);
-    description.type = kHub;
+    description.type = DEV_MGR_DEVICE_TYPE_HUB;
     const u32 hub = Simulator::Instance().Plug(description);
-    ASSERT_EQ(eDevMgrOpenDevice(ph, stick), kSuccess);
+    ASSERT_EQ(eDevMgrOpenDevice(ph, stick), DEV_MGR_SUCCESS);
     const auto functions = OpenedDeviceFunctions();
     for (std::size_t i = 0; i < functions.size(); ++i) {
-        EXPECT_EQ(functions[i].call(ph + 1, player), u32{kProcessNotRegistered}) << i;
-        EXPECT_EQ(functions[i].call(ph, 4711), u32{kInvalidDeviceHandle}) << i;
-        EXPECT_EQ(functions[i].call(ph, hub), u32{kInvalidDeviceHandle}) << i;
-        EXPECT_EQ(functions[i].call(ph, player), u32{kDeviceNotOpened}) << i;
-        EXPECT_EQ(functions[i].call(ph, stick), u32{kNotSupportedByDevice}) << i;
+        EXPECT_EQ(functions[i].call(ph + 1, player), u32{DEV_MGR_PROCESS_NOT_REGISTERED}) << i;
+        EXPECT_EQ(functions[i].call(ph, 4711), u32{DEV_MGR_INVALID_DEVICE_HANDLE}) << i;
+        EXPECT_EQ(functions[i].call(ph, hub), u32{DEV_MGR_INVALID_DEVICE_HANDLE}) << i;
+        EXPECT_EQ(functions[i].call(ph, player), u32{DEV_MGR_DEVICE_NOT_OPENED}) << i;
+        EXPECT_EQ(functions[i].call(ph, stick), u32{DEV_MGR_OPERATION_NOT_SUPPORTED_BY_DEVICE}) << i;
     }
-    ASSERT_EQ(eDevMgrOpenDevice(ph, player), kSuccess);
-    EXPECT_EQ(eDevMgrOpenDevice(ph, player), u32{kDeviceAlreadyOpened});
+    ASSERT_EQ(eDevMgrOpenDevice(ph, player), DEV_MGR_SUCCESS);
+    EXPECT_EQ(eDevMgrOpenDevice(ph, player), u32{DEV_MGR_DEVICE_ALREADY_OPENED});
     for (std::size_t i = 0; i < functions.size(); ++i) {
         EXPECT_EQ(functions[i].call(ph, player), functions[i].whenOpened) << i;
     }
@@ -75,22 +87,22 @@ TEST_F(FunctionsTest, TheDeviceListFillsTheRoomThatThereIs) {
     EXPECT_EQ(Simulator::Instance().Plug(description), 0xF0000001U);
     EXPECT_EQ(Simulator::Instance().Plug(description), 0U) << "the handle is taken";
     description = {};
-    description.type = kStickFat32;
+    description.type = DEV_MGR_DEVICE_TYPE_USB_FAT_32;
     Simulator::Instance().Plug(description);
     DeviceRecord list[3] = {};
     u32 count = 1;
-    EXPECT_EQ(eDevMgrGetDeviceList(ph, list, 0, &count), kSuccess);
+    EXPECT_EQ(eDevMgrGetDeviceList(ph, list, 0, &count), DEV_MGR_SUCCESS);
     EXPECT_EQ(count, 1U);
     EXPECT_EQ(list[0].handle, 0xF0000001U);
     EXPECT_EQ(list[1].handle, 0U);
     count = 3;
-    EXPECT_EQ(eDevMgrGetDeviceList(ph, list, 0, &count), kSuccess);
+    EXPECT_EQ(eDevMgrGetDeviceList(ph, list, 0, &count), DEV_MGR_SUCCESS);
     EXPECT_EQ(count, 2U);
 }
 
 TEST_F(FunctionsTest, NullPointersAndModesThatAreNoneAreRefused) {
     OpenPlayer();
-    ASSERT_EQ(eDevMgriPodPlay(ph, dh), kSuccess);
+    ASSERT_EQ(eDevMgriPodPlay(ph, dh), DEV_MGR_SUCCESS);
     u32 n = 1;
     u8 byte = 9;
     const u32 results[] = {
@@ -103,9 +115,9 @@ TEST_F(FunctionsTest, NullPointersAndModesThatAreNoneAreRefused) {
         eDevMgriPodGetBatteryPowerState(ph, dh, nullptr),
         eDevmgriPodGetVolume(ph, dh, &byte, nullptr),
         eDevMgriPodGetNowPlayingAppname(ph, dh, nullptr),
-        eDevMgriPodMdGetCategories(ph, dh, kTopLevel, nullptr),
-        eDevMgriPodGetNumItems(ph, dh, -1, 0, kTrack, nullptr),
-        eDevMgriPodGetItems(ph, dh, -1, 0, kTrack, 0, &n, nullptr),
+        eDevMgriPodMdGetCategories(ph, dh, DEV_MGR_CATEGORY_TOP_LEVEL, nullptr),
+        eDevMgriPodGetNumItems(ph, dh, DEV_MGR_WHOLE_LIBRARY, 0, DEV_MGR_CATEGORY_TRACK, nullptr),
+        eDevMgriPodGetItems(ph, dh, DEV_MGR_WHOLE_LIBRARY, 0, DEV_MGR_CATEGORY_TRACK, 0, &n, nullptr),
         eDevMgriPodGetPlayStatus(ph, dh, nullptr),
         eDevMgriPodGetPlayingTrackElapsedAndTotaltime(ph, dh, &n, nullptr),
         eDevMgriPodGetPlayingTrackMetaData(ph, dh, nullptr),
@@ -113,13 +125,13 @@ TEST_F(FunctionsTest, NullPointersAndModesThatAreNoneAreRefused) {
         eDevMgriPodGetPlayingList(ph, dh, 0, &n, nullptr),
         eDevMgriPodGetShuffleSetting(ph, dh, nullptr),
         eDevMgriPodGetRepeatSetting(ph, dh, nullptr),
-        eDevMgriPodSetShuffleSetting(ph, dh, 3),
-        eDevMgriPodSetRepeatSetting(ph, dh, 3),
-        eDevMgriPodFastForwardRewindStart(ph, dh, 2),
-        eDevMgriPodPlayNextPreviousTrack(ph, dh, 2),
+        eDevMgriPodSetShuffleSetting(ph, dh, E_DEVMGR_IPOD_SHUFFLE_ALBUMS + 1),
+        eDevMgriPodSetRepeatSetting(ph, dh, E_DEVMGR_IPOD_REPEAT_ALL + 1),
+        eDevMgriPodFastForwardRewindStart(ph, dh, DEV_MGR_SEEK_REWIND + 1),
+        eDevMgriPodPlayNextPreviousTrack(ph, dh, DEV_MGR_SKIP_PREVIOUS + 1),
     };
     for (std::size_t i = 0; i < std::size(results); ++i) {
-        EXPECT_EQ(results[i], u32{kWrongParameters}) << i;
+        EXPECT_EQ(results[i], u32{DEV_MGR_WRONG_PARAMS}) << i;
     }
     EXPECT_EQ(std::pair(n, byte), std::pair(1U, u8{9})) << "written on success only";
 }
@@ -130,17 +142,20 @@ TEST_F(FunctionsTest, ProcessesAndDevicesAreCounted) {
         handle = Register();
     }
     u32 listed = 0;
-    EXPECT_EQ(eDevMgrRegisterProcess(&listed, Callback), u32{kNoMoreProcesses});
-    EXPECT_EQ(eDevMgrDeRegisterProcess(handle), kSuccess);
-    EXPECT_EQ(eDevMgrDeRegisterProcess(handle), u32{kProcessNotRegistered});
+    EXPECT_EQ(eDevMgrRegisterProcess(&listed, Callback), u32{DEV_MGR_NO_MORE_PROCESS_ALLOWED});
+    EXPECT_EQ(eDevMgrDeRegisterProcess(handle), DEV_MGR_SUCCESS);
+    EXPECT_EQ(eDevMgrDeRegisterProcess(handle), u32{DEV_MGR_PROCESS_NOT_REGISTERED});
     Register();
     // Hubs, and what is no device yet, are told of and not listed.
-    for (const u32 type : {kStickFat32, kIap, kMtp, kUnknownDevice, kHub, kNoMedium, kUnsupportedDevice}) {
+    for (const u32 type :
+         {DEV_MGR_DEVICE_TYPE_USB_FAT_32, DEV_MGR_DEVICE_TYPE_IAP_2WIRE, DEV_MGR_DEVICE_TYPE_MTP_2WIRE,
+          DEV_MGR_DEVICE_TYPE_UNKNOWN, DEV_MGR_DEVICE_TYPE_HUB, DEV_MGR_DEVICE_TYPE_NO_MEDIUM,
+          DEV_MGR_DEVICE_TYPE_UNSUPPORTED}) {
         DeviceDescription device;
         device.type = type;
         Simulator::Instance().Plug(device);
     }
-    EXPECT_EQ(eDevMgrGetNumDevices(ph, &listed), kSuccess);
+    EXPECT_EQ(eDevMgrGetNumDevices(ph, &listed), DEV_MGR_SUCCESS);
     EXPECT_EQ(listed, 3U);
 }
 

@@ -57,10 +57,11 @@ TEST(MusicFolder, MusicIsReadInAllItsFormats) {
                           {"猫と自動販売機", 12, 48000, 300},
                           {"The Last Page", 20, 44100, 600},
                           {"P.S.", 12, 44100, 500}};
-    const Names titles = NamesOf(*library, {}, kTrack);
+    const Names titles = NamesOf(*library, {}, DEV_MGR_CATEGORY_TRACK);
     for (const Case& c : cases) {
         const auto at = std::find(titles.begin(), titles.end(), c.title) - titles.begin();
-        const std::uint32_t track = library->Items({}, kTrack)->at(static_cast<std::size_t>(at));
+        const std::uint32_t track =
+            library->Items({}, DEV_MGR_CATEGORY_TRACK)->at(static_cast<std::size_t>(at));
         EXPECT_NEAR(library->Track(track).durationMs, 1000.0 * c.seconds, 150) << c.title;
         EXPECT_EQ(library->Track(track).sampleRate, c.sampleRate) << c.title;
         const auto cover = library->Cover(track);
@@ -88,7 +89,7 @@ TEST(MusicFolder, OddNamesAreReadAndDamagedFilesNamedOnceAndLeftOut) {
     fs::resize_file(folder.Path() / "giant.mp3", std::uintmax_t{1} << 40);
     const auto [library, lines] = Scan(folder.Path());
     EXPECT_EQ(lines, expected);
-    EXPECT_EQ(NamesOf(*library, {}, kTrack), (Names{"07 Some Song", "na\xEF\xBF\xBDme"}));
+    EXPECT_EQ(NamesOf(*library, {}, DEV_MGR_CATEGORY_TRACK), (Names{"07 Some Song", "na\xEF\xBF\xBDme"}));
     // The file's own bytes, for whoever opens it.
     EXPECT_EQ(library->Track(1).file, (folder.Path() / "na\xFFme.mp3").native());
 }
@@ -103,11 +104,11 @@ TEST(MusicFolder, LinksThatLoopAndPipesDoNotHoldItUp) {
     ASSERT_EQ(mkfifo((folder.Path() / "pipe.m3u").c_str(), 0600), 0);
     fs::create_symlink("nowhere", folder.Path() / "dangling.mp3");
     const auto [library, lines] = Scan(folder.Path());
-    EXPECT_EQ(NamesOf(*library, {}, kTrack), (Names{"Song"}));
+    EXPECT_EQ(NamesOf(*library, {}, DEV_MGR_CATEGORY_TRACK), (Names{"Song"}));
     EXPECT_EQ(lines, (Names{"again", "dangling.mp3: No such file or directory", "pipe.m3u", "pipe.mp3",
                             "self: Too many levels of symbolic links", "up"}));
     const auto [nothing, complaint] = Scan(folder.Path() / "missing");
-    EXPECT_TRUE(nothing->Items({}, kTrack)->empty());
+    EXPECT_TRUE(nothing->Items({}, DEV_MGR_CATEGORY_TRACK)->empty());
     EXPECT_EQ(complaint.size(), 1U);
 }
 
@@ -129,11 +130,11 @@ TEST(MusicFolder, WhatMayNotBeReadIsNamedAndReadOnceItMay) {
     ASSERT_TRUE(!isRoot || seteuid(65534) == 0);
     const auto [library, lines] = Scan(folder, folder / "cache");
     ASSERT_TRUE(!isRoot || seteuid(0) == 0);
-    EXPECT_EQ(NamesOf(*library, {}, kTrack), (Names{"Song"}));
+    EXPECT_EQ(NamesOf(*library, {}, DEV_MGR_CATEGORY_TRACK), (Names{"Song"}));
     EXPECT_EQ(lines, (Names{"closed.m3u", "closed.mp3: Permission denied", "closed: Permission denied"}));
     allow(fs::perms::all);
     const auto opened = Scan(folder, folder / "cache");
-    EXPECT_EQ(NamesOf(*opened.library, {}, kTrack), (Names{"Closed", "Song"}));
+    EXPECT_EQ(NamesOf(*opened.library, {}, DEV_MGR_CATEGORY_TRACK), (Names{"Closed", "Song"}));
     EXPECT_EQ(opened.lines, (Names{"x.mp3"}));
 }
 
@@ -169,9 +170,11 @@ TEST(MusicFolder, PlaylistsNameFilesBelowTheFolder) {
                                           (folder.Path() / "b/zw%C3%B6lf.mp3").native());
     const auto [library, lines] = Scan(folder.Path());
     EXPECT_EQ(lines, Names{});
-    EXPECT_EQ(NamesOf(*library, {}, kPlaylist), (Names{"Mixed", "Western"}));
-    EXPECT_EQ(NamesOf(*library, {{kPlaylist, 0}}, kTrack), (Names{"One", "Twelve", "One", "One"}));
-    EXPECT_EQ(NamesOf(*library, {{kPlaylist, 1}}, kTrack), (Names{"Twelve", "One", "Twelve"}));
+    EXPECT_EQ(NamesOf(*library, {}, DEV_MGR_CATEGORY_PLAYLIST), (Names{"Mixed", "Western"}));
+    EXPECT_EQ(NamesOf(*library, {{DEV_MGR_CATEGORY_PLAYLIST, 0}}, DEV_MGR_CATEGORY_TRACK),
+              (Names{"One", "Twelve", "One", "One"}));
+    EXPECT_EQ(NamesOf(*library, {{DEV_MGR_CATEGORY_PLAYLIST, 1}}, DEV_MGR_CATEGORY_TRACK),
+              (Names{"Twelve", "One", "Twelve"}));
 }
 
 /// Everything that a library says of its tracks, a line each.

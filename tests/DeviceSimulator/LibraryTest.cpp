@@ -10,7 +10,9 @@ namespace DeviceSimulator {
 namespace {
 
 std::string_view FieldOf(const TrackInfo& info, std::uint32_t category) {
-    return category == kArtist ? info.artist : category == kAlbum ? info.album : info.genre;
+    return category == DEV_MGR_CATEGORY_ARTIST  ? info.artist
+           : category == DEV_MGR_CATEGORY_ALBUM ? info.album
+                                                : info.genre;
 }
 
 /// The tracks below `path`, and, in `chain`, below everything that it can be narrowed to. `names` are those
@@ -18,7 +20,7 @@ std::string_view FieldOf(const TrackInfo& info, std::uint32_t category) {
 std::size_t CountTracks(const Library& library, std::vector<PathStep> path, Names names,
                         const std::vector<std::uint32_t>& chain) {
     if (path.size() == chain.size()) {
-        const auto tracks = library.Items(path, kTrack);
+        const auto tracks = library.Items(path, DEV_MGR_CATEGORY_TRACK);
         EXPECT_FALSE(tracks->empty());
         for (const std::uint32_t track : *tracks) {
             for (std::size_t i = 0; i < chain.size(); ++i) {
@@ -44,7 +46,9 @@ class EveryLibrary : public testing::TestWithParam<std::unique_ptr<Library> (*)(
 
 TEST_P(EveryLibrary, IsSortedAndLeadsToEachTrackOnce) {
     const auto library = GetParam()();
-    for (const std::uint32_t category : {kArtist, kAlbum, kGenre, kComposer, kTrack}) {
+    for (const std::uint32_t category :
+         {DEV_MGR_CATEGORY_ARTIST, DEV_MGR_CATEGORY_ALBUM, DEV_MGR_CATEGORY_GENRE, DEV_MGR_CATEGORY_COMPOSER,
+          DEV_MGR_CATEGORY_TRACK}) {
         const auto list = library->Items({}, category);
         ASSERT_FALSE(list->empty()) << category;
         EXPECT_EQ(std::set(list->begin(), list->end()).size(), list->size()) << category;
@@ -54,7 +58,8 @@ TEST_P(EveryLibrary, IsSortedAndLeadsToEachTrackOnce) {
         })) << category;
     }
     using Chain = std::vector<std::uint32_t>;
-    for (const Chain& chain : {Chain{kGenre, kArtist, kAlbum}, Chain{kAlbum}, Chain{kArtist}}) {
+    for (const Chain& chain : {Chain{DEV_MGR_CATEGORY_GENRE, DEV_MGR_CATEGORY_ARTIST, DEV_MGR_CATEGORY_ALBUM},
+                               Chain{DEV_MGR_CATEGORY_ALBUM}, Chain{DEV_MGR_CATEGORY_ARTIST}}) {
         std::size_t expected = 0;
         for (std::uint32_t track = 0; track < library->TrackCount(); ++track) {
             expected += FieldOf(library->Track(track), chain.front()).empty() ? 0 : 1;
@@ -62,16 +67,22 @@ TEST_P(EveryLibrary, IsSortedAndLeadsToEachTrackOnce) {
         EXPECT_EQ(CountTracks(*library, {}, {}, chain), expected);
     }
     for (std::uint32_t i = 0; i < 30; ++i) {
-        if (const auto cover = library->Cover(library->Items({{kAlbum, i}}, kTrack)->front())) {
+        if (const auto cover = library->Cover(
+                library->Items({{DEV_MGR_CATEGORY_ALBUM, i}}, DEV_MGR_CATEGORY_TRACK)->front())) {
             EXPECT_EQ(ReadJpegHeader(cover->bytes).value().size, (PictureSize{cover->width, cover->height}));
             EXPECT_LE(cover->bytes.size(), std::size_t{2} * cover->width * cover->height);
         }
     }
     // What does not exist is an empty list, and a path may be of any length.
-    EXPECT_TRUE(library->Items({{kArtist, UINT32_MAX}}, kAlbum)->empty());
-    EXPECT_TRUE(library->Items({{kArtist, 0}, {kAlbum, 99}, {kTrack, 0}}, kTrack)->empty());
-    const std::vector<PathStep> path(20000, PathStep{kArtist, 0});
-    EXPECT_EQ(library->Items(path, kTrack), library->Items({{kArtist, 0}}, kTrack));
+    EXPECT_TRUE(library->Items({{DEV_MGR_CATEGORY_ARTIST, UINT32_MAX}}, DEV_MGR_CATEGORY_ALBUM)->empty());
+    EXPECT_TRUE(
+        library
+            ->Items({{DEV_MGR_CATEGORY_ARTIST, 0}, {DEV_MGR_CATEGORY_ALBUM, 99}, {DEV_MGR_CATEGORY_TRACK, 0}},
+                    DEV_MGR_CATEGORY_TRACK)
+            ->empty());
+    const std::vector<PathStep> path(20000, PathStep{DEV_MGR_CATEGORY_ARTIST, 0});
+    EXPECT_EQ(library->Items(path, DEV_MGR_CATEGORY_TRACK),
+              library->Items({{DEV_MGR_CATEGORY_ARTIST, 0}}, DEV_MGR_CATEGORY_TRACK));
 }
 
 INSTANTIATE_TEST_SUITE_P(Makers, EveryLibrary,
@@ -96,7 +107,7 @@ TEST(LibraryBuilder, AlbumsAndArtistsAreInTheOrderOfTheRecord) {
         builder.Add(tags);
     }
     const auto library = builder.BuildWithDrawnCovers();
-    EXPECT_EQ(NamesOf(*library, {{kArtist, 0}}, kTrack),
+    EXPECT_EQ(NamesOf(*library, {{DEV_MGR_CATEGORY_ARTIST, 0}}, DEV_MGR_CATEGORY_TRACK),
               (Names{"zz", "first", "second", "third", "unnumbered", "late"}));
 }
 
@@ -113,10 +124,11 @@ TEST(LibraryBuilder, AnAlbumIsItsTitleAndWhoseItIs) {
         builder.Add(sampler);
     }
     const auto library = builder.BuildWithDrawnCovers();
-    EXPECT_EQ(NamesOf(*library, {}, kAlbum), (Names{"Duets", "Hits", "Hits", "Sampler"}));
-    EXPECT_EQ(NamesOf(*library, {}, kArtist), (Names{"Ann", "Bob", "Cid", "Dan"}));
-    EXPECT_EQ(NamesOf(*library, {{kAlbum, 2}}, kArtist), (Names{"Bob"}));
-    EXPECT_EQ(NamesOf(*library, {{kArtist, 3}}, kAlbum), (Names{"Duets", "Sampler"}));
+    EXPECT_EQ(NamesOf(*library, {}, DEV_MGR_CATEGORY_ALBUM), (Names{"Duets", "Hits", "Hits", "Sampler"}));
+    EXPECT_EQ(NamesOf(*library, {}, DEV_MGR_CATEGORY_ARTIST), (Names{"Ann", "Bob", "Cid", "Dan"}));
+    EXPECT_EQ(NamesOf(*library, {{DEV_MGR_CATEGORY_ALBUM, 2}}, DEV_MGR_CATEGORY_ARTIST), (Names{"Bob"}));
+    EXPECT_EQ(NamesOf(*library, {{DEV_MGR_CATEGORY_ARTIST, 3}}, DEV_MGR_CATEGORY_ALBUM),
+              (Names{"Duets", "Sampler"}));
 }
 
 }  // namespace

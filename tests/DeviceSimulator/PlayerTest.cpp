@@ -27,8 +27,7 @@ class PlayerTest : public testing::Test {
     std::string Events() {
         std::string text;
         for (const PlayerEvent& event : player.TakeEvents()) {
-            text += (text.empty() ? "" : " ") + std::to_string(event.id);
-            text += event.value != 0 ? "=" + std::to_string(event.value) : "";
+            text += (text.empty() ? "" : " ") + EventText(event.id, event.value);
         }
         return text;
     }
@@ -51,34 +50,39 @@ class PlayerTest : public testing::Test {
 TEST_F(PlayerTest, TellsTheTimeOnceASecondOfTheTrackAndTheRateWhenItDiffers) {
     Start(4, 1);
     EXPECT_EQ(After(999ms), "");
-    EXPECT_EQ(After(1ms), "8=1000");
-    EXPECT_EQ(After(2400ms), "8=2000 8=3000");
-    EXPECT_EQ(player.Pause(now), kSuccess);
+    EXPECT_EQ(After(1ms), "play-time=1000");
+    EXPECT_EQ(After(2400ms), "play-time=2000 play-time=3000");
+    EXPECT_EQ(player.Pause(now), DEV_MGR_SUCCESS);
     EXPECT_EQ(player.NextDue(), std::nullopt);
-    EXPECT_EQ(After(5s), "10");
+    EXPECT_EQ(After(5s), "play-paused");
     EXPECT_EQ(player.ElapsedMs(now), 3400U);
-    EXPECT_EQ(player.Play(now), kSuccess);
-    EXPECT_EQ(After(5600ms), "9 8=4000 8=5000 8=6000 8=7000 8=8000 8=9000");
-    EXPECT_EQ(After(1s), "13");
+    EXPECT_EQ(player.Play(now), DEV_MGR_SUCCESS);
+    EXPECT_EQ(After(5600ms),
+              "play-started play-time=4000 play-time=5000 play-time=6000 play-time=7000 play-time=8000 "
+              "play-time=9000");
+    EXPECT_EQ(After(1s), "play-track-changed");
     After(9s);
-    EXPECT_EQ(After(1s), "13 17=48000");
+    EXPECT_EQ(After(1s), "play-track-changed new-track-sample-rate=48000");
     After(9s);
-    EXPECT_EQ(After(1s), "12");
+    EXPECT_EQ(After(1s), "play-stopped");
     player.Play(now);
-    EXPECT_EQ(Events(), "13 17=44100 9");
+    EXPECT_EQ(Events(), "play-track-changed new-track-sample-rate=44100 play-started");
 }
 
 TEST_F(PlayerTest, RepeatDecidesWhatFollowsTheEnd) {
     struct Case {
-        RepeatMode repeat;
+        DevMgrRepeatMode repeat;
         std::uint32_t start;
-        PlayState state;
+        DevMgrPlayState state;
         std::uint32_t track;
     };
     const Case cases[] = {
-        {RepeatMode::None, 0, PlayState::Playing, 1}, {RepeatMode::None, 2, PlayState::Stopped, 0},
-        {RepeatMode::One, 0, PlayState::Playing, 0},  {RepeatMode::One, 2, PlayState::Playing, 2},
-        {RepeatMode::All, 0, PlayState::Playing, 1},  {RepeatMode::All, 2, PlayState::Playing, 0},
+        {E_DEVMGR_IPOD_REPEAT_NONE, 0, E_DEVMGR_IPOD_PLAY_PLAYING, 1},
+        {E_DEVMGR_IPOD_REPEAT_NONE, 2, E_DEVMGR_IPOD_PLAY_STOPPED, 0},
+        {E_DEVMGR_IPOD_REPEAT_ONE, 0, E_DEVMGR_IPOD_PLAY_PLAYING, 0},
+        {E_DEVMGR_IPOD_REPEAT_ONE, 2, E_DEVMGR_IPOD_PLAY_PLAYING, 2},
+        {E_DEVMGR_IPOD_REPEAT_ALL, 0, E_DEVMGR_IPOD_PLAY_PLAYING, 1},
+        {E_DEVMGR_IPOD_REPEAT_ALL, 2, E_DEVMGR_IPOD_PLAY_PLAYING, 0},
     };
     for (const Case& c : cases) {
         player.SetRepeat(c.repeat);
@@ -86,12 +90,13 @@ TEST_F(PlayerTest, RepeatDecidesWhatFollowsTheEnd) {
         After(10s + 500ms);
         EXPECT_EQ(player.State(), c.state);
         EXPECT_EQ(Track(), c.track);
-        EXPECT_EQ(player.ElapsedMs(now), c.state == PlayState::Playing ? 500U : 0U);
+        EXPECT_EQ(player.ElapsedMs(now), c.state == E_DEVMGR_IPOD_PLAY_PLAYING ? 500U : 0U);
     }
 }
 
 TEST_F(PlayerTest, PassesOverTracksUntilNoneIsLeft) {
-    for (const RepeatMode repeat : {RepeatMode::None, RepeatMode::One, RepeatMode::All}) {
+    for (const DevMgrRepeatMode repeat :
+         {E_DEVMGR_IPOD_REPEAT_NONE, E_DEVMGR_IPOD_REPEAT_ONE, E_DEVMGR_IPOD_REPEAT_ALL}) {
         player.SetRepeat(repeat);
         Start(3, 1);
         player.PassOver(now);
@@ -101,36 +106,40 @@ TEST_F(PlayerTest, PassesOverTracksUntilNoneIsLeft) {
         const std::uint64_t changes = player.SoundChanges();
         player.PassOver(now);
         EXPECT_NE(player.SoundChanges(), changes);
-        EXPECT_EQ(player.State(), repeat == RepeatMode::None ? PlayState::Stopped : PlayState::Playing);
+        EXPECT_EQ(player.State(), repeat == E_DEVMGR_IPOD_REPEAT_NONE ? E_DEVMGR_IPOD_PLAY_STOPPED
+                                                                      : E_DEVMGR_IPOD_PLAY_PLAYING);
         player.PassOver(now);
         player.PassOver(now);
-        EXPECT_EQ(player.State(), PlayState::Stopped);
+        EXPECT_EQ(player.State(), E_DEVMGR_IPOD_PLAY_STOPPED);
         EXPECT_TRUE(player.CurrentSound().file.empty());
     }
 }
 
 TEST_F(PlayerTest, SkipsByPositionRepeatAndQueue) {
     struct Case {
-        SkipDirection direction;
-        RepeatMode repeat;
+        DevMgrSkip direction;
+        DevMgrRepeatMode repeat;
         std::uint32_t start;
         std::chrono::milliseconds played;
         std::uint32_t track;
         std::string_view events;
     };
-    using enum SkipDirection;
     const Case cases[] = {
-        {Next, RepeatMode::None, 0, 1s, 1, "13"},     {Next, RepeatMode::None, 2, 1s, 0, "12"},
-        {Next, RepeatMode::All, 2, 1s, 0, "13"},      {Next, RepeatMode::One, 0, 1s, 1, "13"},
-        {Previous, RepeatMode::None, 2, 3s, 1, "13"}, {Previous, RepeatMode::None, 2, 3001ms, 2, "8"},
-        {Previous, RepeatMode::None, 0, 1s, 0, "8"},  {Previous, RepeatMode::All, 0, 1s, 2, "13"},
-        {Previous, RepeatMode::All, 0, 4s, 0, "8"},
+        {DEV_MGR_SKIP_NEXT, E_DEVMGR_IPOD_REPEAT_NONE, 0, 1s, 1, "play-track-changed"},
+        {DEV_MGR_SKIP_NEXT, E_DEVMGR_IPOD_REPEAT_NONE, 2, 1s, 0, "play-stopped"},
+        {DEV_MGR_SKIP_NEXT, E_DEVMGR_IPOD_REPEAT_ALL, 2, 1s, 0, "play-track-changed"},
+        {DEV_MGR_SKIP_NEXT, E_DEVMGR_IPOD_REPEAT_ONE, 0, 1s, 1, "play-track-changed"},
+        {DEV_MGR_SKIP_PREVIOUS, E_DEVMGR_IPOD_REPEAT_NONE, 2, 3s, 1, "play-track-changed"},
+        {DEV_MGR_SKIP_PREVIOUS, E_DEVMGR_IPOD_REPEAT_NONE, 2, 3001ms, 2, "play-time"},
+        {DEV_MGR_SKIP_PREVIOUS, E_DEVMGR_IPOD_REPEAT_NONE, 0, 1s, 0, "play-time"},
+        {DEV_MGR_SKIP_PREVIOUS, E_DEVMGR_IPOD_REPEAT_ALL, 0, 1s, 2, "play-track-changed"},
+        {DEV_MGR_SKIP_PREVIOUS, E_DEVMGR_IPOD_REPEAT_ALL, 0, 4s, 0, "play-time"},
     };
     for (const Case& c : cases) {
         player.SetRepeat(c.repeat);
         Start(3, c.start);
         After(c.played);
-        EXPECT_EQ(player.Skip(c.direction, now), kSuccess);
+        EXPECT_EQ(player.Skip(c.direction, now), DEV_MGR_SUCCESS);
         EXPECT_EQ(Events(), c.events);
         EXPECT_EQ(Track(), c.track);
         EXPECT_EQ(player.ElapsedMs(now), 0U);
@@ -140,14 +149,14 @@ TEST_F(PlayerTest, SkipsByPositionRepeatAndQueue) {
 TEST_F(PlayerTest, SeeksSeveralTimesAsFastAndStopsAtTheEnds) {
     Start(2, 1);
     After(1s);
-    EXPECT_EQ(player.StartSeek(SeekDirection::Forward, now), kSuccess);
-    EXPECT_EQ(After(500ms), "14");
+    EXPECT_EQ(player.StartSeek(DEV_MGR_SEEK_FORWARD, now), DEV_MGR_SUCCESS);
+    EXPECT_EQ(After(500ms), "fast-fw-started");
     EXPECT_EQ(player.ElapsedMs(now), 5000U);
-    player.StartSeek(SeekDirection::Rewind, now);
-    EXPECT_EQ(After(625ms), "15 16");
+    player.StartSeek(DEV_MGR_SEEK_REWIND, now);
+    EXPECT_EQ(After(625ms), "fast-rw-started fast-fw-rw-stopped");
     EXPECT_EQ(player.ElapsedMs(now), 0U);
     Start(2);
-    player.StartSeek(SeekDirection::Forward, now);
+    player.StartSeek(DEV_MGR_SEEK_FORWARD, now);
     After(1500ms);
     EXPECT_EQ(Track(), 1U);
     EXPECT_EQ(player.ElapsedMs(now), 2000U);
@@ -155,18 +164,18 @@ TEST_F(PlayerTest, SeeksSeveralTimesAsFastAndStopsAtTheEnds) {
 
 TEST_F(PlayerTest, ShufflingTracksKeepsTheCurrentOneAndEveryOther) {
     Start(24, 5);
-    player.SetShuffle(ShuffleMode::Tracks, now);
-    EXPECT_EQ(Events(), "32=1 34=24");
+    player.SetShuffle(E_DEVMGR_IPOD_SHUFFLE_TRACKS, now);
+    EXPECT_EQ(Events(), "shuffle-setting=1 play-context-setting=24");
     EXPECT_EQ(Track(), 5U);
     const auto shuffled = Order();
     EXPECT_FALSE(std::is_sorted(shuffled.begin(), shuffled.end()));
     EXPECT_EQ(std::set(shuffled.begin(), shuffled.end()).size(), 24U);
-    player.Skip(SkipDirection::Next, now);
-    player.SetShuffle(ShuffleMode::None, now);
+    player.Skip(DEV_MGR_SKIP_NEXT, now);
+    player.SetShuffle(E_DEVMGR_IPOD_SHUFFLE_NONE, now);
     EXPECT_EQ(Track(), shuffled[1]);
     EXPECT_EQ(player.Queue().Position(), shuffled[1]);
     // Albums stay together.
-    player.SetShuffle(ShuffleMode::Albums, now);
+    player.SetShuffle(E_DEVMGR_IPOD_SHUFFLE_ALBUMS, now);
     const auto order = Order();
     EXPECT_FALSE(std::is_sorted(order.begin(), order.end()));
     for (std::size_t i = 0; i < order.size(); i += 3) {
@@ -180,24 +189,24 @@ TEST_F(PlayerTest, WhatIsPausedStaysPaused) {
     Start(3, 1);
     After(2500ms);
     player.Pause(now);
-    EXPECT_EQ(player.Skip(SkipDirection::Next, now), kSuccess);
-    EXPECT_EQ(After(20s), "10 13");
-    EXPECT_EQ(player.State(), PlayState::Paused);
-    player.StartSeek(SeekDirection::Forward, now);
-    EXPECT_EQ(After(500ms), "14");
-    player.StartSeek(SeekDirection::Rewind, now);
+    EXPECT_EQ(player.Skip(DEV_MGR_SKIP_NEXT, now), DEV_MGR_SUCCESS);
+    EXPECT_EQ(After(20s), "play-paused play-track-changed");
+    EXPECT_EQ(player.State(), E_DEVMGR_IPOD_PLAY_PAUSED);
+    player.StartSeek(DEV_MGR_SEEK_FORWARD, now);
+    EXPECT_EQ(After(500ms), "fast-fw-started");
+    player.StartSeek(DEV_MGR_SEEK_REWIND, now);
     player.EndSeek(now);
     player.EndSeek(now);
-    EXPECT_EQ(After(20s), "15 16");
+    EXPECT_EQ(After(20s), "fast-rw-started fast-fw-rw-stopped");
     EXPECT_EQ(player.ElapsedMs(now), 4000U);
-    EXPECT_EQ(player.MoveWithin(10'001ms, now), kInvalidIndex);
-    EXPECT_EQ(player.MoveWithin(10s, now), kSuccess);
-    EXPECT_EQ(After(1s), "8=10000");
+    EXPECT_EQ(player.MoveWithin(10'001ms, now), DEV_MGR_IAP_INVALID_INDEX);
+    EXPECT_EQ(player.MoveWithin(10s, now), DEV_MGR_SUCCESS);
+    EXPECT_EQ(After(1s), "play-time=10000");
     // Fast forward is stopped with what it runs into the end of.
     player.MoveWithin(2s, now);
     player.Play(now);
-    player.StartSeek(SeekDirection::Forward, now);
-    EXPECT_EQ(After(1s), "8=2000 9 14 16 12");
+    player.StartSeek(DEV_MGR_SEEK_FORWARD, now);
+    EXPECT_EQ(After(1s), "play-time=2000 play-started fast-fw-started fast-fw-rw-stopped play-stopped");
 }
 
 }  // namespace

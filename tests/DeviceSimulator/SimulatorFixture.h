@@ -13,6 +13,8 @@
 #include <vector>
 
 #include "DeviceSimulator/Engine.h"
+#include "DeviceSimulator/Environment.h"
+#include "DeviceSimulator/EventNames.h"
 #include "DeviceSimulator/LibraryBuilder.h"
 #include "DeviceSimulator/Simulator.h"
 
@@ -51,6 +53,13 @@ inline std::shared_ptr<const Library> MakeTestLibrary() {
     return builder.BuildWithCovers(covers);
 }
 
+/// An event by its word, with its first value when it has one: "play-time=1000", "device-connected=hub".
+inline std::string EventText(std::uint32_t id, std::uint32_t value) {
+    const bool isOfDevice = id == DEV_MGR_EVENT_DEVICE_CONNECTED || id == DEV_MGR_EVENT_DEVICE_DISCONNECTED;
+    const std::string text = isOfDevice ? std::string(DeviceTypeWord(value)) : std::to_string(value);
+    return EventWord(id) + (text == "0" ? "" : "=" + text);
+}
+
 /// Stands still until it is moved.
 class ManualClock : public Clock {
   public:
@@ -82,7 +91,7 @@ class SimulatorTest : public testing::Test {
 
     static u32 Register() {
         u32 process = 0;
-        EXPECT_EQ(eDevMgrRegisterProcess(&process, Callback), kSuccess);
+        EXPECT_EQ(eDevMgrRegisterProcess(&process, Callback), DEV_MGR_SUCCESS);
         return process;
     }
 
@@ -97,12 +106,12 @@ class SimulatorTest : public testing::Test {
     }
 
     /// Plugs a player in and opens it, with a browse session.
-    void OpenPlayer(u32 type = kIap) {
+    void OpenPlayer(u32 type = DEV_MGR_DEVICE_TYPE_IAP_2WIRE) {
         DeviceDescription device;
         device.type = type;
         dh = Simulator::Instance().Plug(device);
-        ASSERT_EQ(eDevMgrOpenDevice(ph, dh), kSuccess);
-        ASSERT_EQ(eDevMgriPodOpenMdBrowseSession(ph, dh, 1), kSuccess);
+        ASSERT_EQ(eDevMgrOpenDevice(ph, dh), DEV_MGR_SUCCESS);
+        ASSERT_EQ(eDevMgriPodOpenMdBrowseSession(ph, dh, 1), DEV_MGR_SUCCESS);
         TakeEvents(ph);
     }
 
@@ -112,19 +121,18 @@ class SimulatorTest : public testing::Test {
         return std::exchange(s_events[process], {});
     }
 
-    /// The ids and first values of the events since the last time, as "13 17=48000 9".
+    /// The events since the last time, as EventText has them, with blanks between.
     std::string TakeEventText() {
         std::string text;
         for (const DeviceEvent& event : TakeEvents(ph)) {
-            text += (text.empty() ? "" : " ") + std::to_string(event.words[0]);
-            text += event.words[1] != 0 ? "=" + std::to_string(event.words[1]) : "";
+            text += (text.empty() ? "" : " ") + EventText(event.words[0], event.words[1]);
         }
         return text;
     }
 
     u32 Status() {
         u32 status = 99;
-        EXPECT_EQ(eDevMgriPodGetPlayStatus(ph, dh, &status), kSuccess);
+        EXPECT_EQ(eDevMgriPodGetPlayStatus(ph, dh, &status), DEV_MGR_SUCCESS);
         return status;
     }
 
@@ -132,7 +140,7 @@ class SimulatorTest : public testing::Test {
     std::string Title() {
         TrackMetadataRecord record{};
         const u32 result = eDevMgriPodGetPlayingTrackMetaData(ph, dh, &record);
-        return result == kSuccess ? record.title : std::to_string(result);
+        return result == DEV_MGR_SUCCESS ? record.title : std::to_string(result);
     }
 
     std::shared_ptr<ManualClock> clock = std::make_shared<ManualClock>();
