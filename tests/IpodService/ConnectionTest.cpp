@@ -215,19 +215,35 @@ TEST_F(ConnectionTest, ADisconnectIsActedOnInTheNextPass) {
 
 TEST_F(ConnectionTest, ClosingDeletesWhatTheDeviceLeftAndNothingElse) {
     for (const char* name : {"root/a.pls", "root/B.PLS.bak", "root/keep.txt", "root/sub/c.pls",
-                             "root/d.pls.d/x", "iap2db/Phone.db", "iap2db/x.DB-journal", "iap2db/keep"}) {
+                             "iap2db/Phone.db", "iap2db/x.DB-journal", "iap2db/keep"}) {
         std::filesystem::create_directories((m_folder / name).parent_path());
         std::ofstream(m_folder / name) << "x";
     }
+    std::filesystem::create_directory(m_folder / "root/empty.pls");
+    std::filesystem::create_symlink("keep.txt", m_folder / "root/link.pls");
+    TakeLog();
     m_manager->CloseDevice();
+    EXPECT_THAT(TakeLog(), testing::EndsWith("[DEBUG] iPod - Clearing playlist files! \n"
+                                             "[DEBUG] iPod - Clearing database files! \n"));
     Texts left;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(m_folder)) {
-        if (entry.is_regular_file()) {
-            left.push_back(entry.path().lexically_relative(m_folder));
-        }
+        left.push_back(entry.path().lexically_relative(m_folder));
     }
-    EXPECT_THAT(left, testing::UnorderedElementsAre("log", "root/keep.txt", "root/sub/c.pls",
-                                                    "root/d.pls.d/x", "iap2db/keep"));
+    EXPECT_THAT(left,
+                testing::UnorderedElementsAre("log", "root", "root/keep.txt", "root/sub", "root/sub/c.pls",
+                                              "root/empty.pls", "root/link.pls", "iap2db", "iap2db/keep"));
+}
+
+TEST_F(ConnectionTest, ClosingLeavesBrowsingAndStopsTheStream) {
+    Connect();
+    ASSERT_EQ(m_manager->BrowseTopCategory(DEV_MGR_CATEGORY_ARTIST), 0);
+    m_manager->StartStream();
+    m_simulator.Fail("eDevMgrCloseDevice", DEV_MGR_DEVICE_ERROR, 1);
+    EXPECT_EQ(m_manager->CloseDevice(), 1 - DEV_MGR_DEVICE_ERROR);
+    EXPECT_FALSE(m_manager->IsBrowsing());
+    EXPECT_EQ(m_manager->BrowseOneLevelBack(), 1) << "nothing is left of the stack";
+    EXPECT_EQ(m_manager->StopStream(), 0);
+    EXPECT_EQ(m_manager->State(), ConnectionState::Registered);
 }
 
 TEST_F(ConnectionTest, AStickIsReportedOnEveryPassAndNeverTaken) {

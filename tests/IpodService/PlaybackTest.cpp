@@ -77,6 +77,35 @@ TEST_F(PlaybackTest, ToggleFollowsTheStatus) {
     }
 }
 
+TEST_F(PlaybackTest, PlayAndPauseDoWhatTheStatusLeavesToDo) {
+    const struct {
+        u32 status;
+        const char* play;  ///< the answer
+        std::size_t selected;
+        std::size_t played;
+        const char* pause;
+    } cases[] = {{E_DEVMGR_IPOD_PLAY_PLAYING, "null", 0, 0, "true"},
+                 {E_DEVMGR_IPOD_PLAY_PAUSED, "true", 0, 1, "false"},
+                 {E_DEVMGR_IPOD_PLAY_STOPPED, "true", 1, 1, "true"},
+                 {E_DEVMGR_IPOD_PLAY_FAST_FORWARD, "null", 0, 0, "true"},
+                 {E_DEVMGR_IPOD_PLAY_FAST_REWIND, "null", 0, 0, "true"},
+                 {E_DEVMGR_IPOD_PLAY_UNKNOWN, "true", 0, 1, "true"}};
+    m_standIns.eDevMgriPodPause = m_standIns.eDevMgriPodPlay = Answering(DEV_MGR_SUCCESS);
+    const auto text = [](const Json::Value& result) {
+        return result.isNull() ? std::string("null") : result["success"].toStyledString().substr(0, 5);
+    };
+    for (const auto& [status, play, selected, played, pause] : cases) {
+        m_standIns.eDevMgriPodGetPlayStatus = Giving(status);
+        UseStandIns();
+        m_simulator.ClearCalls();
+        EXPECT_THAT(text(Result(&Handler::Play)), testing::StartsWith(play)) << status;
+        EXPECT_EQ(m_simulator.Calls("eDevMgriPodSelectCategorizedIndex").size(), selected) << status;
+        EXPECT_EQ(m_simulator.Calls("eDevMgriPodPlay").size(), played) << status;
+        EXPECT_THAT(text(Result(&Handler::Pause)), testing::StartsWith(pause)) << status;
+        EXPECT_EQ(m_simulator.Calls("eDevMgriPodPause").size(), pause[0] == 't' ? 1u : 0u) << status;
+    }
+}
+
 TEST_F(PlaybackTest, ABusyDeviceIsAskedAgain) {
     m_simulator.Fail("eDevMgriPodGetPlayStatus", DEV_MGR_IAP_APP_BUSY, 2);
     const auto start = std::chrono::steady_clock::now();
@@ -96,9 +125,11 @@ TEST_F(PlaybackTest, SettingsAndCountsOfABusyDeviceAreAskedForAgain) {
         const char* call;
         std::function<i32(IpodManager&)> operation;
         bool pauses;
-    } cases[] = {{"eDevMgriPodGetRepeatSetting", [](auto& m) { return m.GetRepeat(); }, true},
-                 {"eDevMgriPodGetShuffleSetting", [](auto& m) { return m.GetShuffle(); }, true},
-                 {"eDevMgriPodGetNumPlayingTracks", [](auto& m) { return m.GetNowPlayingList(); }, false}};
+    } cases[] = {
+        {"eDevMgriPodGetRepeatSetting", [](auto& m) { return m.GetRepeat(); }, true},
+        {"eDevMgriPodGetShuffleSetting", [](auto& m) { return m.GetShuffle(); }, true},
+        {"eDevMgriPodGetNumPlayingTracks", [](auto& m) { return i32(m.GetNowPlayingIndex().count); }, true},
+        {"eDevMgriPodGetNumPlayingTracks", [](auto& m) { return m.GetNowPlayingList(); }, false}};
     for (const auto& [call, operation, pauses] : cases) {
         m_simulator.Fail(call, DEV_MGR_IAP_APP_BUSY, 1);
         m_simulator.ClearCalls();

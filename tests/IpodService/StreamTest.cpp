@@ -94,6 +94,16 @@ class StreamTest : public ManagerTest {
         }
         return sound;
     }
+    static std::ptrdiff_t CountEntries(const char* folder) {
+        const std::filesystem::directory_iterator entries(folder);
+        return std::distance(begin(entries), end(entries));
+    }
+    /// Has GStreamer and GLib open what they keep.
+    void StartAndStop() {
+        m_manager->StartStream();
+        ASSERT_TRUE(WaitForSound(44100, 0.3));
+        m_manager->StopStream();
+    }
     bool WaitForSound(std::uint32_t rate, double seconds) const {
         return WaitFor([&] {
             const Sound sound = Played();
@@ -107,23 +117,18 @@ class StreamTest : public ManagerTest {
 };
 
 TEST_F(StreamTest, RestartsLeaveNothingBehind) {
-    const auto count = [](const char* folder) {
-        const std::filesystem::directory_iterator entries(folder);
-        return std::distance(begin(entries), end(entries));
-    };
-    m_manager->StartStream();
-    ASSERT_TRUE(WaitForSound(44100, 0.3));
-    m_manager->StopStream();
-    const auto descriptors = count("/proc/self/fd");
-    const auto threads = count("/proc/self/task");
+    StartAndStop();
+    const auto descriptors = CountEntries("/proc/self/fd");
+    const auto threads = CountEntries("/proc/self/task");
     m_manager->StartStream();
     for (int restart = 0; restart < 200; ++restart) {
         ASSERT_EQ(m_manager->RestartStream(restart % 2 == 0 ? 48000 : -1), 1);
     }
     m_manager->StopStream();
     // The threads of GLib's pools end a while after their work.
-    EXPECT_TRUE(WaitFor(
-        [&] { return count("/proc/self/fd") <= descriptors && count("/proc/self/task") <= threads; }));
+    EXPECT_TRUE(WaitFor([&] {
+        return CountEntries("/proc/self/fd") <= descriptors && CountEntries("/proc/self/task") <= threads;
+    }));
 }
 
 TEST_F(StreamTest, RateEventsStormAgainstStartAndStop) {
@@ -187,6 +192,8 @@ TEST_F(StreamTest, ARateEventRestartsTheStreamAndMendsABrokenOne) {
 }
 
 TEST_F(StreamTest, UnpluggedCardBreaksTheStreamUntilItIsStopped) {
+    StartAndStop();
+    const auto descriptors = CountEntries("/proc/self/fd");
     PlayTone(44100);
     EXPECT_EQ(m_manager->StartStream(), 1);
     ASSERT_TRUE(WaitForSound(44100, 0.5));
@@ -194,6 +201,8 @@ TEST_F(StreamTest, UnpluggedCardBreaksTheStreamUntilItIsStopped) {
     std::string log;
     EXPECT_TRUE(WaitFor([&] { return (log += TakeLog()).find(" - Code: 9\n") != std::string::npos; }));
     EXPECT_EQ(m_manager->StartStream(), 0) << "refused while broken";
+    EXPECT_TRUE(WaitFor([&] { return CountEntries("/proc/self/fd") <= descriptors; }))
+        << "the cards are let go";
     SetGone("capture", false);
     EXPECT_EQ(m_manager->StopStream(), 1);
     EXPECT_EQ(m_manager->StartStream(), 1);
