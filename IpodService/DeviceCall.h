@@ -3,7 +3,6 @@
 
 #include <chrono>
 #include <string>
-#include <thread>
 #include <utility>
 
 #include "DeviceManager/DeviceManager.h"
@@ -71,9 +70,10 @@ class CallLog {
     int m_line;
 };
 
-/// Makes the call with its log entries and repetitions; returns the last result. Server thread.
-template <typename... Parameters, typename... Arguments>
-u32 MakeCall(const DeviceCall<u32 (*)(Parameters...)>& call, Arguments... arguments) {
+/// Makes the call with its log entries; returns the result. While a call that is to be repeated is answered
+/// "busy", `pause(time)` is called before each repetition; it answers true to end them.
+template <typename Pause, typename... Parameters, typename... Arguments>
+u32 MakeCall(const DeviceCall<u32 (*)(Parameters...)>& call, Pause pause, Arguments... arguments) {
     const CallLog log(call);
     const CallOptions& options = call.options;
     const bool repeats = options.busyPause.count() > 0;
@@ -84,7 +84,9 @@ u32 MakeCall(const DeviceCall<u32 (*)(Parameters...)>& call, Arguments... argume
     }
     while (repeats && code == DEV_MGR_IAP_APP_BUSY) {
         log.Busy();
-        std::this_thread::sleep_for(options.busyPause);
+        if (pause(options.busyPause)) {
+            break;
+        }
         code = call.function(arguments...);
     }
     log.AfterCall(code);

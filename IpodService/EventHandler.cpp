@@ -104,6 +104,7 @@ void EventHandler::OnDeviceManagerEvent(const DeviceEvent& record) {
         case DEV_MGR_EVENT_DB_BUILD_PROGRESS_INFO:
             if (event.Word(1) > kBuildingPercent) {
                 m_connectionState = ConnectionState::DatabaseComplete;
+                m_pending.Wake();
             }
             break;
         default:

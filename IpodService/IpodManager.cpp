@@ -2,11 +2,26 @@
 
 #include "IpodService/IpodManager.h"
 
+#include <algorithm>
+#include <cstdint>
+
+#include "IpodService/Clock.h"
 #include "IpodService/DeviceManagerNames.h"
 #include "IpodService/Outcome.h"
 
-IpodManager::IpodManager(IIpodNotifications* notifications, DeviceFolders folders)
-    : m_notifications(notifications), m_folders(std::move(folders)) {
+namespace {
+
+using std::chrono::milliseconds;
+
+// Players are looked for at this pace while there is none, and the loop is never asleep for longer.
+constexpr milliseconds kLongestSleep{1000};
+// The pace of a step that tries something again.
+constexpr milliseconds kRetryPause{25};
+
+}  // namespace
+
+IpodManager::IpodManager(IIpodNotifications* notifications, DeviceFolders folders, std::function<void()> wake)
+    : m_notifications(notifications), m_folders(std::move(folders)), m_pending(std::move(wake)) {
     pthread_mutex_init(&m_browseMutex, nullptr);
     PrepareDatabaseFolder(m_folders);
 }
@@ -34,6 +49,19 @@ void IpodManager::UpdateConnection() {
         case ConnectionState::BrowseReady:
             break;
     }
+}
+
+milliseconds IpodManager::TimeToNextStep() const {
+    if (!IsDeviceConnected()) {
+        return kLongestSleep;
+    }
+    const ConnectionState state = m_connectionState;
+    const bool opensSession =
+        state == ConnectionState::Connected || state == ConnectionState::DatabaseComplete;
+    if (opensSession || m_pending.IsAlbumArtDue()) {
+        return kRetryPause;
+    }
+    return std::min(kLongestSleep, milliseconds(m_pending.TimeToPlayStatus(NowMs()).value_or(UINT32_MAX)));
 }
 
 i32 IpodManager::RegisterProcess() {

@@ -4,6 +4,8 @@
 #include <pthread.h>
 
 #include <atomic>
+#include <chrono>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -24,8 +26,10 @@
 /// logged. The server thread's own, but for what says otherwise.
 class IpodManager {
   public:
-    /// `notifications` is not owned and outlives the manager. Main thread.
-    explicit IpodManager(IIpodNotifications* notifications, DeviceFolders folders = {});
+    /// `notifications` is not owned and outlives the manager. `wake` is called, on whatever thread, when
+    /// there is work for the server loop. Main thread.
+    explicit IpodManager(IIpodNotifications* notifications, DeviceFolders folders = {},
+                         std::function<void()> wake = {});
     /// Returns once no event is being handled any more; stops the stream. Main thread, server thread gone.
     ~IpodManager();
     IpodManager(const IpodManager&) = delete;
@@ -53,6 +57,9 @@ class IpodManager {
     void UpdateTrackTime() REQUIRES(kServerThread);
     /// Closes the device that an event has reported gone.
     void ProcessDelayedClose() REQUIRES(kServerThread);
+
+    /// How long the loop may sleep before a step has something to do that nobody wakes it for.
+    std::chrono::milliseconds TimeToNextStep() const REQUIRES(kServerThread);
 
     // Session (IpodManager.cpp). AllocateShm2, FreeShm1, FreeShm2 and GetNumDevices stand here for
     // completeness: nothing in the service calls them.
@@ -180,9 +187,9 @@ class IpodManager {
     IIpodNotifications* const m_notifications;
     const DeviceFolders m_folders;
 
-    DeviceLink m_link;
-    std::atomic<ConnectionState> m_connectionState{ConnectionState::Unregistered};
     PendingWork m_pending;
+    DeviceLink m_link{m_pending};
+    std::atomic<ConnectionState> m_connectionState{ConnectionState::Unregistered};
     AudioStream m_streamer;
 
     // The server thread's own

@@ -8,6 +8,42 @@ bool IsPast(u32 nowMs, u32 deadlineMs) {
 
 }  // namespace
 
+bool PendingWork::RequestExit() {
+    const bool isFirst = !m_exitRequested.exchange(true);
+    {
+        const MutexLock lock(m_exitMutex);
+        m_exitCondition.NotifyAll();
+    }
+    Wake();
+    return isFirst;
+}
+
+bool PendingWork::WaitForExit(std::chrono::milliseconds pause) {
+    const auto end = std::chrono::steady_clock::now() + pause;
+    const MutexLock lock(m_exitMutex);
+    for (auto now = std::chrono::steady_clock::now(); !m_exitRequested && now < end;
+         now = std::chrono::steady_clock::now()) {
+        m_exitCondition.WaitFor(m_exitMutex, end - now);
+    }
+    return m_exitRequested;
+}
+
+void PendingWork::RequestPlayStatusAt(u32 deadlineMs) {
+    m_playStatusDeadlineMs = deadlineMs;
+    Wake();
+}
+
+void PendingWork::Request(std::atomic<bool>& flag) {
+    flag = true;
+    Wake();
+}
+
+void PendingWork::Wake() const {
+    if (m_wake) {
+        m_wake();
+    }
+}
+
 bool PendingWork::TakePlayStatus(u32 nowMs) {
     u32 deadline = m_playStatusDeadlineMs;
     const bool isPast = deadline != 0 && IsPast(nowMs, deadline);
@@ -16,6 +52,14 @@ bool PendingWork::TakePlayStatus(u32 nowMs) {
         m_playStatusDeadlineMs.compare_exchange_strong(deadline, 0);
     }
     return m_playStatusPending.exchange(false) || isPast;
+}
+
+std::optional<u32> PendingWork::TimeToPlayStatus(u32 nowMs) const {
+    const u32 deadline = m_playStatusDeadlineMs;
+    if (deadline == 0) {
+        return std::nullopt;
+    }
+    return IsPast(nowMs, deadline) ? 0 : deadline - nowMs + 1;
 }
 
 bool PendingWork::TakeTrackTime() {

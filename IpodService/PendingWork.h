@@ -2,33 +2,48 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <utility>
 
 #include "DeviceManager/DeviceManager.h"
+#include "ServiceUtil/Mutex.h"
 #include "ServiceUtil/ThreadRole.h"
 
 /// Flags and a deadline. A flag is cleared as it is taken, before it is acted on, so that what is asked for
 /// meanwhile is done in the pass after.
 class PendingWork {
   public:
+    /// `wake` makes the server loop look at once; it is called with every request, on the thread that makes
+    /// it. May be empty.
+    explicit PendingWork(std::function<void()> wake) : m_wake(std::move(wake)) {}
+
     // Any thread
 
     /// The server loop ends after its pass. True for the first request.
-    bool RequestExit() { return !m_exitRequested.exchange(true); }
+    bool RequestExit() EXCLUDES(m_exitMutex);
     bool IsExitRequested() const { return m_exitRequested; }
+    /// Returns after `pause`, or as soon as the exit is requested; true when it is.
+    bool WaitForExit(std::chrono::milliseconds pause) EXCLUDES(m_exitMutex);
     /// The device that is open has gone.
-    void RequestClose() { m_closePending = true; }
+    void RequestClose() { Request(m_closePending); }
     /// A track info is to be sent.
-    void RequestPlayStatus() { m_playStatusPending = true; }
+    void RequestPlayStatus() { Request(m_playStatusPending); }
     /// A track info is to be sent once the time is past `deadlineMs`, in place of an earlier such request.
     /// Milliseconds of NowMs; 0 for none.
-    void RequestPlayStatusAt(u32 deadlineMs) { m_playStatusDeadlineMs = deadlineMs; }
+    void RequestPlayStatusAt(u32 deadlineMs);
     /// A picture is to be fetched and sent.
-    void RequestAlbumArt() { m_albumArtPending = true; }
+    void RequestAlbumArt() { Request(m_albumArtPending); }
+    /// The server loop is to look at what has changed elsewhere.
+    void Wake() const;
 
     // Server thread
 
     /// Whether a track info is due at `nowMs`.
     bool TakePlayStatus(u32 nowMs) REQUIRES(kServerThread);
+    /// How long it is, at `nowMs`, until a track info is due; none when no time is set for one.
+    std::optional<u32> TimeToPlayStatus(u32 nowMs) const REQUIRES(kServerThread);
     /// Waits for a track info that is due.
     bool TakeTrackTime() REQUIRES(kServerThread);
     bool TakeStreamRestart() REQUIRES(kServerThread) { return m_streamRestartPending.exchange(false); }
@@ -40,6 +55,12 @@ class PendingWork {
     void DropAlbumArt() REQUIRES(kServerThread) { m_albumArtPending = false; }
 
   private:
+    void Request(std::atomic<bool>& flag);
+
+    const std::function<void()> m_wake;
+    Mutex m_exitMutex;  ///< a request is not missed by one who is about to wait for it
+    Condition m_exitCondition;
+
     std::atomic<bool> m_exitRequested{false};
     std::atomic<bool> m_closePending{false};
     std::atomic<bool> m_playStatusPending{false};

@@ -2,6 +2,7 @@
 // to compile a use without it.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 
@@ -39,6 +40,10 @@ class Condition {
     /// Lets `mutex` go while it waits and holds it again when it returns, which may be without a reason: call
     /// it in a loop that tests the condition.
     void Wait(Mutex& mutex) REQUIRES(mutex) { m_condition.wait(mutex); }
+    /// As Wait, and returns after `atMost` at the latest.
+    void WaitFor(Mutex& mutex, std::chrono::nanoseconds atMost) REQUIRES(mutex) {
+        m_condition.wait_for(mutex, atMost);
+    }
     void NotifyAll() { m_condition.notify_all(); }
 
   private:

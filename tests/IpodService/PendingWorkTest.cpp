@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 namespace {
 
 TEST(PendingWork, TellsOnceWhatWasAskedFor) {
-    PendingWork pending;
+    PendingWork pending({});
     EXPECT_FALSE(pending.TakeClose() || pending.TakePlayStatus(7) || pending.IsAlbumArtDue() ||
                  pending.IsExitRequested() || pending.TakeTrackTime() || pending.TakeStreamRestart());
     pending.RequestClose();
@@ -17,7 +19,7 @@ TEST(PendingWork, TellsOnceWhatWasAskedFor) {
 }
 
 TEST(PendingWork, APictureWaitsForTheTrackInfoAndStaysUntilItIsDropped) {
-    PendingWork pending;
+    PendingWork pending({});
     pending.RequestAlbumArt();
     pending.RequestPlayStatus();
     EXPECT_FALSE(pending.IsAlbumArtDue());
@@ -32,7 +34,7 @@ TEST(PendingWork, APictureWaitsForTheTrackInfoAndStaysUntilItIsDropped) {
 TEST(PendingWork, ADeadlineMakesOneMoreTrackInfoDueOnceItIsPast) {
     // Far from any end of the clock, and across its sign's change.
     for (const u32 deadline : {5000u, 0x7FFFFF00u, 0xFFFFFFF0u}) {
-        PendingWork pending;
+        PendingWork pending({});
         pending.RequestPlayStatus();
         pending.RequestPlayStatusAt(deadline);
         EXPECT_TRUE(pending.TakePlayStatus(deadline - 1000)) << "asked for at once";
@@ -46,6 +48,35 @@ TEST(PendingWork, ADeadlineMakesOneMoreTrackInfoDueOnceItIsPast) {
         EXPECT_TRUE(pending.TakePlayStatus(deadline + 1));
         EXPECT_FALSE(pending.TakePlayStatus(deadline + 2)) << "one for both";
     }
+}
+
+TEST(PendingWork, TellsHowLongItIsUntilATrackInfoIsDue) {
+    PendingWork pending({});
+    EXPECT_EQ(pending.TimeToPlayStatus(7), std::nullopt);
+    pending.RequestPlayStatusAt(0xFFFFFFFF);
+    EXPECT_EQ(pending.TimeToPlayStatus(0xFFFFFFF0), 16u);
+    EXPECT_EQ(pending.TimeToPlayStatus(0xFFFFFFFF), 1u);
+    EXPECT_EQ(pending.TimeToPlayStatus(0), 0u);
+}
+
+TEST(PendingWork, EveryRequestWakesTheLoopOnce) {
+    int wakes = 0;
+    PendingWork pending([&] { ++wakes; });
+    pending.RequestClose();
+    pending.RequestPlayStatus();
+    pending.RequestPlayStatusAt(7);
+    pending.RequestAlbumArt();
+    pending.RequestExit();
+    EXPECT_EQ(wakes, 5);
+}
+
+TEST(PendingWork, AWaitEndsWithItsTimeOrWithTheRequestToExit) {
+    PendingWork pending({});
+    EXPECT_FALSE(pending.WaitForExit(std::chrono::milliseconds(1)));
+    std::thread asking([&] { pending.RequestExit(); });
+    EXPECT_TRUE(pending.WaitForExit(std::chrono::hours(1)));
+    asking.join();
+    EXPECT_TRUE(pending.WaitForExit(std::chrono::hours(1)));
 }
 
 }  // namespace
