@@ -1,3 +1,4 @@
+// What is told of the process's termination signals.
 #pragma once
 
 /// Receives the process's termination signals from CSignalHandler.
@@ -5,7 +6,8 @@ class ISignalListener {
   public:
     virtual ~ISignalListener() = default;
 
-    /// Called with SIGTERM or SIGINT on the signal handler's own thread: an ordinary thread, not a signal
-    /// context, so logging, locks and exit() are allowed here.
+    /// Called with SIGTERM or SIGINT on a thread of the signal handler's: an ordinary thread, not a signal
+    /// context, so logging, locks and exit() are allowed here. One signal is told after the other, but a
+    /// call that takes longer than CSignalHandler::kPatience may find the next one beside it.
     virtual void OnSignal(int signalNumber) = 0;
 };

@@ -8,6 +8,7 @@
 
 #include "ServiceUtil/ThreadSafety.h"
 
+/// Not recursive.
 class CAPABILITY("mutex") Mutex {
   public:
     Mutex() = default;
@@ -40,10 +41,12 @@ class Condition {
     /// Lets `mutex` go while it waits and holds it again when it returns, which may be without a reason: call
     /// it in a loop that tests the condition.
     void Wait(Mutex& mutex) REQUIRES(mutex) { m_condition.wait(mutex); }
-    /// As Wait, and returns after `atMost` at the latest.
-    void WaitFor(Mutex& mutex, std::chrono::nanoseconds atMost) REQUIRES(mutex) {
-        m_condition.wait_for(mutex, atMost);
+
+    /// The same until `deadline` at most; false once it has passed.
+    bool WaitUntil(Mutex& mutex, std::chrono::steady_clock::time_point deadline) REQUIRES(mutex) {
+        return m_condition.wait_until(mutex, deadline) == std::cv_status::no_timeout;
     }
+
     void NotifyAll() { m_condition.notify_all(); }
 
   private:

@@ -4,33 +4,53 @@
 #include <pthread.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
-#include <condition_variable>
+#include <chrono>
 #include <csignal>
-#include <cstddef>
-#include <mutex>
 #include <system_error>
 #include <thread>
-#include <vector>
 
 #include "ServiceUtil/ISignalListener.h"
+#include "ServiceUtil/ListenerList.h"
 #include "ServiceUtil/Logger.h"
+#include "ServiceUtil/Mutex.h"
 
 namespace {
 
+/// Lets one watcher at a time tell a signal, until its patience with the one before ends.
+class Turns {
+  public:
+    void Begin() EXCLUDES(m_mutex) {
+        const auto deadline = std::chrono::steady_clock::now() + CSignalHandler::kPatience;
+        const MutexLock lock(m_mutex);
+        while (m_underWay > 0 && m_ended.WaitUntil(m_mutex, deadline)) {
+        }
+        ++m_underWay;
+    }
+
+    void End() EXCLUDES(m_mutex) {
+        const MutexLock lock(m_mutex);
+        --m_underWay;
+        m_ended.NotifyAll();
+    }
+
+  private:
+    Mutex m_mutex;
+    Condition m_ended;
+    int m_underWay GUARDED_BY(m_mutex) = 0;
+};
+
 /// What the threads share. Never destroyed: a listener may call exit(), and then the static destructors run
-/// while Notify is still iterating and others wait in Unregister.
+/// while it is still being called and others wait in Unregister.
 struct Shared {
-    std::mutex mutex;  // never held while a listener is called
-    std::condition_variable idle;
-    std::vector<ISignalListener*> listeners;  // guarded by mutex
-    int notifying = 0;                        // calls of Notify under way; guarded by mutex
-    bool stopping = false;                    // guarded by mutex
-    std::thread watcher;                      // the singleton's constructor and destructor only
-    int readEnd = -1;                         // set before the watcher starts
+    ListenerList<ISignalListener> listeners;
+    Turns turns;
+    Mutex reading;  // held while a signal is awaited and until its turn has come: signals keep their order
+    std::atomic<bool> stopping{false};
+    std::array<std::thread, 2> watchers;  // the singleton's constructor and Stop only
+    int readEnd = -1;                     // set before the watchers start
 };
 
 Shared& State() {
@@ -43,9 +63,7 @@ Shared& State() {
 constinit std::atomic<int> g_writeEnd{-1};
 static_assert(std::atomic<int>::is_always_lock_free);
 
-constexpr int kWakeUp = 0;  // no signal has this number
-
-thread_local int t_notifyDepth = 0;
+constexpr int kStop = 0;  // no signal has this number
 
 void WriteToPipe(int signalNumber) {
     const auto byte = static_cast<unsigned char>(signalNumber);
@@ -59,53 +77,26 @@ extern "C" void OnProcessSignal(int signalNumber) {
     errno = savedErrno;
 }
 
-bool IsStopping() {
-    const std::lock_guard lock(State().mutex);
-    return State().stopping;
-}
-
-bool IsRegistered(const ISignalListener* listener) {
-    const std::lock_guard lock(State().mutex);
-    const auto& listeners = State().listeners;
-    return std::find(listeners.begin(), listeners.end(), listener) != listeners.end();
-}
-
-/// One call of Notify: from Begin on, Unregister and the destructor know of it.
-class NotifyScope {
-  public:
-    NotifyScope() = default;
-    NotifyScope(const NotifyScope&) = delete;
-    NotifyScope& operator=(const NotifyScope&) = delete;
-    ~NotifyScope() {
-        --t_notifyDepth;
-        const std::lock_guard lock(State().mutex);
-        --State().notifying;
-        State().idle.notify_all();
+/// Waits for the next signal and for its turn. False when the watchers are to end.
+bool AwaitSignal(unsigned char& number) {
+    Shared& state = State();
+    const MutexLock lock(state.reading);
+    if (state.stopping || ::read(state.readEnd, &number, 1) != 1 || number == kStop) {
+        return false;
     }
-
-    std::vector<ISignalListener*> Begin() {
-        ++t_notifyDepth;
-        const std::lock_guard lock(State().mutex);
-        ++State().notifying;
-        return State().stopping ? std::vector<ISignalListener*>{} : State().listeners;
-    }
-};
+    state.turns.Begin();
+    return true;
+}
 
 void NotifyListeners(int signalNumber) {
-    NotifyScope scope;
-    for (ISignalListener* listener : scope.Begin()) {
-        if (listener != nullptr && IsRegistered(listener)) {
-            listener->OnSignal(signalNumber);
-        }
-    }
+    State().listeners.ForEach([&](ISignalListener& listener) { listener.OnSignal(signalNumber); });
 }
 
 void WatchPipe() {
     unsigned char number = 0;
-    while (!IsStopping() && ::read(State().readEnd, &number, 1) == 1) {
-        if (number != kWakeUp) {
-            NotifyListeners(number);
-        }
+    while (AwaitSignal(number)) {
+        NotifyListeners(number);
+        State().turns.End();
     }
 }
 
@@ -119,18 +110,21 @@ bool OpenPipe() {
     return ::fcntl(ends[1], F_SETFL, O_NONBLOCK) == 0;
 }
 
-/// The thread takes no signal itself: they are for threads whose system calls may be interrupted.
-bool StartWatcher() {
+/// The threads take no signal themselves: they are for threads whose system calls may be interrupted. With
+/// one of them signals are told, though a hanging listener holds up the next.
+bool StartWatchers() {
     sigset_t all;
     sigset_t before;
     sigfillset(&all);
     pthread_sigmask(SIG_SETMASK, &all, &before);
     try {
-        State().watcher = std::thread(WatchPipe);
+        for (std::thread& watcher : State().watchers) {
+            watcher = std::thread(WatchPipe);
+        }
     } catch (const std::system_error&) {
     }
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    return State().watcher.joinable();
+    return State().watchers.front().joinable();
 }
 
 void SetAction(void (*action)(int), bool usable) {
@@ -159,37 +153,34 @@ CSignalHandler& CSignalHandler::Instance() {
 
 CSignalHandler::CSignalHandler() {
     CLogger::Instance();  // created earlier, so destroyed later
-    SetAction(OnProcessSignal, OpenPipe() && StartWatcher());
+    SetAction(OnProcessSignal, OpenPipe() && StartWatchers());
 }
 
 void CSignalHandler::Stop() {
     SetAction(SIG_DFL, true);
     Shared& state = State();
-    {
-        const std::lock_guard lock(state.mutex);
-        state.stopping = true;
-        // A listener that is being called may be the one that called exit(), or may be about to: never wait
-        // for it.
-        if (state.notifying > 0 || !state.watcher.joinable()) {
-            return;
+    // A listener that is being called may be the one that called exit(), or may be about to: never wait for
+    // it. A late signal that finds no listener any more is no reason not to.
+    if (state.listeners.Close()) {
+        return;
+    }
+    state.stopping = true;
+    WriteToPipe(kStop);
+    for (std::thread& watcher : state.watchers) {
+        if (watcher.joinable()) {
+            watcher.join();
         }
     }
-    WriteToPipe(kWakeUp);
-    state.watcher.join();
 }
 
 void CSignalHandler::Register(ISignalListener* listener) {
-    const std::lock_guard lock(State().mutex);
-    std::erase(State().listeners, listener);
-    State().listeners.push_back(listener);
+    if (listener != nullptr) {
+        State().listeners.Add(listener);
+    }
 }
 
 void CSignalHandler::Unregister(ISignalListener* listener) {
-    std::unique_lock lock(State().mutex);
-    std::erase(State().listeners, listener);
-    if (t_notifyDepth == 0) {
-        State().idle.wait(lock, [] { return State().notifying == 0; });
-    }
+    State().listeners.Remove(listener);
 }
 
 void CSignalHandler::Notify(int signalNumber) {

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <deque>
@@ -94,6 +95,35 @@ TEST(SignalHandler, CallsListenersInOrderOfTheirLastRegistration) {
         handler.Notify(number);
     }
     EXPECT_EQ(calls, (std::vector<int>{107, 7, 108}));
+}
+
+TEST(SignalHandler, NextSignalIsToldBesideAListenerThatHangsButNotSooner) {
+    using Clock = std::chrono::steady_clock;
+    Clock::time_point begin;
+    std::atomic<int> calls{0};
+    const auto awaitCalls = [&calls](int count) {
+        for (int now = calls; now < count; now = calls) {
+            calls.wait(now);
+        }
+    };
+    Listener listener([&](int number) {
+        if (number == SIGTERM) {
+            begin = Clock::now();
+            ++calls;
+            calls.notify_all();
+            awaitCalls(2);
+            return;
+        }
+        EXPECT_GE(Clock::now() - begin, CSignalHandler::kPatience);
+        ++calls;
+        calls.notify_all();
+    });
+    CSignalHandler::Instance().Register(&listener);
+    kill(getpid(), SIGTERM);
+    awaitCalls(1);
+    kill(getpid(), SIGINT);
+    awaitCalls(2);
+    CSignalHandler::Instance().Unregister(&listener);
 }
 
 TEST(SignalHandler, SignalsPouringInReachNoListenerThatIsGone) {
