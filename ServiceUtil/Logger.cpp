@@ -19,6 +19,7 @@ constinit std::atomic<std::FILE*> g_file{nullptr};
 constinit std::atomic<int> g_threshold{LogLevel::kAll};
 constinit std::atomic<int> g_fileWriters{0};
 constinit std::atomic<bool> g_ended{false};
+constinit std::atomic<unsigned> g_zoneSeenAt{0};
 
 /// The stream of one entry; while it lives, the log file it names is not closed.
 class Stream {
@@ -92,9 +93,19 @@ __attribute__((format(printf, 4, 0))) int FormatEntry(char* buffer, std::size_t 
     return messageLength < 0 ? -1 : headLength + messageLength;
 }
 
+/// localtime_r alone keeps the zone that it saw first. Once a second: tzset costs more than the rest of an
+/// entry, for it looks at the zone's file.
+void FollowTimeZone(std::time_t now) {
+    const auto second = static_cast<unsigned>(now);
+    if (g_zoneSeenAt.exchange(second) != second) {
+        tzset();
+    }
+}
+
 EntryHead MakeHead(const char* sourceFile, int line, int level) {
     EntryHead head{{}, sourceFile, line, level};
     const std::time_t now = std::time(nullptr);
+    FollowTimeZone(now);
     localtime_r(&now, &head.time);
     return head;
 }

@@ -1,3 +1,4 @@
+// The process's one log.
 #pragma once
 
 /// Levels of an entry and of the threshold. INFO lies below DEBUG: the threshold INFO lets both through.
@@ -13,7 +14,8 @@ inline constexpr int kOff = 6;
 }  // namespace LogLevel
 
 /// The process's one log. An entry is "[time][LEVEL][file:line]\n\t" and the message, which brings its own
-/// line end. Entries go to the open file, or to standard output while none is open; each is flushed at once.
+/// line end. The time is local; it follows a changed time zone within a second. Entries go to the open file,
+/// or to standard output while none is open; each is flushed at once.
 class CLogger {
   public:
     /// Any thread. Created on first use with threshold kAll and no file; closes its file at process exit.

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <ctime>
 #include <fstream>
 #include <iterator>
@@ -44,6 +45,23 @@ TEST_F(LoggerTest, EntryHasLocalTimeLevelSourceAndTheMessageOnItsOwnLine) {
     ASSERT_EQ(strptime(text.c_str(), "[%Y-%m-%d %H:%M:%S]", &time), text.c_str() + kStampLength) << text;
     EXPECT_NEAR(std::difftime(std::mktime(&time), std::time(nullptr)), 0.0, 5.0);
     EXPECT_EQ(text.substr(kStampLength), "[WARN ][Room/File.cpp:42]\n\tanswer = 42");
+}
+
+TEST_F(LoggerTest, TimeFollowsAChangedZone) {
+    const std::time_t deadline = std::time(nullptr) + 10;
+    for (const int hoursWest : {5, -3}) {
+        setenv("TZ", ("ZONE" + std::to_string(hoursWest)).c_str(), 1);
+        bool follows = false;
+        while (!follows && std::time(nullptr) < deadline) {
+            LOG_INFO("m\n");
+            const std::time_t there = std::time(nullptr) - hoursWest * 3600;
+            std::tm time{};
+            gmtime_r(&there, &time);
+            follows = std::stoi(Written().substr(12, 2)) == time.tm_hour;
+        }
+        EXPECT_TRUE(follows) << hoursWest;
+    }
+    unsetenv("TZ");
 }
 
 TEST_F(LoggerTest, LetterSetsTheLowestLevelThatIsWritten) {
