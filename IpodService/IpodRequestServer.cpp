@@ -11,6 +11,7 @@
 #include "JsonRpc/Networking.h"
 #include "JsonRpc/RpcMethod.h"
 #include "ServiceUtil/Logger.h"
+#include "ServiceUtil/ProcessEnd.h"
 
 namespace {
 
@@ -18,6 +19,8 @@ constexpr int kBindTries = 33;
 constexpr std::chrono::milliseconds kBindPause{250};
 constexpr unsigned kConnectedWaitMs = 25;  ///< keeps status and time polls prompt
 constexpr unsigned kIdleWaitMs = 1000;
+constexpr int kEndedAtOnce = 1;  ///< exit status
+constexpr std::chrono::milliseconds kExitPatience{500};
 
 struct Method {
     const char* name;
@@ -147,11 +150,22 @@ void CIpodRequestServer::OnSignal(int signalNumber) {
     if (signalNumber != SIGINT && signalNumber != SIGTERM) {
         return;
     }
-    if (m_manager.IsExitRequested()) {
-        LOG_WARN("Double Exit signal caught: %d\n", signalNumber);
-        std::exit(1);
+    // What ends the server by other means counts as a first signal.
+    if (m_isStopping.exchange(true) || m_manager.IsExitRequested()) {
+        EndAtOnce(signalNumber);
+        return;
     }
+    // The entry first: it stands before those of the stop.
     LOG_WARN("Exit signal caught: %d\n", signalNumber);
     MainLoop::Quit();
     m_manager.RequestExit();
+}
+
+void CIpodRequestServer::EndAtOnce(int signalNumber) {
+    if (m_isEnding.exchange(true)) {
+        return;
+    }
+    EndProcessAfter(kExitPatience, kEndedAtOnce);
+    LOG_WARN("Double Exit signal caught: %d\n", signalNumber);
+    std::exit(kEndedAtOnce);
 }

@@ -28,8 +28,9 @@ class CIpodRequestServer final : public ISignalListener, public IIpodNotificatio
     /// thread; lets no exception out.
     void Run();
 
-    /// The first SIGTERM or SIGINT stops the service in order, any later one ends the process with status 1.
-    /// The signal handler's thread.
+    /// The first SIGTERM or SIGINT stops the service in order, the second ends the process with status 1 and
+    /// further ones change nothing. Each counts before it is logged, so that one whose entry is stuck in a
+    /// full pipe does not hold up the next. The signal handler's threads; calls may overlap.
     void OnSignal(int signalNumber) override;
 
     // Reports of the manager: one notification each, to every client connected. Server thread and callback
@@ -50,6 +51,7 @@ class CIpodRequestServer final : public ISignalListener, public IIpodNotificatio
     void WaitForClients() REQUIRES(kServerThread);
     void StopManager() REQUIRES(kServerThread);
     void CloseTcpServer() REQUIRES(kServerThread);
+    void EndAtOnce(int signalNumber);
     void Notify(const char* method, Json::Value params);
     void Broadcast(const Json::Value& notification);
 
@@ -61,4 +63,6 @@ class CIpodRequestServer final : public ISignalListener, public IIpodNotificatio
     CIpodRequestHandler m_handler;
     /// Whether the loop serves: kept for a reader in a debugger, nothing asks for it.
     std::atomic<bool> m_serverRunning{false};
+    std::atomic<bool> m_isStopping{false};  ///< the first signal has come
+    std::atomic<bool> m_isEnding{false};    ///< the second one has come: exit() is for one thread alone
 };

@@ -1,9 +1,13 @@
 // Exit statuses, and what leads to them.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
+#include <filesystem>
 #include <system_error>
 
 #include "tests/EndToEnd/Scene.h"
@@ -70,6 +74,40 @@ TEST(ExitTest, SecondSignalEndsAHangingService) {
     EXPECT_EQ(scene.service.Stop(), 1);
     EXPECT_TRUE(scene.service.HasLogged("Double Exit signal caught: 15\n"));
     EXPECT_FALSE(scene.service.HasLogged(kOrderlyEnd));
+}
+
+/// Standard output as a pipe that nobody reads.
+class StuckOutput {
+  public:
+    StuckOutput() {
+        std::filesystem::remove(ServiceProcess::kStandardOutput);
+        mkfifo(ServiceProcess::kStandardOutput, 0600);
+        m_pipe = UniqueFd(open(ServiceProcess::kStandardOutput, O_RDWR | O_NONBLOCK | O_CLOEXEC));
+    }
+    ~StuckOutput() { std::filesystem::remove(ServiceProcess::kStandardOutput); }
+    StuckOutput(const StuckOutput&) = delete;
+    StuckOutput& operator=(const StuckOutput&) = delete;
+
+    void Fill() const {
+        while (write(m_pipe.Get(), "x", 1) == 1) {
+        }
+    }
+
+  private:
+    UniqueFd m_pipe;
+};
+
+TEST(ExitTest, SecondSignalEndsAServiceWhoseLogIsStuck) {
+    const StuckOutput output;
+    ServiceProcess service({.arguments = {"--stdout"}});
+    service.WaitForPort();
+    service.WaitForMainLoop();
+    output.Fill();
+    const Clock::time_point start = Clock::now();
+    service.Signal(SIGTERM);
+    service.Signal(SIGINT);  // two of a number may become one on their way
+    EXPECT_EQ(service.WaitForExit(), 1);
+    EXPECT_LT(Clock::now() - start, milliseconds{1'500} * END_TO_END_TIME_SCALE);
 }
 
 UniqueFd OccupyPort() {
