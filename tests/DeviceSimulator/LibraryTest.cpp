@@ -1,6 +1,7 @@
 #include "DeviceSimulator/Library.h"
 
 #include <algorithm>
+#include <ostream>
 #include <set>
 
 #include "DeviceSimulator/LibraryText.h"
@@ -42,10 +43,20 @@ std::size_t CountTracks(const Library& library, std::vector<PathStep> path, Name
     return count;
 }
 
-class EveryLibrary : public testing::TestWithParam<std::unique_ptr<Library> (*)()> {};
+struct Maker {
+    const char* name;
+    std::unique_ptr<Library> (*make)();
+};
+
+/// The parameter is part of the test's name, which must be the same in every run.
+void PrintTo(const Maker& maker, std::ostream* out) {
+    *out << maker.name;
+}
+
+class EveryLibrary : public testing::TestWithParam<Maker> {};
 
 TEST_P(EveryLibrary, IsSortedAndLeadsToEachTrackOnce) {
-    const auto library = GetParam()();
+    const auto library = GetParam().make();
     for (const std::uint32_t category :
          {DEV_MGR_CATEGORY_ARTIST, DEV_MGR_CATEGORY_ALBUM, DEV_MGR_CATEGORY_GENRE, DEV_MGR_CATEGORY_COMPOSER,
           DEV_MGR_CATEGORY_TRACK}) {
@@ -86,7 +97,8 @@ TEST_P(EveryLibrary, IsSortedAndLeadsToEachTrackOnce) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Makers, EveryLibrary,
-                         testing::Values(MakeBuiltInLibrary, [] { return MakeSyntheticLibrary(1200); }));
+                         testing::Values(Maker{"BuiltIn", MakeBuiltInLibrary},
+                                         Maker{"Synthetic", [] { return MakeSyntheticLibrary(1200); }}));
 
 TEST(LibraryText, KeysIgnoreCaseAndArticleAndNamesBecomeCleanText) {
     const Names ascending{"",     "\"Quoted\"", "1 Way",     "Abba",  "the Beatles", "beta", "THE Gamma",
