@@ -21,7 +21,7 @@ namespace {
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
-/// SIGINT and SIGTERM as something to poll, while it lives.
+/// SIGINT and SIGTERM as something to poll. Once one has come, they are held back for good.
 class StopSignals {
   public:
     StopSignals() {
@@ -32,12 +32,14 @@ class StopSignals {
         m_descriptor = signalfd(-1, &m_signals, SFD_CLOEXEC | SFD_NONBLOCK);
     }
     ~StopSignals() {
-        // One that has come would else end the process as soon as it is let through.
+        // One that has come stays held back to the end of the process, and so does the next: timeout(1) sends
+        // its signal to the process and then to its group.
         signalfd_siginfo info{};
-        while (read(m_descriptor, &info, sizeof info) > 0) {
-        }
+        const bool hasCome = read(m_descriptor, &info, sizeof info) > 0;
         close(m_descriptor);
-        sigprocmask(SIG_SETMASK, &m_before, nullptr);
+        if (!hasCome) {
+            sigprocmask(SIG_SETMASK, &m_before, nullptr);
+        }
     }
     StopSignals(const StopSignals&) = delete;
     StopSignals& operator=(const StopSignals&) = delete;
