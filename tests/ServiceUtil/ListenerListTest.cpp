@@ -70,9 +70,9 @@ TEST(ListenerList, RemoveDoesNotWaitForOtherListenersNorForCallsThatRemoveTheSam
     const auto callAndRemove = [&] {
         list.ForEach([&](Listener& listener) {
             bothInside.arrive_and_wait();
+            removed.wait();
             list.Remove(&listener);
             list.Remove(&other);
-            removed.wait();
         });
     };
     std::thread first(callAndRemove);

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <cstddef>
 #include <cstdlib>
 #include <ctime>
 #include <fstream>
@@ -79,6 +81,17 @@ TEST_F(LoggerTest, LetterSetsTheLowestLevelThatIsWritten) {
     }
 }
 
+TEST_F(LoggerTest, LevelsOutsideTheirRange) {
+    CLogger::Instance().SetLevel(100);
+    CLogger::Log("f", 1, LogLevel::kFatal, "m\n");
+    EXPECT_EQ(Written(), "");
+    CLogger::Log("f", 1, LogLevel::kOff, "m\n");
+    EXPECT_EQ(Written().find("[INFO ]"), kStampLength);
+    CLogger::Instance().SetLevel(-100);
+    CLogger::Log("f", 1, LogLevel::kAll - 1, "m\n");
+    EXPECT_EQ(Written(), "");
+}
+
 TEST_F(LoggerTest, OneFileIsOpenAtATime) {
     CLogger& logger = CLogger::Instance();
     EXPECT_FALSE(logger.Open((m_path + ".second").c_str()));
@@ -124,6 +137,38 @@ TEST_F(LoggerTest, EntriesOfThreadsNeverMix) {
         ASSERT_EQ(message, "\t" + messageOf(head.at(head.size() - 2) - '0'));
     }
     EXPECT_EQ(entries, kThreads * kEntries);
+}
+
+TEST_F(LoggerTest, NoEntryIsLostWhenTheFileIsClosed) {
+    const auto entriesIn = [](const std::string& text) { return std::count(text.begin(), text.end(), '['); };
+    testing::internal::CaptureStdout();
+    std::atomic<bool> done{false};
+    std::atomic<int> logged{0};
+    std::vector<std::thread> threads;
+    for (int id = 0; id < 3; ++id) {
+        threads.emplace_back([&] {
+            for (; !done; ++logged) {
+                LOG_INFO("m\n");
+            }
+        });
+    }
+    std::ptrdiff_t found = 0;
+    for (int round = 0; round < 20; ++round) {
+        for (const int before = logged; logged == before;) {
+            std::this_thread::yield();
+        }
+        EXPECT_TRUE(CLogger::Instance().Close());
+        m_seen = 0;
+        found += entriesIn(Written());
+        ASSERT_TRUE(CLogger::Instance().Open(m_path.c_str()));
+    }
+    done = true;
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    m_seen = 0;
+    found += entriesIn(Written()) + entriesIn(testing::internal::GetCapturedStdout());
+    EXPECT_EQ(found, logged * 3);  // the brackets of the time, the level and the source
 }
 
 }  // namespace
