@@ -21,9 +21,7 @@ bool PendingWork::RequestExit() {
 bool PendingWork::WaitForExit(std::chrono::milliseconds pause) {
     const auto end = std::chrono::steady_clock::now() + pause;
     const MutexLock lock(m_exitMutex);
-    for (auto now = std::chrono::steady_clock::now(); !m_exitRequested && now < end;
-         now = std::chrono::steady_clock::now()) {
-        m_exitCondition.WaitFor(m_exitMutex, end - now);
+    while (!m_exitRequested && m_exitCondition.WaitUntil(m_exitMutex, end)) {
     }
     return m_exitRequested;
 }
