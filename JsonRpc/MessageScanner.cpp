@@ -1,16 +1,14 @@
 #include "JsonRpc/MessageScanner.h"
 
-#include <algorithm>
-
-#include "JsonRpc/Limits.h"
-
 namespace Json::Rpc {
 
 namespace {
 
-bool IsWhitespace(char c) {
-    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
-}
+using Kind = FramedText::Kind;
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr std::size_t kShortestHttpMethod = 3;
+constexpr std::size_t kKeptCapacity = 4096;
 
 bool Opens(char c) {
     return c == '{' || c == '[';
@@ -19,45 +17,102 @@ bool Opens(char c) {
 }  // namespace
 
 void MessageScanner::Append(std::string_view bytes) {
-    if (m_refused) {
-        return;
-    }
     ReleaseConsumed();
     m_buffer.append(bytes);
 }
 
 std::optional<FramedText> MessageScanner::Next() {
-    if (m_depth == 0) {
-        SkipWhitespace();
-        if (m_start == m_buffer.size()) {
-            ReleaseConsumed();
-            return std::nullopt;
-        }
-        if (!Opens(m_buffer[m_start])) {
-            return TakeRubbish();
+    if (!m_isInside) {
+        if (const auto found = FindText()) {
+            return found;
         }
     }
-    while (m_at < m_buffer.size()) {
-        if (m_at - m_start == Limits::kRequestBytes) {
-            return RefuseTooLong();
+    return m_isInside ? FollowText() : std::nullopt;
+}
+
+/// Looks for a bracket. Returns what stands before it, if that is to be answered.
+std::optional<FramedText> MessageScanner::FindText() {
+    for (; m_at < m_buffer.size(); ++m_at) {
+        const char c = m_buffer[m_at];
+        if (!m_isRubbish && IsSkipped(c)) {
+            continue;
         }
-        const Step step = Look(m_buffer[m_at++]);
-        if (step != Step::Goes) {
-            const bool isGood = step == Step::Completes && !m_isBroken;
-            return Take(isGood ? FramedText::Kind::Complete : FramedText::Kind::Malformed, m_at);
+        if (!m_isRubbish && (m_markBytes > 0 || !Opens(c))) {
+            m_isRubbish = true;
+            m_markBytes = 0;
+            return FramedText{Kind::Rubbish};
+        }
+        if (Opens(c)) {
+            BeginText();
+            return std::nullopt;
+        }
+        if (EndsHttpMethod(c)) {
+            return FramedText{Kind::Http};
+        }
+        m_isRubbish = c != '\n';
+    }
+    m_start = m_at;
+    ReleaseConsumed();
+    return std::nullopt;
+}
+
+void MessageScanner::BeginText() {
+    m_grammar = JsonGrammar(m_limits.nesting);
+    m_isInside = true;
+    m_isRubbish = false;
+    m_isFirstWord = false;
+    m_start = m_at;
+    m_length = 0;
+}
+
+std::optional<FramedText> MessageScanner::FollowText() {
+    for (; m_at < m_buffer.size(); ++m_length) {
+        if (m_length == m_limits.requestBytes || m_grammar.Values() > m_limits.requestValues) {
+            return Take(Kind::TooLarge);
+        }
+        const JsonGrammar::Step step = m_grammar.Look(m_buffer[m_at++]);
+        if (step != JsonGrammar::Step::Goes) {
+            const bool isGood = step == JsonGrammar::Step::Closes && !m_grammar.IsBroken();
+            return Take(!isGood ? Kind::Malformed : m_buffer[m_start] == '{' ? Kind::Request : Kind::Batch);
         }
     }
     if (m_ended) {
-        return Take(FramedText::Kind::Malformed, m_at);
+        return Take(Kind::Malformed);
+    }
+    if (m_grammar.IsBroken()) {
+        m_start = m_at;
+        ReleaseConsumed();
     }
     return std::nullopt;
 }
 
-void MessageScanner::SkipWhitespace() {
-    while (m_start < m_buffer.size() && IsWhitespace(m_buffer[m_start])) {
-        ++m_start;
+FramedText MessageScanner::Take(Kind kind) {
+    const FramedText taken{kind, std::string_view(m_buffer).substr(m_start, m_at - m_start),
+                           m_grammar.Members()};
+    m_start = m_at;
+    m_isInside = false;
+    return taken;
+}
+
+bool MessageScanner::IsSkipped(char c) {
+    if (c == kByteOrderMark[m_markBytes]) {
+        m_markBytes = (m_markBytes + 1) % kByteOrderMark.size();
+        return true;
     }
-    m_at = m_start;
+    return m_markBytes == 0 && (c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\0');
+}
+
+/// Capital letters and a space, as the first thing on the connection.
+bool MessageScanner::EndsHttpMethod(char c) {
+    if (!m_isFirstWord) {
+        return false;
+    }
+    if (c >= 'A' && c <= 'Z') {
+        ++m_wordLetters;
+        return false;
+    }
+    m_isFirstWord = false;
+    return c == ' ' && m_wordLetters >= kShortestHttpMethod;
 }
 
 void MessageScanner::ReleaseConsumed() {
@@ -65,67 +120,9 @@ void MessageScanner::ReleaseConsumed() {
     m_at -= m_start;
     m_start = 0;
     // One long request must not keep its memory for as long as the client stays.
-    if (m_buffer.empty() && m_buffer.capacity() > 2 * Limits::kReadBytesPerRound) {
+    if (m_buffer.empty() && m_buffer.capacity() > kKeptCapacity) {
         m_buffer.shrink_to_fit();
     }
-}
-
-MessageScanner::Step MessageScanner::Look(char c) {
-    if (m_inString) {
-        return LookInString(c);
-    }
-    switch (c) {
-        case '"':
-            m_inString = true;
-            return Step::Goes;
-        case '{':
-        case '[':
-            m_isBroken = ++m_depth > Limits::kNesting || m_isBroken;
-            return Step::Goes;
-        case '/':  // begins a comment, which the JSON reader would let pass in some places
-            m_isBroken = true;
-            return Step::Goes;
-        case '}':
-        case ']':
-            return --m_depth == 0 ? Step::Completes : Step::Goes;
-        default:
-            return Step::Goes;
-    }
-}
-
-MessageScanner::Step MessageScanner::LookInString(char c) {
-    if (c == '\n') {
-        return Step::Breaks;  // JSON has no line end in a string: a quote was lost, and only this line with
-                              // it
-    }
-    if (m_escaped) {
-        m_escaped = false;
-    } else if (c == '\\') {
-        m_escaped = true;
-    } else if (c == '"') {
-        m_inString = false;
-    }
-    return Step::Goes;
-}
-
-FramedText MessageScanner::Take(FramedText::Kind kind, std::size_t end) {
-    const FramedText taken{kind, std::string_view(m_buffer).substr(m_start, end - m_start)};
-    m_start = m_at = end;
-    m_depth = 0;
-    m_inString = m_escaped = m_isBroken = false;
-    return taken;
-}
-
-FramedText MessageScanner::TakeRubbish() {
-    const std::size_t lineEnd = std::min(m_buffer.find('\n', m_start), m_buffer.size());
-    return Take(FramedText::Kind::Rubbish, lineEnd);
-}
-
-FramedText MessageScanner::RefuseTooLong() {
-    m_refused = true;
-    Take(FramedText::Kind::TooLong, m_buffer.size());
-    ReleaseConsumed();
-    return {FramedText::Kind::TooLong, {}};
 }
 
 }  // namespace Json::Rpc

@@ -1,3 +1,4 @@
+// Cuts a client's byte stream into JSON texts.
 #pragma once
 
 #include <cstddef>
@@ -5,25 +6,32 @@
 #include <string>
 #include <string_view>
 
+#include "JsonRpc/JsonGrammar.h"
+#include "JsonRpc/Limits.h"
+
 namespace Json::Rpc {
 
-/// One text cut out of a client's byte stream.
 struct FramedText {
     enum class Kind {
-        Complete,   ///< begins with a bracket and ends with the one that balances it
-        Rubbish,    ///< begins with anything else; ends at a line's end or with what had arrived
-        Malformed,  ///< a line end inside a string, a comment, too deep, or unfinished at the stream's end
-        TooLong,    ///< beyond the longest request; nothing more will come from this scanner
+        Request,    ///< a JSON object
+        Batch,      ///< a JSON array
+        Malformed,  ///< begins with a bracket and is no JSON, too deep, or unfinished at the stream's end
+        Rubbish,    ///< a line, or the rest of one, outside brackets; told of at its first byte
+        Http,       ///< the stream begins like an HTTP request; nothing more is to be taken from it
+        TooLarge,   ///< beyond the longest request or the most values; nothing more is to be taken
     };
     Kind kind;
-    std::string_view text;  ///< valid until the scanner is used again
+    std::string_view text = {};  ///< of a request or a batch; valid until the scanner is used again
+    std::size_t members = 0;     ///< of a batch: how many elements it has
 };
 
-/// Cuts a byte stream into JSON texts, wherever the segments of the stream happen to end and whether or not
-/// lines separate the texts. Knows strings and brackets only: a complete text may still fail to parse. One
-/// thread at a time.
+/// Finds the same texts wherever the segments of the stream happen to end, and whether or not lines separate
+/// them. Between texts whitespace, NUL and byte-order marks are skipped. One thread at a time.
 class MessageScanner {
   public:
+    /// The limits must outlive the scanner.
+    explicit MessageScanner(const Limits& limits) : m_limits(limits), m_grammar(limits.nesting) {}
+
     /// Adds what has arrived. Next is to be called until it returns nothing before more is added.
     void Append(std::string_view bytes);
 
@@ -33,26 +41,33 @@ class MessageScanner {
     /// The next text, or nothing when more bytes are needed.
     std::optional<FramedText> Next();
 
+    /// True after Next has found the beginning of a text and not its end.
+    bool IsInsideText() const { return m_isInside; }
+
+    /// What the scanner holds on to, in bytes. A text that is refused anyway is not kept.
+    std::size_t HeldBytes() const { return m_buffer.size() - m_start; }
+
   private:
-    enum class Step { Goes, Completes, Breaks };
-
-    void SkipWhitespace();
+    std::optional<FramedText> FindText();
+    std::optional<FramedText> FollowText();
+    FramedText Take(FramedText::Kind kind);
+    void BeginText();
+    bool IsSkipped(char c);
+    bool EndsHttpMethod(char c);
     void ReleaseConsumed();
-    Step Look(char c);
-    Step LookInString(char c);
-    FramedText Take(FramedText::Kind kind, std::size_t end);
-    FramedText TakeRubbish();
-    FramedText RefuseTooLong();
 
+    const Limits& m_limits;
+    JsonGrammar m_grammar;
     std::string m_buffer;
-    std::size_t m_start = 0;  // first byte of the current text
-    std::size_t m_at = 0;     // next byte to look at
-    std::size_t m_depth = 0;  // open brackets; 0 between texts
-    bool m_inString = false;
-    bool m_escaped = false;
-    bool m_isBroken = false;  // the current text cannot be JSON, but its end is still to be found
+    std::size_t m_start = 0;   // first byte of the present text that is kept
+    std::size_t m_at = 0;      // next byte to look at
+    std::size_t m_length = 0;  // of the present text so far
+    bool m_isInside = false;
+    bool m_isRubbish = false;  // outside brackets, in a line that has been told of
     bool m_ended = false;
-    bool m_refused = false;
+    std::size_t m_markBytes = 0;    // of a byte-order mark so far
+    std::size_t m_wordLetters = 0;  // at the stream's beginning, of what may be an HTTP method
+    bool m_isFirstWord = true;
 };
 
 }  // namespace Json::Rpc

@@ -1,3 +1,4 @@
+// The table of methods, and what turns a request's text into its reply's text. Knows no socket.
 #pragma once
 
 #include <json/value.h>
@@ -8,6 +9,7 @@
 #include <string_view>
 
 #include "JsonRpc/RpcMethod.h"
+#include "ServiceUtil/ThreadRole.h"
 
 namespace Json {
 class CharReader;
@@ -15,18 +17,6 @@ class CharReader;
 
 namespace Json::Rpc {
 
-struct FramedText;
-
-/// The errors of the protocol itself. The values are the codes on the wire.
-enum class ErrorCode {
-    ParseError = -32700,
-    InvalidRequest = -32600,
-    MethodNotFound = -32601,
-    InvalidParams = -32602,
-    InternalError = -32603,
-};
-
-/// The table of methods, and what turns a request text into its reply text. Knows no socket.
 class Server {
   public:
     Server();
@@ -35,23 +25,23 @@ class Server {
     virtual ~Server();
 
     /// Takes over the method; one of the same name is replaced. Before the first request.
-    void AddMethod(std::unique_ptr<CallbackMethod> method);
+    void AddMethod(std::unique_ptr<Method> method);
 
-    /// Executes the request or batch and returns the reply, one line. Every text gets a reply: what cannot be
-    /// executed is answered with an error, and a request without "id" is executed and answered with "id":
-    /// null. Exceptions of a method end here. Server thread, which is where the methods run.
-    std::string Answer(const FramedText& text);
+    /// Executes a request and returns its reply, one line. The text is one JSON value, of which the grammar
+    /// has been checked. Every text gets a reply: what cannot be executed is answered with an error, and a
+    /// request without "id" is executed and answered with "id": null. Exceptions of a method end here.
+    std::string Execute(std::string_view text) REQUIRES(kServerThread);
+
+    /// As Execute, but answers with an internal error what would be executed.
+    std::string Decline(std::string_view text) REQUIRES(kServerThread);
 
   private:
-    std::string AnswerValue(const Json::Value& value);
-    std::string AnswerBatch(const Json::Value& batch);
-    Json::Value Execute(const Json::Value& request);
-    Json::Value Call(CallbackMethod& method, const Json::Value& request);
-    CallbackMethod* Find(const Json::Value& name) const;
+    std::string Answer(std::string_view text, bool isDeclined) REQUIRES(kServerThread);
+    std::string Call(Method& method, const Json::Value& request, std::string_view id) REQUIRES(kServerThread);
+    Method* Find(const Json::Value& name) const;
     bool Parse(std::string_view text, Json::Value& value);
-    bool IsScalar(std::string_view text);
 
-    std::map<std::string, std::unique_ptr<CallbackMethod>, std::less<>> m_methods;
+    std::map<std::string, std::unique_ptr<Method>, std::less<>> m_methods;
     std::unique_ptr<Json::CharReader> m_reader;
 };
 

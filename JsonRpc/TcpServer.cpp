@@ -1,348 +1,330 @@
 #include "JsonRpc/TcpServer.h"
 
-#include <arpa/inet.h>
-#include <fcntl.h>
 #include <malloc.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <exception>
+#include <system_error>
 #include <utility>
-
-#include "JsonRpc/ClientConnection.h"
-#include "JsonRpc/Limits.h"
-#include "JsonRpc/MessageScanner.h"
-#include "JsonRpc/PendingSend.h"
 
 namespace Json::Rpc {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-using Phase = ClientConnection::Phase;
+using Kind = OutputQueue::Kind;
 
-constexpr SendPatience kResponsePatience{Limits::kResponseWait, Limits::kResponseStall};
+constexpr int kAcceptsPerPoll = 32;
 
-union SocketAddress {
-    sockaddr any;
-    sockaddr_in ipv4;
-    sockaddr_in6 ipv6;
-};
+void SetOption(int fd, int level, int option, int value) {
+    ::setsockopt(fd, level, option, &value, sizeof(value));
+}
 
-/// The address's length; 0 when the text is no numeric address.
-socklen_t ParseAddress(const std::string& text, std::uint16_t port, SocketAddress& address) {
-    address = {};
-    if (::inet_pton(AF_INET, text.c_str(), &address.ipv4.sin_addr) == 1) {
-        address.ipv4.sin_family = AF_INET;
-        address.ipv4.sin_port = htons(port);
-        return sizeof(address.ipv4);
+void Configure(int fd) {
+    SetOption(fd, IPPROTO_TCP, TCP_NODELAY, 1);
+    // A peer that has vanished without a word is noticed after two minutes.
+    SetOption(fd, SOL_SOCKET, SO_KEEPALIVE, 1);
+    SetOption(fd, IPPROTO_TCP, TCP_KEEPIDLE, 60);
+    SetOption(fd, IPPROTO_TCP, TCP_KEEPINTVL, 20);
+    SetOption(fd, IPPROTO_TCP, TCP_KEEPCNT, 3);
+}
+
+/// From now to then for poll, rounded up; never longer than `atMost`, which is endless when negative.
+int MillisecondsUntil(std::chrono::steady_clock::time_point then, std::chrono::steady_clock::time_point now,
+                      int atMost) {
+    if (then == std::chrono::steady_clock::time_point::max()) {
+        return atMost;
     }
-    address = {};
-    if (::inet_pton(AF_INET6, text.c_str(), &address.ipv6.sin6_addr) == 1) {
-        address.ipv6.sin6_family = AF_INET6;
-        address.ipv6.sin6_port = htons(port);
-        return sizeof(address.ipv6);
-    }
-    return 0;
-}
-
-bool IsTransient(int error) {
-    return error == EAGAIN || error == EWOULDBLOCK || error == EINTR;
-}
-
-void CloseDescriptor(int& fd) {
-    if (fd >= 0) {
-        ::close(std::exchange(fd, -1));
-    }
-}
-
-int OpenSpareDescriptor() {
-    return ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-}
-
-ssize_t SendResponse(std::shared_ptr<ClientConnection> client, std::string_view text) {
-    PendingSend send(std::move(client), text);
-    Complete({&send, 1}, kResponsePatience);
-    return send.GetState() == PendingSend::State::Done ? static_cast<ssize_t>(text.size()) : -1;
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(then - now).count();
+    const int wait = static_cast<int>(std::clamp<std::int64_t>(left, 0, 3600000));
+    return atMost < 0 ? wait : std::min(wait, atMost);
 }
 
 }  // namespace
 
-TcpServer::TcpServer(std::string address, std::uint16_t port)
-    : m_address(std::move(address)), m_port(port), m_readBuffer(Limits::kReadBytesPerRound) {}
+TcpServer::TcpServer(std::string address, std::uint16_t port, const Limits& limits)
+    : m_address(std::move(address)),
+      m_port(port),
+      m_limits(limits),
+      m_listener(limits.acceptPause),
+      m_readBuffer(kReadBytes) {}
 
 TcpServer::~TcpServer() {
+    kServerThread.Assert();
     Close();
 }
 
 bool TcpServer::Bind() {
-    SocketAddress address;
-    const socklen_t length = ParseAddress(m_address, m_port, address);
-    if (length == 0 || m_listener >= 0) {
-        return false;
-    }
-    m_listener = ::socket(address.any.sa_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    // A restart must not wait for the connections of the run before to time out.
-    const int on = 1;
-    ::setsockopt(m_listener, SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on));
-    if (::bind(m_listener, &address.any, length) != 0) {
-        CloseDescriptor(m_listener);
-        return false;
-    }
-    return true;
+    const bool isBound = m_listener.Bind(m_address, m_port);
+    m_bindError = isBound ? 0 : errno;
+    m_boundPort = m_listener.Port();
+    return isBound;
 }
 
 bool TcpServer::Listen() {
-    if (::listen(m_listener, SOMAXCONN) != 0) {
-        return false;
-    }
-    m_spareDescriptor = OpenSpareDescriptor();
-    return true;
+    const bool isListening = m_listener.Listen();
+    m_bindError = isListening ? 0 : errno;
+    return isListening;
 }
 
-std::uint16_t TcpServer::GetPort() const {
-    SocketAddress address{};
-    socklen_t length = sizeof(address);
-    if (::getsockname(m_listener, &address.any, &length) != 0) {
-        return 0;
-    }
-    return ntohs(address.any.sa_family == AF_INET6 ? address.ipv6.sin6_port : address.ipv4.sin_port);
+std::string TcpServer::GetBindError() const {
+    return std::generic_category().message(m_bindError);
+}
+
+void TcpServer::SetPauseTest(std::function<bool()> shouldPause) {
+    m_shouldPause = std::move(shouldPause);
+}
+
+void TcpServer::SetCloseListener(std::function<void(const ClosedClient&)> listener) {
+    m_closeListener = std::move(listener);
 }
 
 void TcpServer::WaitMessage(int milliseconds) {
     try {
-        RemoveFinished();
-        const int timeout = PreparePolls(milliseconds);
-        const int ready = ::poll(m_polls.data(), static_cast<nfds_t>(m_polls.size()), timeout);
-        if (ready < 0 && errno != EINTR) {
-            ::poll(nullptr, 0,
-                   static_cast<int>(Limits::kAcceptPause.count()));  // no memory for it: do not spin
+        // One poll does for a round of short turns; long ones have one each, so that output and newcomers do
+        // not wait for the round's end.
+        if (m_turnsLeft == 0 || Clock::now() - m_lastPoll >= m_limits.turnTime) {
+            Poll(milliseconds);
+            m_turnsLeft = m_ready.size();
         }
-        if (ready >= 0) {
-            ServeReady();
-            RemoveFinished();
+        if (m_turnsLeft > 0) {
+            --m_turnsLeft;
+            ServeNext();
         }
     } catch (const std::exception&) {
-        // Out of memory between two clients: what was not served is still there in the next round.
+        // Out of memory between two clients: what was not served is still there the next time.
     }
 }
 
-/// Fills the list of what to wait for and returns how long.
-int TcpServer::PreparePolls(int milliseconds) {
-    m_polls.clear();
-    if (m_acceptPaused && Clock::now() >= m_acceptAgain) {
-        m_acceptPaused = false;
+void TcpServer::Poll(int milliseconds) {
+    CheckTimes(Clock::now());
+    RemoveFinished();
+    const int timeout = PreparePolls(Clock::now(), milliseconds);
+    const int ready = ::poll(m_polls.data(), static_cast<nfds_t>(m_polls.size()), timeout);
+    m_lastPoll = Clock::now();
+    if (ready < 0 && errno != EINTR) {
+        // No memory for it: do not spin.
+        ::poll(nullptr, 0, static_cast<int>(m_limits.acceptPause.count()));
     }
-    if (m_acceptPaused) {
-        const int pause = static_cast<int>(Limits::kAcceptPause.count());
-        milliseconds = milliseconds < 0 ? pause : std::min(milliseconds, pause);
+    if (ready <= 0) {
+        return;
     }
-    m_polls.push_back({m_acceptPaused ? -1 : m_listener, POLLIN, 0});
-    for (const Client& client : m_clients) {
-        m_polls.push_back({client->hasBacklog ? -1 : client->Fd(), POLLIN, 0});
-        milliseconds = client->hasBacklog ? 0 : milliseconds;
+    if (m_polls.back().revents != 0) {
+        m_wakeUp.Clear();
     }
-    return milliseconds;
-}
-
-void TcpServer::ServeReady() {
-    for (std::size_t i = 0; i < m_clients.size(); ++i) {
-        if (m_polls[i + 1].revents != 0 || m_clients[i]->hasBacklog) {
-            Serve(m_clients[i]);
-        }
-    }
-    if (m_polls[0].revents != 0) {
+    AttendClients();
+    if (m_polls[m_clients.size()].revents != 0) {
         AcceptClients();
     }
 }
 
-void TcpServer::Serve(const Client& client) {
-    try {
-        if (client->phase == Phase::Draining) {
-            Discard(*client);
-            return;
+void TcpServer::CheckTimes(Clock::time_point now) {
+    for (const auto& client : m_clients) {
+        if (client->Deadline() <= now) {
+            const std::size_t held = client->UnfinishedBytes();
+            client->CheckTime(now);
+            GiveBack(held - client->UnfinishedBytes());
         }
-        if (!client->hasBacklog) {
-            Receive(*client);
-        }
-        Dispatch(client);
-    } catch (const std::exception&) {
-        client->Shutdown();  // out of memory for what this client asks
-        client->hasBacklog = false;
     }
 }
 
-void TcpServer::Receive(ClientConnection& client) {
-    const ssize_t count = ::recv(client.Fd(), m_readBuffer.data(), m_readBuffer.size(), MSG_DONTWAIT);
-    if (count > 0) {
-        client.scanner.Append({m_readBuffer.data(), static_cast<std::size_t>(count)});
-    } else if (count == 0) {
-        client.scanner.End();
-        client.phase = Phase::Ended;
-    } else if (!IsTransient(errno)) {
-        client.Shutdown();
-    }
-}
-
-void TcpServer::Dispatch(const Client& client) {
-    client->hasBacklog = false;
-    for (int served = 0; served < Limits::kTextsPerRound; ++served) {
-        const auto text = client->scanner.Next();
-        if (!text) {
-            client->phase = client->phase == Phase::Ended ? Phase::Finished : client->phase;
-            return;
-        }
-        if (!Reply(client, *text)) {
-            return;
-        }
-        if (text->kind == FramedText::Kind::TooLong) {
-            client->CloseSending();
-            client->phase = Phase::Draining;
-            client->drainEnd = Clock::now() + Limits::kDrainTime;
-            return;
+/// Fills the list of what to wait for and returns how long.
+int TcpServer::PreparePolls(Clock::time_point now, int milliseconds) {
+    Clock::time_point deadline = Clock::time_point::max();
+    m_polls.clear();
+    for (const auto& client : m_clients) {
+        m_polls.push_back({client->GetConnection().Fd(), client->Events(), 0});
+        deadline = std::min(deadline, client->Deadline());
+        if (client->HasWork()) {
+            Queue(*client);
         }
     }
-    client->hasBacklog = true;
-}
-
-/// False when the client did not take it.
-bool TcpServer::Reply(const Client& client, const FramedText& text) {
-    std::string reply = Answer(text);
-    const bool isTaken = SendResponse(client, reply) >= 0;
-    if (reply.size() >= Limits::kTrimReplyBytes) {
-        // A long list is built of hundreds of thousands of small blocks, which the allocator would keep.
-        std::string().swap(reply);
-        ::malloc_trim(0);
+    const int listener = m_listener.PollFd(now);
+    m_polls.push_back({listener, POLLIN, 0});
+    m_polls.push_back({m_wakeUp.Fd(), POLLIN, 0});
+    if (listener < 0 && now < m_listener.PauseEnd()) {
+        deadline = std::min(deadline, m_listener.PauseEnd());
     }
-    return isTaken;
+    return m_ready.empty() ? MillisecondsUntil(deadline, now, milliseconds) : 0;
 }
 
-void TcpServer::Discard(ClientConnection& client) {
-    const ssize_t count = ::recv(client.Fd(), m_readBuffer.data(), m_readBuffer.size(), MSG_DONTWAIT);
-    if (count == 0 || (count < 0 && !IsTransient(errno))) {
-        client.phase = Phase::Finished;
-    }
-}
-
-void TcpServer::RemoveFinished() {
-    const auto isFinished = [](const Client& client) {
-        if (client->phase == Phase::Draining) {
-            return Clock::now() >= client->drainEnd;
+void TcpServer::AttendClients() {
+    for (std::size_t i = 0; i < m_clients.size(); ++i) {
+        if (m_polls[i].revents != 0 && m_clients[i]->Attend(m_polls[i].revents)) {
+            Queue(*m_clients[i]);
         }
-        return client->phase == Phase::Finished || client->IsDown();
-    };
-    if (std::any_of(m_clients.begin(), m_clients.end(), isFinished)) {
-        const std::lock_guard lock(m_clientsMutex);
-        std::erase_if(m_clients, isFinished);
     }
 }
 
 void TcpServer::AcceptClients() {
-    for (int i = 0; i < Limits::kAcceptsPerRound; ++i) {
-        const int fd = ::accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC);
-        if (fd >= 0) {
-            AddClient(fd);
-        } else if (!RecoverFromAcceptError(errno)) {
+    for (int i = 0; i < kAcceptsPerPoll; ++i) {
+        Descriptor socket = m_listener.Accept();
+        if (!socket.IsOpen()) {
             return;
         }
-    }
-}
-
-/// True when there may be another client to accept.
-bool TcpServer::RecoverFromAcceptError(int error) {
-    if (error == EINTR || error == ECONNABORTED) {
-        return true;
-    }
-    if (error == EMFILE || error == ENFILE) {
-        error = RefuseWithSpareDescriptor();
-    }
-    if (error == 0 || IsTransient(error)) {
-        return error == 0;
-    }
-    // The client stays in the queue and the listener ready, so polling it at once would spin.
-    m_acceptPaused = true;
-    m_acceptAgain = Clock::now() + Limits::kAcceptPause;
-    return false;
-}
-
-/// Accepts and closes one client in the spare's place. Returns 0 or the error of accept.
-int TcpServer::RefuseWithSpareDescriptor() {
-    CloseDescriptor(m_spareDescriptor);
-    int fd = ::accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC);
-    const int error = fd >= 0 ? 0 : errno;
-    CloseDescriptor(fd);
-    m_spareDescriptor = OpenSpareDescriptor();
-    return error;
-}
-
-void TcpServer::AddClient(int fd) {
-    if (m_clients.size() >= Limits::kClients) {
-        ::close(fd);
-        return;
-    }
-    const int on = 1;
-    ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
-    auto client = std::make_shared<ClientConnection>(fd);
-    const std::lock_guard lock(m_clientsMutex);
-    m_clients.push_back(std::move(client));
-}
-
-std::vector<int> TcpServer::GetClients() const {
-    const std::lock_guard lock(m_clientsMutex);
-    std::vector<int> descriptors;
-    descriptors.reserve(m_clients.size());
-    for (const Client& client : m_clients) {
-        if (!client->IsDown()) {
-            descriptors.push_back(client->Fd());
+        if (m_clients.size() < m_limits.clients || MakeRoom()) {
+            AddClient(std::move(socket));
         }
     }
-    return descriptors;
 }
 
-TcpServer::Client TcpServer::FindClient(int fd) const {
-    const std::lock_guard lock(m_clientsMutex);
-    const auto found = std::find_if(m_clients.begin(), m_clients.end(),
-                                    [fd](const Client& client) { return client->Fd() == fd; });
-    return found != m_clients.end() ? *found : nullptr;
+/// Disconnects a client that holds a place without being served.
+bool TcpServer::MakeRoom() {
+    Client* client = LongestWaitedFor(false);
+    if (client == nullptr) {
+        return false;
+    }
+    client->Refuse(CloseReason::TableFull);
+    client->GetConnection().Shutdown(CloseReason::TableFull);
+    RemoveFinished();
+    return true;
 }
 
-ssize_t TcpServer::Send(int fd, std::string_view text) {
-    Client client = FindClient(fd);
-    return client ? SendResponse(std::move(client), text) : -1;
+void TcpServer::AddClient(Descriptor socket) {
+    Configure(socket.Get());
+    auto connection = std::make_shared<Connection>(std::move(socket), m_limits);
+    m_clients.push_back(std::make_unique<Client>(connection, m_limits));
+    m_connections.Add(std::move(connection));
 }
 
-std::size_t TcpServer::Broadcast(std::string_view text) {
-    const std::lock_guard broadcast(m_broadcastMutex);
-    std::vector<PendingSend> sends;
-    {
-        const std::lock_guard lock(m_clientsMutex);
-        sends.reserve(m_clients.size());
-        for (const Client& client : m_clients) {
-            sends.emplace_back(client, text);
+void TcpServer::RemoveFinished() {
+    const Clock::time_point now = Clock::now();
+    for (std::size_t i = 0; i < m_clients.size();) {
+        if (!m_clients[i]->IsFinished()) {
+            ++i;
+            continue;
+        }
+        const std::unique_ptr<Client> client = std::move(m_clients[i]);
+        m_clients.erase(m_clients.begin() + static_cast<std::ptrdiff_t>(i));
+        std::erase(m_ready, client.get());
+        m_connections.Remove(client->GetConnection());
+        GiveBack(client->UnfinishedBytes());
+        const CloseReason reason = client->GetConnection().Reason();
+        if (reason != CloseReason::None && m_closeListener) {
+            m_closeListener({reason, client->ConnectedTime(now)});
         }
     }
-    Complete(sends, {Limits::kBroadcastWait, Limits::kBroadcastWait});
-    return static_cast<std::size_t>(std::count_if(sends.begin(), sends.end(), [](const PendingSend& send) {
-        return send.GetState() == PendingSend::State::Done;
-    }));
+}
+
+void TcpServer::Queue(Client& client) {
+    if (!std::exchange(client.isQueued, true)) {
+        m_ready.push_back(&client);
+    }
+}
+
+void TcpServer::ServeNext() {
+    Client& client = *m_ready.front();
+    m_ready.pop_front();
+    client.isQueued = false;
+    try {
+        ServeTurn(client);
+    } catch (const std::exception&) {
+        client.GetConnection().Shutdown(CloseReason::OutOfMemory);
+    }
+}
+
+void TcpServer::ServeTurn(Client& client) {
+    Turn turn{*this, m_readBuffer, m_shouldPause, Clock::now() + m_limits.turnTime, m_limits.turnRequests};
+    client.TakeTurn(turn);
+    GiveBack(turn.largeBytes);
+    if (client.HasWork()) {
+        Queue(client);
+    }
+    if (client.UnfinishedBytes() > 0) {
+        KeepUnfinishedInBounds();
+    }
+}
+
+void TcpServer::KeepUnfinishedInBounds() {
+    std::size_t bytes = 0;
+    for (const auto& client : m_clients) {
+        bytes += client->UnfinishedBytes();
+    }
+    while (bytes > m_limits.unfinishedBytes) {
+        Client* client = LongestWaitedFor(true);
+        bytes -= client->UnfinishedBytes();
+        GiveBack(client->UnfinishedBytes());
+        client->Refuse(CloseReason::InputTooLarge);
+    }
+}
+
+/// Among those in the middle of a request, and those on their way out unless it is about the former only.
+Client* TcpServer::LongestWaitedFor(bool inRequestOnly) {
+    Client* longest = nullptr;
+    for (const auto& client : m_clients) {
+        const auto since = client->WaitedForSince();
+        if (since && (client->UnfinishedBytes() > 0 || !inRequestOnly) &&
+            (longest == nullptr || *since < *longest->WaitedForSince())) {
+            longest = client.get();
+        }
+    }
+    return longest;
+}
+
+/// Long lists are built of hundreds of thousands of small blocks, which the allocator would keep.
+void TcpServer::GiveBack(std::size_t bytes) {
+    m_released += bytes;
+    if (m_released >= kTrimBytes) {
+        m_released = 0;
+        ::malloc_trim(0);
+    }
+}
+
+ssize_t TcpServer::Send(int fd, std::string text) {
+    const auto connection = m_connections.Find(fd);
+    if (!connection) {
+        return -1;
+    }
+    const auto length = static_cast<ssize_t>(text.size());
+    const auto sent =
+        connection->Send(std::make_shared<const std::string>(std::move(text)), Kind::Notification);
+    if (sent != Connection::Sent::Whole) {
+        Wake();
+    }
+    return sent == Connection::Sent::Refused ? -1 : length;
+}
+
+std::size_t TcpServer::Broadcast(std::string text) {
+    const auto delivery = m_connections.Broadcast(std::make_shared<const std::string>(std::move(text)));
+    if (delivery.needsAttention) {
+        Wake();
+    }
+    return delivery.clients;
 }
 
 void TcpServer::Close() {
-    std::vector<Client> clients;
-    {
-        const std::lock_guard lock(m_clientsMutex);
-        clients.swap(m_clients);
+    m_listener.Close();
+    m_boundPort = 0;
+    for (const auto& client : m_clients) {
+        client->DeclineBatch(*this);
     }
-    for (const Client& client : clients) {
-        client->Shutdown();
+    Flush();
+    for (const auto& client : m_clients) {
+        client->GetConnection().Shutdown(CloseReason::None);
+        m_connections.Remove(client->GetConnection());
     }
-    CloseDescriptor(m_listener);
-    CloseDescriptor(m_spareDescriptor);
+    m_ready.clear();
+    m_clients.clear();
+}
+
+void TcpServer::Flush() {
+    const Clock::time_point end = Clock::now() + m_limits.flushTime;
+    for (Clock::time_point now = Clock::now(); now < end; now = Clock::now()) {
+        m_polls.clear();
+        for (const auto& client : m_clients) {
+            if (client->GetConnection().Owes()) {
+                client->GetConnection().Flush();
+                m_polls.push_back({client->GetConnection().Fd(), POLLOUT, 0});
+            }
+        }
+        if (m_polls.empty()) {
+            return;
+        }
+        ::poll(m_polls.data(), static_cast<nfds_t>(m_polls.size()), MillisecondsUntil(end, now, -1));
+    }
 }
 
 }  // namespace Json::Rpc

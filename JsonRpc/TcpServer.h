@@ -1,94 +1,121 @@
+// JSON-RPC 2.0 over TCP.
 #pragma once
 
 #include <poll.h>
 #include <sys/types.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <deque>
+#include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
-#include <string_view>
 #include <vector>
 
+#include "JsonRpc/Client.h"
+#include "JsonRpc/CloseReason.h"
+#include "JsonRpc/ConnectionList.h"
+#include "JsonRpc/Limits.h"
+#include "JsonRpc/Listener.h"
 #include "JsonRpc/Server.h"
+#include "JsonRpc/WakeUp.h"
+#include "ServiceUtil/ThreadRole.h"
 
 namespace Json::Rpc {
 
-class ClientConnection;
-
-/// JSON-RPC 2.0 over TCP: accepts clients, answers their requests, and sends them texts of the owner's own.
-/// The server thread is the one that calls Bind, Listen, WaitMessage and Close; methods run there, inside
-/// WaitMessage. No call throws for what a client does.
+/// Accepts clients, answers their requests turn by turn, and sends them texts of the owner's own. Nothing
+/// waits for a client. Methods run on the server thread, inside WaitMessage. No call throws for what a client
+/// does.
 class TcpServer : public Server {
   public:
     /// The address is a numeric IPv4 or IPv6 text; with port 0 the system picks one.
-    TcpServer(std::string address, std::uint16_t port);
+    TcpServer(std::string address, std::uint16_t port, const Limits& limits = {});
 
     /// Closes what is open. No other thread may be inside a call.
     ~TcpServer() override;
 
-    /// Binds the socket. False when the address is not valid or taken; may then be tried again. Server
-    /// thread.
-    bool Bind();
+    /// Binds the socket. False when the address is not valid or taken; may then be tried again.
+    bool Bind() REQUIRES(kServerThread);
 
-    /// Starts accepting; after Bind. False when another socket listens on the port already. Server thread.
-    bool Listen();
+    /// The system's reason for the last failure of Bind or Listen, for people.
+    std::string GetBindError() const REQUIRES(kServerThread);
 
-    /// The port in use once bound, 0 before. Server thread, and any thread between Listen and Close.
-    std::uint16_t GetPort() const;
+    /// Starts accepting; after Bind. False when another socket listens on the port already.
+    bool Listen() REQUIRES(kServerThread);
 
-    /// Waits until a client is ready, at most so many milliseconds (negative: for ever), serves all that are
-    /// ready once and returns; a signal ends the wait early. Server thread.
-    void WaitMessage(int milliseconds);
+    /// The port in use once bound, 0 before and after Close. Any thread.
+    std::uint16_t GetPort() const { return m_boundPort.load(); }
+
+    /// Sleeps until there is something to do, at most so many milliseconds (negative: for ever), serves one
+    /// client's turn and returns; a signal ends the sleep early. Clients have their turns one after the
+    /// other.
+    void WaitMessage(int milliseconds) REQUIRES(kServerThread);
+
+    /// Makes the present WaitMessage, or the next, return without sleeping on. Any thread, and signal
+    /// handlers.
+    void Wake() { m_wakeUp.Raise(); }
+
+    /// Is asked between two requests of a turn; true ends the turn there, inside a batch too. Cheap. Before
+    /// the first WaitMessage.
+    void SetPauseTest(std::function<bool()> shouldPause) REQUIRES(kServerThread);
+
+    /// Is told of each client that a limit has disconnected, on the server thread. Before the first
+    /// WaitMessage.
+    void SetCloseListener(std::function<void(const ClosedClient&)> listener) REQUIRES(kServerThread);
 
     /// The descriptors of the connected clients, oldest first. Any thread.
-    std::vector<int> GetClients() const;
+    std::vector<int> GetClients() const { return m_connections.Descriptors(); }
 
-    /// Sends the text, whole, to one client; returns its length, or -1 when there is no such client or it did
-    /// not take all of it within the limits of a response, in which case it has been disconnected. Any
-    /// thread.
-    ssize_t Send(int fd, std::string_view text);
+    /// Sends the text, whole, to one client, behind what it is owed already. Returns its length, or -1 when
+    /// there is no such client or it has just been disconnected for what it leaves untaken. Any thread.
+    ssize_t Send(int fd, std::string text);
 
-    /// Sends the text to all clients at the same time, so that a slow one takes none of the others' time;
-    /// those that did not take all of it within the limit of a broadcast have been disconnected. Returns how
-    /// many clients got it. Any thread.
-    std::size_t Broadcast(std::string_view text);
+    /// Sends the text to all clients, to each behind what it is owed already; all see all texts in one order.
+    /// Returns how many clients it goes to. Any thread.
+    std::size_t Broadcast(std::string text);
 
-    /// Disconnects all clients and stops listening; again does nothing. Server thread, or any after its end.
-    void Close();
+    /// Stops listening and reading, waits a moment for clients to take what they are owed, and disconnects
+    /// them. A batch under way is answered, the rest of it with errors. Again does nothing.
+    void Close() REQUIRES(kServerThread);
 
   private:
-    using Client = std::shared_ptr<ClientConnection>;
+    using Clock = std::chrono::steady_clock;
 
-    Client FindClient(int fd) const;
-    int PreparePolls(int milliseconds);
-    void ServeReady();
-    void Serve(const Client& client);
-    void Receive(ClientConnection& client);
-    void Dispatch(const Client& client);
-    bool Reply(const Client& client, const FramedText& text);
-    void Discard(ClientConnection& client);
-    void RemoveFinished();
-    void AcceptClients();
-    bool RecoverFromAcceptError(int error);
-    int RefuseWithSpareDescriptor();
-    void AddClient(int fd);
+    void Poll(int milliseconds) REQUIRES(kServerThread);
+    void CheckTimes(Clock::time_point now) REQUIRES(kServerThread);
+    int PreparePolls(Clock::time_point now, int milliseconds) REQUIRES(kServerThread);
+    void AttendClients() REQUIRES(kServerThread);
+    void AcceptClients() REQUIRES(kServerThread);
+    bool MakeRoom() REQUIRES(kServerThread);
+    void AddClient(Descriptor socket) REQUIRES(kServerThread);
+    void RemoveFinished() REQUIRES(kServerThread);
+    void Queue(Client& client) REQUIRES(kServerThread);
+    void ServeNext() REQUIRES(kServerThread);
+    void ServeTurn(Client& client) REQUIRES(kServerThread);
+    void KeepUnfinishedInBounds() REQUIRES(kServerThread);
+    Client* LongestWaitedFor(bool inRequestOnly) REQUIRES(kServerThread);
+    void Flush() REQUIRES(kServerThread);
+    void GiveBack(std::size_t bytes) REQUIRES(kServerThread);
 
     const std::string m_address;
     const std::uint16_t m_port;
+    const Limits m_limits;
+    const WakeUp m_wakeUp;
+    ConnectionList m_connections;
+    std::atomic<std::uint16_t> m_boundPort{0};
 
-    mutable std::mutex m_clientsMutex;  // never held across a system call on a socket
-    std::vector<Client> m_clients;      // changed by the server thread, under the mutex; read there without
-    std::mutex m_broadcastMutex;        // two broadcasts that wait for each other's turns would get nowhere
-
-    // Server thread only.
-    int m_listener = -1;
-    int m_spareDescriptor = -1;  // let go to accept and refuse a client when descriptors have run out
-    bool m_acceptPaused = false;
-    std::chrono::steady_clock::time_point m_acceptAgain;
-    std::vector<pollfd> m_polls;  // the listener, then the clients in their order
-    std::vector<char> m_readBuffer;
+    Listener m_listener GUARDED_BY(kServerThread);
+    std::vector<std::unique_ptr<Client>> m_clients GUARDED_BY(kServerThread);
+    std::deque<Client*> m_ready GUARDED_BY(kServerThread);  // for their turns
+    std::size_t m_turnsLeft GUARDED_BY(kServerThread) = 0;  // before the next poll; at most those ready
+    std::vector<pollfd> m_polls GUARDED_BY(kServerThread);  // clients in their order, listener, wake-up
+    Clock::time_point m_lastPoll GUARDED_BY(kServerThread);
+    std::vector<char> m_readBuffer GUARDED_BY(kServerThread);
+    std::function<bool()> m_shouldPause GUARDED_BY(kServerThread);
+    std::function<void(const ClosedClient&)> m_closeListener GUARDED_BY(kServerThread);
+    int m_bindError GUARDED_BY(kServerThread) = 0;
+    std::size_t m_released GUARDED_BY(kServerThread) = 0;  // bytes let go since the last trim
 };
 
 }  // namespace Json::Rpc

@@ -1,3 +1,4 @@
+// A server with its thread, and clients that never wait for ever.
 #pragma once
 
 #include <arpa/inet.h>
@@ -23,6 +24,8 @@ inline constexpr std::chrono::milliseconds kPatience{20000};
 
 inline const std::string kEcho = "{\"jsonrpc\":\"2.0\",\"method\":\"echo\",\"id\":1}";
 inline const std::string kEchoReply = "{\"id\":1,\"jsonrpc\":\"2.0\",\"result\":null}\n";
+inline const std::string kParseError =
+    "{\"error\":{\"code\":-32700,\"message\":\"Parse error.\"},\"id\":null,\"jsonrpc\":\"2.0\"}\n";
 
 /// Waits for something that other threads bring about. False when it does not happen.
 inline bool Eventually(const std::function<bool()>& condition) {
@@ -36,11 +39,17 @@ inline bool Eventually(const std::function<bool()>& condition) {
 /// A server on a port of its own, with its thread.
 class RunningServer {
   public:
-    RunningServer() {
+    explicit RunningServer(const Json::Rpc::Limits& limits = {}) : tcp("127.0.0.1", 0, limits) {
+        kServerThread.Assert();
         EXPECT_TRUE(tcp.Bind() && tcp.Listen());
+        tcp.SetCloseListener([this](const Json::Rpc::ClosedClient& client) {
+            m_lastReason = client.reason;
+            ++m_closed;
+        });
         m_thread = std::thread([this] {
+            kServerThread.Assert();
             for (; !m_stop; ++rounds) {
-                tcp.WaitMessage(20);
+                tcp.WaitMessage(-1);
             }
             tcp.Close();
         });
@@ -49,6 +58,7 @@ class RunningServer {
 
     void Stop() {
         m_stop = true;
+        tcp.Wake();
         if (m_thread.joinable()) {
             m_thread.join();
         }
@@ -58,11 +68,20 @@ class RunningServer {
         return Eventually([this, count] { return tcp.GetClients().size() == count; });
     }
 
-    Json::Rpc::TcpServer tcp{"127.0.0.1", 0};
+    /// True when one more client has been disconnected, for this reason.
+    bool HasClosed(Json::Rpc::CloseReason reason) {
+        const int before = m_closedSeen++;
+        return Eventually([&] { return m_closed > before; }) && m_lastReason == reason;
+    }
+
+    Json::Rpc::TcpServer tcp;
     std::atomic<int> rounds{0};
 
   private:
     TestMethods m_methods{tcp};
+    std::atomic<int> m_closed{0};
+    std::atomic<Json::Rpc::CloseReason> m_lastReason{};
+    int m_closedSeen = 0;
     std::atomic<bool> m_stop{false};
     std::thread m_thread;
 };

@@ -1,0 +1,115 @@
+#include "JsonRpc/Connection.h"
+
+#include <linux/sockios.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+
+#include <utility>
+
+namespace Json::Rpc {
+
+Connection::Connection(Descriptor socket, const Limits& limits)
+    : m_limits(limits), m_socket(std::move(socket)) {}
+
+Connection::Sent Connection::Send(SharedText text, OutputQueue::Kind kind) {
+    const MutexLock lock(m_mutex);
+    if (!m_takesTexts) {
+        return Sent::Refused;
+    }
+    const bool isFirst = m_output.IsEmpty();
+    m_output.Push(std::move(text), kind);
+    if (isFirst) {
+        SendQueued();
+    }
+    if (m_output.NotificationBytes() > m_limits.notificationBytes) {
+        ShutdownLocked(CloseReason::TooManyNotifications);
+    }
+    Update();
+    return m_isDown ? Sent::Refused : m_owes ? Sent::Queued : Sent::Whole;
+}
+
+void Connection::Flush() {
+    const MutexLock lock(m_mutex);
+    SendQueued();
+    Update();
+}
+
+void Connection::SendQueued() {
+    if (!m_isDown && !m_output.SendTo(Fd())) {
+        ShutdownLocked(CloseReason::None);
+    }
+}
+
+/// Brings what other threads ask in line with the queue.
+void Connection::Update() {
+    if (!m_owes && !m_output.IsEmpty()) {
+        BeginProgress(Clock::now());
+    }
+    m_owes = !m_output.IsEmpty();
+    m_owesAnswer = m_output.Answers() > 0;
+    if (!m_owes && !m_takesTexts && !m_isDown) {
+        ::shutdown(Fd(), SHUT_WR);
+    }
+}
+
+void Connection::EndSending(CloseReason reason) {
+    const MutexLock lock(m_mutex);
+    m_reason = m_reason == CloseReason::None ? reason : m_reason;
+    m_takesTexts = false;
+    Update();
+}
+
+void Connection::Shutdown(CloseReason reason) {
+    const MutexLock lock(m_mutex);
+    ShutdownLocked(reason);
+    Update();
+}
+
+void Connection::ShutdownLocked(CloseReason reason) {
+    if (m_isDown) {
+        return;
+    }
+    m_reason = m_reason == CloseReason::None ? reason : m_reason;
+    m_takesTexts = false;
+    m_isDown = true;
+    m_output.Clear();
+    ::shutdown(Fd(), SHUT_RDWR);
+}
+
+/// What has reached the client's side of the connection. The system makes room in larger steps, so room says
+/// nothing about a slow client.
+std::uint64_t Connection::AcknowledgedBytes() const {
+    int underWay = 0;
+    ::ioctl(Fd(), SIOCOUTQ, &underWay);
+    return m_output.SentBytes() - static_cast<std::uint64_t>(underWay);
+}
+
+void Connection::BeginProgress(Clock::time_point now) {
+    m_progressEnd = now + m_limits.progressTime;
+    m_acknowledgedBefore = AcknowledgedBytes();
+}
+
+void Connection::CheckProgress(Clock::time_point now) {
+    const MutexLock lock(m_mutex);
+    if (!m_owes || now < m_progressEnd) {
+        return;
+    }
+    if (AcknowledgedBytes() - m_acknowledgedBefore < m_limits.progressBytes) {
+        ShutdownLocked(CloseReason::OutputNotTaken);
+        Update();
+    } else {
+        BeginProgress(now);
+    }
+}
+
+Connection::Clock::time_point Connection::ProgressEnd() const {
+    const MutexLock lock(m_mutex);
+    return m_progressEnd;
+}
+
+CloseReason Connection::Reason() const {
+    const MutexLock lock(m_mutex);
+    return m_reason;
+}
+
+}  // namespace Json::Rpc

@@ -1,0 +1,201 @@
+#include "JsonRpc/JsonGrammar.h"
+
+#include <cstring>
+
+namespace Json::Rpc {
+
+namespace {
+
+bool IsWhitespace(char c) {
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
+bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+bool IsHexDigit(char c) {
+    return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+}
+
+}  // namespace
+
+JsonGrammar::Step JsonGrammar::Look(char c) {
+    m_isBroken = m_isBroken || !Accepts(c);
+    return m_inString ? FollowString(c) : FollowBrackets(c);
+}
+
+JsonGrammar::Step JsonGrammar::FollowString(char c) {
+    if (c == '\n') {
+        return Step::CannotClose;  // a quote was lost; what follows would be read inside out
+    }
+    if (m_escaped) {
+        m_escaped = false;
+    } else if (c == '\\') {
+        m_escaped = true;
+    } else if (c == '"') {
+        m_inString = false;
+    }
+    return Step::Goes;
+}
+
+JsonGrammar::Step JsonGrammar::FollowBrackets(char c) {
+    switch (c) {
+        case '"':
+            m_inString = true;
+            return Step::Goes;
+        case '{':
+        case '[':
+            m_isObject.push_back(c == '{');
+            m_isBroken = m_isBroken || m_isObject.size() > m_nesting;
+            return Step::Goes;
+        case '}':
+        case ']':
+            if (m_isObject.back() != (c == '}')) {
+                return Step::CannotClose;
+            }
+            m_isObject.pop_back();
+            return m_isObject.empty() ? Step::Closes : Step::Goes;
+        default:
+            return Step::Goes;
+    }
+}
+
+bool JsonGrammar::Go(State state) {
+    m_state = state;
+    return true;
+}
+
+bool JsonGrammar::Accepts(char c) {
+    switch (m_state) {
+        case State::String:
+            return AcceptsInString(c);
+        case State::Escape:
+            return AcceptsInEscape(c);
+        case State::HexDigits:
+            return IsHexDigit(c) && (--m_hexDigitsLeft > 0 || Go(State::String));
+        case State::Literal:
+            return c == *m_literalRest && (*++m_literalRest != '\0' || Go(State::AfterValue));
+        case State::Value:
+        case State::FirstElement:
+        case State::FirstKey:
+        case State::Key:
+        case State::Colon:
+        case State::AfterValue:
+            return AcceptsBetween(c);
+        default:
+            return AcceptsInNumber(c);
+    }
+}
+
+bool JsonGrammar::AcceptsBetween(char c) {
+    if (IsWhitespace(c)) {
+        return true;
+    }
+    switch (m_state) {
+        case State::FirstElement:
+            return (c == ']' && Go(State::AfterValue)) || BeginsValue(c);
+        case State::Value:
+            return BeginsValue(c);
+        case State::FirstKey:
+            if (c == '}') {
+                return Go(State::AfterValue);
+            }
+            [[fallthrough]];
+        case State::Key:
+            m_isKey = true;
+            return c == '"' && Go(State::String);
+        case State::Colon:
+            return c == ':' && Go(State::Value);
+        default:
+            // Whether a closing bracket is of the right kind shows where brackets are followed.
+            return c == ',' ? Go(m_isObject.back() ? State::Key : State::Value) : c == '}' || c == ']';
+    }
+}
+
+bool JsonGrammar::BeginsValue(char c) {
+    ++m_values;
+    m_members += m_isObject.size() == 1 ? 1 : 0;
+    switch (c) {
+        case '"':
+            m_isKey = false;
+            return Go(State::String);
+        case '{':
+            return Go(State::FirstKey);
+        case '[':
+            return Go(State::FirstElement);
+        case '-':
+            return Go(State::Minus);
+        case 't':
+            m_literalRest = "rue";
+            return Go(State::Literal);
+        case 'f':
+            m_literalRest = "alse";
+            return Go(State::Literal);
+        case 'n':
+            m_literalRest = "ull";
+            return Go(State::Literal);
+        default:
+            return IsDigit(c) && Go(c == '0' ? State::Zero : State::Integer);
+    }
+}
+
+bool JsonGrammar::AcceptsInString(char c) {
+    if (c == '"') {
+        return Go(m_isKey ? State::Colon : State::AfterValue);
+    }
+    if (c == '\\') {
+        return Go(State::Escape);
+    }
+    return static_cast<unsigned char>(c) >= 0x20;
+}
+
+bool JsonGrammar::AcceptsInEscape(char c) {
+    if (c == 'u') {
+        m_hexDigitsLeft = 4;
+        return Go(State::HexDigits);
+    }
+    return c != '\0' && std::strchr("\"\\/bfnrt", c) != nullptr && Go(State::String);
+}
+
+bool JsonGrammar::AcceptsInNumber(char c) {
+    const bool isExponent = c == 'e' || c == 'E';
+    switch (m_state) {
+        case State::Minus:
+            return IsDigit(c) && Go(c == '0' ? State::Zero : State::Integer);
+        case State::Point:
+            return IsDigit(c) && Go(State::Fraction);
+        case State::Exponent:
+            if (c == '+' || c == '-') {
+                return Go(State::ExponentSign);
+            }
+            [[fallthrough]];
+        case State::ExponentSign:
+            return IsDigit(c) && Go(State::ExponentDigits);
+        case State::Zero:
+            if (c == '.' || isExponent) {
+                return Go(c == '.' ? State::Point : State::Exponent);
+            }
+            break;
+        case State::Integer:
+            if (IsDigit(c)) {
+                return true;
+            }
+            if (c == '.' || isExponent) {
+                return Go(c == '.' ? State::Point : State::Exponent);
+            }
+            break;
+        default:
+            if (IsDigit(c)) {
+                return true;
+            }
+            if (m_state == State::Fraction && isExponent) {
+                return Go(State::Exponent);
+            }
+            break;
+    }
+    m_state = State::AfterValue;
+    return AcceptsBetween(c);
+}
+
+}  // namespace Json::Rpc

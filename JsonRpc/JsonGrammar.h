@@ -1,0 +1,80 @@
+// JSON's grammar, one byte after the other.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace Json::Rpc {
+
+/// Follows one text that begins with a bracket, up to the byte with which it ends. Of a text that is no JSON
+/// it goes on to follow strings and brackets: what stands inside must not pass for a text of its own. One
+/// thread at a time.
+class JsonGrammar {
+  public:
+    enum class Step {
+        Goes,
+        Closes,       ///< this byte balances the first bracket
+        CannotClose,  ///< a bracket of the wrong kind, or a line's end inside a string: whatever follows, the
+                      ///< brackets will not balance
+    };
+
+    explicit JsonGrammar(std::size_t nesting) : m_nesting(nesting) {}
+
+    Step Look(char c);
+
+    /// True once the text cannot be JSON, or is nested deeper than allowed.
+    bool IsBroken() const { return m_isBroken; }
+
+    /// The values begun so far, the outermost included; of a broken text, those before it broke.
+    std::size_t Values() const { return m_values; }
+
+    /// How many of them stand directly inside the outermost bracket.
+    std::size_t Members() const { return m_members; }
+
+  private:
+    enum class State : std::uint8_t {
+        Value,
+        FirstElement,
+        FirstKey,
+        Key,
+        Colon,
+        AfterValue,
+        String,
+        Escape,
+        HexDigits,
+        Literal,
+        Minus,
+        Zero,
+        Integer,
+        Point,
+        Fraction,
+        Exponent,
+        ExponentSign,
+        ExponentDigits,
+    };
+
+    bool Accepts(char c);
+    bool AcceptsBetween(char c);
+    bool BeginsValue(char c);
+    bool AcceptsInString(char c);
+    bool AcceptsInEscape(char c);
+    bool AcceptsInNumber(char c);
+    bool Go(State state);
+    Step FollowString(char c);
+    Step FollowBrackets(char c);
+
+    std::size_t m_nesting;
+    std::vector<bool> m_isObject;  // for each open bracket
+    std::size_t m_values = 0;
+    std::size_t m_members = 0;
+    const char* m_literalRest = "";
+    State m_state = State::Value;
+    std::uint8_t m_hexDigitsLeft = 0;
+    bool m_isKey = false;
+    bool m_isBroken = false;
+    bool m_inString = false;
+    bool m_escaped = false;
+};
+
+}  // namespace Json::Rpc
