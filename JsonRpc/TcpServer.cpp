@@ -228,8 +228,9 @@ void TcpServer::ServeNext() {
 
 void TcpServer::ServeTurn(Client& client) {
     Turn turn{*this, m_readBuffer, m_shouldPause, Clock::now() + m_limits.turnTime, m_limits.turnRequests};
+    const std::size_t held = client.UnfinishedBytes();
     client.TakeTurn(turn);
-    GiveBack(turn.largeBytes);
+    GiveBack(turn.largeBytes + held - std::min(held, client.UnfinishedBytes()));
     if (client.HasWork()) {
         Queue(client);
     }

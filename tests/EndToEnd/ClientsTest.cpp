@@ -62,10 +62,14 @@ TEST(ClientsTest, WhoDoesNotReadLosesTheConnection) {
     idle.Send(requests);
     for (std::uint32_t i = 0; i < kEvents; ++i)
         scene.Do("{'command':'event','words':[8," + std::to_string(kFirst + i) + "]}");
-    Require("the idle client's end", [&] {
-        ExpectServed(scene.client);
-        return scene.service.DescriptorCount() == descriptors;
-    });
+    // It may leave what it is owed for 10 s.
+    Require(
+        "the idle client's end",
+        [&] {
+            ExpectServed(scene.client);
+            return scene.service.DescriptorCount() == descriptors;
+        },
+        2 * kPatience);
 
     for (std::uint32_t i = 0; i < kEvents; ++i)
         reader.Notification("trackTimeNotification", [&](const Json::Value& params) {

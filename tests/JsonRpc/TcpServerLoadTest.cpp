@@ -42,13 +42,14 @@ TEST(TcpServerLoad, SlowReaderGetsItsAnswerWholeWithNotificationsBehindIt) {
     TestClient slow(server, 300000);
     slow.Send(Fill(kAnswer) + kEcho);
     const auto start = Clock::now();
-    for (int part = 1; Clock::now() - start < 4 * kProgressTime; ++part) {
+    int parts = 0;
+    while (Clock::now() - start < 4 * kProgressTime) {
         ASSERT_TRUE(slow.ReadAhead(100000));
-        EXPECT_EQ(server.tcp.Broadcast(Note(part, 10)), 1U);
-        std::this_thread::sleep_until(start + part * kProgressTime / 4);
+        EXPECT_EQ(server.tcp.Broadcast(Note(++parts, 10)), 1U);
+        std::this_thread::sleep_until(start + parts * kProgressTime / 4);
     }
     EXPECT_TRUE(slow.ReadLine() == FillReply(kAnswer));
-    for (int part = 1; part <= 16; ++part) {
+    for (int part = 1; part <= parts; ++part) {
         EXPECT_EQ(slow.ReadLine(), Note(part, 10));
     }
     EXPECT_EQ(slow.ReadLine(), kEchoReply);
@@ -62,21 +63,38 @@ TEST(TcpServerLoad, ThoseThatTakeTooLittleAreDisconnectedAndNobodyWaitsForThem) 
     const auto start = Clock::now();
     stuck.Send(Fill(20000000));
     trickling.Send(Fill(20000000));
-    ASSERT_TRUE(stuck.ReadAhead(1) && trickling.ReadAhead(1));
+    // What a client took earlier does not count for ever.
+    ASSERT_TRUE(stuck.ReadAhead(500000) && trickling.ReadAhead(1));
     Clock::duration longest{};
     int answers = 0;
     while (Clock::now() - start < kProgressTime * 3 / 4) {
         const auto sent = Clock::now();
-        ASSERT_TRUE(waiting.Answers() && trickling.ReadAhead(1));
+        ASSERT_TRUE(waiting.Answers());
+        trickling.ReadAhead(1);
         longest = std::max(longest, Clock::now() - sent);
         ++answers;
     }
-    EXPECT_LT(longest, kProgressTime / 2) << answers;
-    EXPECT_EQ(server.tcp.GetClients().size(), 3U);
+    EXPECT_LT(longest, kProgressTime) << answers;
     EXPECT_TRUE(server.HasClosed(CloseReason::OutputNotTaken) &&
                 server.HasClosed(CloseReason::OutputNotTaken));
     EXPECT_GE(Clock::now() - start, kProgressTime);
     EXPECT_TRUE(server.HasClients(1) && waiting.Answers());
+}
+
+TEST(TcpServerLoad, WhatIsLeftOfABroadcastLeavesAlthoughNothingElseHappens) {
+    Json::Rpc::Limits limits;
+    limits.notificationBytes = 30000000;
+    RunningServer server(limits);
+    TestClient client(server, 4096);
+    ASSERT_TRUE(client.Answers());
+    server.tcp.Broadcast(Note(1, 20000000));
+    EXPECT_TRUE(client.ReadLine() == Note(1, 20000000));
+
+    server.tcp.Broadcast(Note(2, 20000000));
+    client.EndSending();
+    EXPECT_TRUE(server.HasClients(0)) << "takes no more";
+    EXPECT_TRUE(client.ReadLine() == Note(2, 20000000));
+    EXPECT_TRUE(client.SeesEnd());
 }
 
 TEST(TcpServerLoad, NothingIsReadFromAClientThatHasNotTakenItsAnswer) {
