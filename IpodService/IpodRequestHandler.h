@@ -3,6 +3,8 @@
 
 #include <json/json.h>
 
+#include <string>
+
 #include "ServiceUtil/ThreadRole.h"
 
 class IpodManager;
@@ -48,14 +50,15 @@ class CIpodRequestHandler {
     bool FastForwardSong(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
     bool RewindSong(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
 
-    // Browsing (IpodRequestHandlerBrowse.cpp)
+    // Browsing (IpodRequestHandlerBrowse.cpp). The two lists write the text of "result", which may be large;
+    // left empty, the response has none.
 
-    bool GetBrowseList(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool GetBrowseList(const Json::Value& request, std::string& result) REQUIRES(kServerThread);
     bool SelectBrowseItem(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
     bool SelectBrowseBack(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
     bool FilterBrowseList(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
     bool ResetBrowseList(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
-    bool GetSongList(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool GetSongList(const Json::Value& request, std::string& result) REQUIRES(kServerThread);
     bool GetNextAlphaNumericIndex(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
     bool GetPrevAlphaNumericIndex(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
 

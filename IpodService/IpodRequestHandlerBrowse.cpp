@@ -1,62 +1,19 @@
 // The methods that walk the library. The browse position is the manager's, one for all clients.
 
 #include <cstdio>
+#include <string>
+#include <utility>
 
 #include "IpodService/IpodManager.h"
 #include "IpodService/IpodRequestHandler.h"
+#include "IpodService/ItemListText.h"
 #include "IpodService/LetterJump.h"
-#include "IpodService/RecordText.h"
 #include "IpodService/Responses.h"
-#include "IpodService/Utf8Text.h"
 
 namespace {
 
-const char* CategoryLabel(u32 category) {
-    switch (category) {
-        case DEV_MGR_CATEGORY_PLAYLIST:
-            return "Playlists";
-        case DEV_MGR_CATEGORY_ARTIST:
-            return "Artists";
-        case DEV_MGR_CATEGORY_ALBUM:
-            return "Albums";
-        case DEV_MGR_CATEGORY_GENRE:
-            return "Genres";
-        case DEV_MGR_CATEGORY_TRACK:
-            return "Songs";
-        case DEV_MGR_CATEGORY_COMPOSER:
-            return "Composers";
-        case DEV_MGR_CATEGORY_AUDIOBOOK:
-            return "Audiobooks";
-        case DEV_MGR_CATEGORY_PODCAST:
-            return "Podcasts";
-        case DEV_MGR_CATEGORY_TOP_LEVEL:
-            return "All";
-        default:
-            return "Unknown";
-    }
-}
-
-// A list may hold a hundred thousand items: their keys are shared and not copied into each.
-const Json::StaticString kItemId("itemId");
-const Json::StaticString kItemName("itemName");
-
-Json::Value ItemObject(const BrowseItem& item) {
-    Json::Value object(Json::objectValue);
-    object[kItemId] = static_cast<Json::UInt>(item.id);
-    object[kItemName] = WellFormedUtf8(RecordText(item.name), sizeof item.name);
-    return object;
-}
-
-Json::Value TopCategoryList(const std::vector<TopCategoryEntry>& entries) {
-    Json::Value list(Json::arrayValue);
-    for (const TopCategoryEntry& entry : entries) {
-        Json::Value object(Json::objectValue);
-        object[kItemId] = static_cast<Json::Int>(entry.category);
-        object[kItemName] = CategoryLabel(entry.category);
-        object["isSupported"] = entry.supported != 0;
-        list.append(std::move(object));
-    }
-    return list;
+const char* JsonBool(bool value) {
+    return value ? "true" : "false";
 }
 
 /// An id as the client was given it, or those 32 bits as a signed number.
@@ -76,26 +33,26 @@ i32 Jump(const IpodManager& manager, const Json::Value& params, JumpFunction fin
 
 }  // namespace
 
-bool CIpodRequestHandler::GetBrowseList(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
+bool CIpodRequestHandler::GetBrowseList(const Json::Value& request, std::string& result) {
     const bool isRoot = !m_manager->IsBrowsing();
     i32 start = 0;
     u32 total = 0;
-    Json::Value list(Json::arrayValue);
+    result = "{\"categoryItems\":[";
     if (isRoot) {
-        list = TopCategoryList(m_manager->GetTopCategories());
+        for (const TopCategoryEntry& entry : m_manager->GetTopCategories()) {
+            ItemListText::Append(result, entry);
+        }
     } else {
         const Json::Value& params = request["params"];
         start = params["startIndex"].asInt();
-        total = m_manager->ListItems(start, params["itemCount"].asInt(),
-                                     [&](const BrowseItem& item) { list.append(ItemObject(item)); });
+        total = m_manager->ListItems(start, params["itemCount"].asInt(), [&result](const BrowseItem& item) {
+            ItemListText::Append(result, item);
+        });
     }
-    Json::Value& result = response["result"];
-    result["isRootCategory"] = isRoot;
-    result["totalCount"] = static_cast<Json::Int>(total);
-    result["currIndex"] = static_cast<Json::Int>(start);
-    result["isLastCategory"] = m_manager->IsAtLeafCategory();
-    result["categoryItems"] = std::move(list);
+    result.append("],\"currIndex\":").append(std::to_string(start));
+    result.append(",\"isLastCategory\":").append(JsonBool(m_manager->IsAtLeafCategory()));
+    result.append(",\"isRootCategory\":").append(JsonBool(isRoot));
+    result.append(",\"totalCount\":").append(std::to_string(static_cast<i32>(total))).append("}");
     return true;
 }
 
@@ -139,20 +96,17 @@ bool CIpodRequestHandler::ResetBrowseList(const Json::Value& request, Json::Valu
     return true;
 }
 
-bool CIpodRequestHandler::GetSongList(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
+bool CIpodRequestHandler::GetSongList(const Json::Value&, std::string& result) {
     if (m_manager->IsBrowsing()) {
         return true;
     }
     m_manager->BrowseTopCategory(DEV_MGR_CATEGORY_TRACK);
-    Json::Value list(Json::arrayValue);
-    if (!m_manager->ListAllItems([&](const BrowseItem& item) { list.append(ItemObject(item)); })) {
+    std::string list = "{\"categoryItems\":[";
+    if (!m_manager->ListAllItems([&list](const BrowseItem& item) { ItemListText::Append(list, item); })) {
         return true;
     }
-    Json::Value& result = response["result"];
-    result["isRootCategory"] = false;
-    result["isLastCategory"] = m_manager->IsAtLeafCategory();
-    result["categoryItems"] = std::move(list);
+    list.append("],\"isLastCategory\":").append(JsonBool(m_manager->IsAtLeafCategory()));
+    result = std::move(list.append(",\"isRootCategory\":false}"));
     return true;
 }
 

@@ -17,8 +17,6 @@ namespace {
 
 constexpr int kBindTries = 33;
 constexpr std::chrono::milliseconds kBindPause{250};
-constexpr unsigned kConnectedWaitMs = 25;  ///< keeps status and time polls prompt
-constexpr unsigned kIdleWaitMs = 1000;
 constexpr int kEndedAtOnce = 1;  ///< exit status
 constexpr std::chrono::milliseconds kExitPatience{500};
 
@@ -45,7 +43,6 @@ constexpr std::array kMethods = {
     Method{"playPause", &CIpodRequestHandler::PlayPause},
     Method{"next", &CIpodRequestHandler::Next},
     Method{"previous", &CIpodRequestHandler::Previous},
-    Method{"getBrowseList", &CIpodRequestHandler::GetBrowseList},
     Method{"selectBrowseItem", &CIpodRequestHandler::SelectBrowseItem},
     Method{"selectBrowseBack", &CIpodRequestHandler::SelectBrowseBack},
     Method{"filterBrowseList", &CIpodRequestHandler::FilterBrowseList},
@@ -53,17 +50,35 @@ constexpr std::array kMethods = {
     Method{"rewindSong", &CIpodRequestHandler::RewindSong},
     Method{"resetBrowseList", &CIpodRequestHandler::ResetBrowseList},
     Method{"isTrackPaused", &CIpodRequestHandler::IsTrackPaused},
-    Method{"getSongList", &CIpodRequestHandler::GetSongList},
     Method{"getNextAlphaNumericIndex", &CIpodRequestHandler::GetNextAlphaNumericIndex},
     Method{"getPrevAlphaNumericIndex", &CIpodRequestHandler::GetPrevAlphaNumericIndex},
     Method{"getHasPlayableData", &CIpodRequestHandler::GetHasPlayableData},
 };
-static_assert(kMethods.size() == 29);
+
+struct ListMethod {
+    const char* name;
+    bool (CIpodRequestHandler::*member)(const Json::Value&, std::string&);
+};
+
+constexpr std::array kListMethods = {
+    ListMethod{"getBrowseList", &CIpodRequestHandler::GetBrowseList},
+    ListMethod{"getSongList", &CIpodRequestHandler::GetSongList},
+};
+static_assert(kMethods.size() + kListMethods.size() == 29);
+
+bool IsLoopback(const std::string& address) {
+    return address.starts_with("127.") || address == "::1";
+}
+
+void LogClosedClient(const Json::Rpc::ClosedClient& client) {
+    LOG_WARN("Ipod Service - a client was disconnected after %lld ms: it %s\n",
+             static_cast<long long>(client.connected.count()), Json::Rpc::ToText(client.reason));
+}
 
 }  // namespace
 
 CIpodRequestServer::CIpodRequestServer(DeviceFolders folders)
-    : m_manager(this, std::move(folders)), m_handler(&m_manager) {}
+    : m_manager(this, std::move(folders), [this] { WakeLoop(); }), m_handler(&m_manager) {}
 
 CIpodRequestServer::~CIpodRequestServer() {
     // A device manager that refused to let the process go may still be sending events.
@@ -72,13 +87,22 @@ CIpodRequestServer::~CIpodRequestServer() {
 }
 
 void CIpodRequestServer::Start(const std::string& address, u16 port) {
-    m_tcpServer = std::make_unique<Json::Rpc::TcpServer>(address, port);
+    m_address = address;
+    m_port = port;
+    {
+        const MutexLock lock(m_notificationMutex);
+        m_tcpServer = std::make_unique<Json::Rpc::TcpServer>(address, port);
+    }
     if (!networking::init()) {
         LOG_ERROR("Networking initialization failed\n");
         return;
     }
     for (const Method& method : kMethods) {
         m_tcpServer->AddMethod(std::make_unique<Json::Rpc::RpcMethod<CIpodRequestHandler>>(
+            m_handler, method.member, method.name));
+    }
+    for (const ListMethod& method : kListMethods) {
+        m_tcpServer->AddMethod(std::make_unique<Json::Rpc::TextMethod<CIpodRequestHandler>>(
             m_handler, method.member, method.name));
     }
 }
@@ -111,6 +135,10 @@ bool CIpodRequestServer::BindWithRetries() {
     // An earlier run may have left the port in use for a while.
     for (int tries = 1; !m_tcpServer->Bind(); ++tries) {
         LOG_WARN("Ipod Service - Bind failed\n");
+        if (tries == 1) {
+            LOG_WARN("Ipod Service - cannot bind %s:%d: %s\n", m_address.c_str(), int{m_port},
+                     m_tcpServer->GetBindError().c_str());
+        }
         if (tries == kBindTries) {
             m_serverRunning = false;
             LOG_FATAL("Ipod Service - Bind failed\n");
@@ -123,6 +151,11 @@ bool CIpodRequestServer::BindWithRetries() {
 
 void CIpodRequestServer::Serve() {
     m_serverRunning = true;
+    if (!IsLoopback(m_address)) {
+        LOG_WARN("Ipod Service - listens on %s without any authentication\n", m_address.c_str());
+    }
+    m_tcpServer->SetPauseTest([this] { return m_manager.IsExitRequested(); });
+    m_tcpServer->SetCloseListener(LogClosedClient);
     while (!m_manager.IsExitRequested()) {
         TakeSteps(*this, {&CIpodRequestServer::WaitForClients});
         TakeSteps(m_manager, {&IpodManager::UpdateConnection, &IpodManager::ProcessDelayedStreamRestart,
@@ -132,7 +165,14 @@ void CIpodRequestServer::Serve() {
 }
 
 void CIpodRequestServer::WaitForClients() {
-    m_tcpServer->WaitMessage(m_manager.IsDeviceConnected() ? kConnectedWaitMs : kIdleWaitMs);
+    m_tcpServer->WaitMessage(static_cast<int>(m_manager.TimeToNextStep().count()));
+}
+
+void CIpodRequestServer::WakeLoop() {
+    const MutexLock lock(m_notificationMutex);
+    if (m_tcpServer != nullptr) {
+        m_tcpServer->Wake();
+    }
 }
 
 void CIpodRequestServer::StopManager() {

@@ -48,18 +48,25 @@ class CIpodRequestServer final : public ISignalListener, public IIpodNotificatio
     void ServeUntilExit();
     bool BindWithRetries() REQUIRES(kServerThread);
     void Serve() REQUIRES(kServerThread);
+    /// Sleeps until there is something to do, and serves one client's turn.
     void WaitForClients() REQUIRES(kServerThread);
+    /// Any thread.
+    void WakeLoop() EXCLUDES(m_notificationMutex);
     void StopManager() REQUIRES(kServerThread);
     void CloseTcpServer() REQUIRES(kServerThread);
     void EndAtOnce(int signalNumber);
     void Notify(const char* method, Json::Value params);
     void Broadcast(const Json::Value& notification);
 
-    /// Makes one notification's sends a unit, so that every client sees them in the same order. Declared
-    /// first: the manager may still be reporting while it is destroyed.
+    // Declared before the manager, which may still be reporting while it is destroyed.
+
+    /// Keeps the TCP server there while another thread uses it. Held for sends that do not wait.
     Mutex m_notificationMutex;
-    IpodManager m_manager;
     std::unique_ptr<Json::Rpc::TcpServer> m_tcpServer;  ///< set before the threads start, null after the end
+    std::string m_address;                              ///< set before the threads start
+    u16 m_port = 0;
+
+    IpodManager m_manager;
     CIpodRequestHandler m_handler;
     /// Whether the loop serves: kept for a reader in a debugger, nothing asks for it.
     std::atomic<bool> m_serverRunning{false};

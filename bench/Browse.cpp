@@ -20,12 +20,11 @@
 #include "DeviceSimulator/Simulator.h"
 #include "IpodService/IpodManager.h"
 #include "IpodService/IpodRequestHandler.h"
-#include "JsonRpc/Text.h"
+#include "JsonRpc/RpcMethod.h"
 
 namespace {
 
 using Handler = CIpodRequestHandler;
-using Method = bool (Handler::*)(const Json::Value&, Json::Value&);
 
 class Silent : public IIpodNotifications {
   public:
@@ -74,13 +73,11 @@ class Service {
         }
     }
 
-    std::string Call(Method method, Json::Value params = {}) {
-        Json::Value request;
-        request["id"] = 1;
-        request["params"] = std::move(params);
-        Json::Value response;
-        (m_handler.*method)(request, response);
-        return Json::Rpc::ToText(response);
+    std::string Call(bool (Handler::*method)(const Json::Value&, Json::Value&), Json::Value params = {}) {
+        return Reply(Json::Rpc::RpcMethod<Handler>(m_handler, method, ""), std::move(params));
+    }
+    std::string Call(bool (Handler::*method)(const Json::Value&, std::string&), Json::Value params = {}) {
+        return Reply(Json::Rpc::TextMethod<Handler>(m_handler, method, ""), std::move(params));
     }
     std::string Page(int start) {
         Json::Value params;
@@ -99,6 +96,14 @@ class Service {
     IpodManager& Manager() { return m_manager; }
 
   private:
+    static std::string Reply(Json::Rpc::Method&& method, Json::Value params) {
+        Json::Value request;
+        request["params"] = std::move(params);
+        std::string reply;
+        method.Reply(request, "1", reply);
+        return reply;
+    }
+
     Silent m_notifications;
     IpodManager m_manager{&m_notifications, {"/nowhere/iap2db", "/nowhere"}};
     Handler m_handler{&m_manager};

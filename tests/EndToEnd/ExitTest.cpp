@@ -61,13 +61,25 @@ TEST(ExitTest, ExitMethodAndDeviceManagersEndLeaveTheProcessForASignal) {
     }
 }
 
-// The player stays busy for good, and the request that asks for its state never comes back.
-TEST(ExitTest, SecondSignalEndsAHangingService) {
+// The player stays busy for good; its state is asked for until the service is to end.
+TEST(ExitTest, ABusyPlayerDoesNotHoldUpTheStop) {
     Scene scene;
     scene.PlugPlayer();
     scene.Do("{'command':'fail','call':'eDevMgriPodGetPlayStatus','code':94}");
     scene.client.Send(Request("isTrackPaused", 1));
     scene.service.WaitForLog("eDevMgriPodGetPlayStatus - DEV_MGR_IAP_APP_BUSY\n");
+    EXPECT_EQ(scene.service.Stop(), 0);
+    EXPECT_TRUE(scene.service.HasLogged("Return from eDevMgriPodGetPlayStatus is :DEV_MGR_IAP_APP_BUSY\n"));
+    EXPECT_TRUE(scene.service.HasLogged(kOrderlyEnd));
+}
+
+// A call of the device manager never comes back.
+TEST(ExitTest, SecondSignalEndsAHangingService) {
+    Scene scene;
+    scene.PlugPlayer();
+    scene.Do("{'command':'delay','call':'eDevMgriPodGetPlayStatus','milliseconds':600000}");
+    scene.client.Send(Request("isTrackPaused", 1));
+    scene.service.WaitForLog("eDevMgriPodGetPlayStatus\n");
     scene.service.Signal(SIGTERM);
     scene.service.WaitForLog("Exit signal caught: 15\n");
     EXPECT_FALSE(scene.service.HasLogged(kServerStopped));

@@ -43,7 +43,7 @@ TEST_F(BrowseMethods, PageThroughALevelCircularly) {
     m_names[DEV_MGR_CATEGORY_TRACK][3] += "\xE9";  // mended for the wire
     EXPECT_EQ(Select("32"), "browsing");
     const Json::Value page = Page("3", "4");
-    EXPECT_EQ(page["categoryItems"][0]["itemId"], IdOf(DEV_MGR_CATEGORY_TRACK, 3));
+    EXPECT_EQ(page["categoryItems"][0]["itemId"].asUInt(), IdOf(DEV_MGR_CATEGORY_TRACK, 3));
     EXPECT_EQ(page["totalCount"], 5);
     EXPECT_EQ(page["currIndex"], 3);
     EXPECT_THAT(Names("3", "4"), ElementsAre("Wander\xEF\xBF\xBD", "Whistle", "Gorse", "Meadow"));
@@ -97,7 +97,7 @@ TEST_F(BrowseMethods, PageThroughAFilteredLevel) {
     m_names[DEV_MGR_CATEGORY_TRACK] = {"b", "xa0", "XA1", "c", "xa2", "xA3", "xa4"};
     EXPECT_EQ(Select("32"), "browsing");
     EXPECT_EQ(Filter("Xa"), "success");
-    EXPECT_EQ(Page("7", "3")["categoryItems"][0]["itemId"], IdOf(DEV_MGR_CATEGORY_TRACK, 4));
+    EXPECT_EQ(Page("7", "3")["categoryItems"][0]["itemId"].asUInt(), IdOf(DEV_MGR_CATEGORY_TRACK, 4));
     EXPECT_THAT(Names("7", "3"), ElementsAre("xa2", "xA3", "xa4"));
     EXPECT_THAT(Names("3", "10"), ElementsAre("xa0", "XA1", "xa2", "xA3", "xa4"));
     EXPECT_EQ(CallCount("eDevMgriPodGetItems"), 1u);

@@ -77,6 +77,7 @@ class ManagerTest : public testing::Test {
   protected:
     using Handler = CIpodRequestHandler;
     using Method = bool (Handler::*)(const Json::Value&, Json::Value&);
+    using ListMethod = bool (Handler::*)(const Json::Value&, std::string&);
 
     ManagerTest() {
         std::string pattern = std::filesystem::temp_directory_path() / "ipod-test-XXXXXX";
@@ -163,13 +164,25 @@ class ManagerTest : public testing::Test {
         return messages + text;
     }
     /// The result of a request with these parameters; with ' for ".
-    Json::Value Result(Method method, std::string params = "null") {
+    Json::Value Result(Method method, const std::string& params = "null") {
+        Json::Value response;
+        EXPECT_TRUE((Handler(m_manager.get()).*method)(Request(params), response));
+        return response["result"];
+    }
+    Json::Value Result(ListMethod method, const std::string& params = "null") {
+        std::string text;
+        EXPECT_TRUE((Handler(m_manager.get()).*method)(Request(params), text));
+        Json::Value result;
+        if (!text.empty()) {
+            std::istringstream(text) >> result;
+        }
+        return result;
+    }
+    static Json::Value Request(std::string params) {
         std::replace(params.begin(), params.end(), '\'', '"');
         Json::Value request;
         std::istringstream(R"({"jsonrpc":"2.0","id":7,"method":"x","params":)" + params + "}") >> request;
-        Json::Value response;
-        EXPECT_TRUE((Handler(m_manager.get()).*method)(request, response));
-        return response["result"];
+        return request;
     }
 
     DeviceSimulator::Simulator& m_simulator = DeviceSimulator::Simulator::Instance();
