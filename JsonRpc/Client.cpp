@@ -17,8 +17,8 @@ std::chrono::milliseconds Client::ConnectedTime(Clock::time_point now) const {
 }
 
 short Client::Events() const {
-    const bool reads =
-        m_phase == Phase::Serving ? !m_hasBacklog && !m_connection->OwesAnswer() : !m_connection->Owes();
+    // A backlog stays for as long as an answer is owed, so nothing is read meanwhile.
+    const bool reads = m_phase == Phase::Serving ? !m_hasBacklog : !m_connection->Owes();
     return static_cast<short>((m_connection->Owes() ? POLLOUT : 0) | (reads ? POLLIN : 0));
 }
 
