@@ -76,6 +76,9 @@ TEST(JsonTestSuite, IsTakenOrRefusedAsItSaysAndTheConnectionLivesOn) {
             EXPECT_TRUE(isOneLine && (isTaken || (isRefused && name.front() == 'i')))
                 << name << ": " << replies;
         }
+        if (HasFailure()) {
+            return;  // what waits for an answer in vain does so for long
+        }
         ++files;
     }
     EXPECT_EQ(files, 318);

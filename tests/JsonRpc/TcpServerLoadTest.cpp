@@ -21,7 +21,6 @@ constexpr std::chrono::milliseconds kProgressTime{400};
 Json::Rpc::Limits Impatient() {
     Json::Rpc::Limits limits;
     limits.progressTime = kProgressTime;
-    limits.notificationBytes = 1000000;
     return limits;
 }
 
@@ -115,7 +114,9 @@ TEST(TcpServerLoad, NothingIsReadFromAClientThatHasNotTakenItsAnswer) {
 
 TEST(TcpServerLoad, SleeperLosesItsConnectionAndTheOthersNoNotification) {
     constexpr int kNotes = 200;
-    RunningServer server(Impatient());
+    Json::Rpc::Limits limits;
+    limits.notificationBytes = 1000000;
+    RunningServer server(limits);
     TestClient sleeper(server, 4096);
     TestClient reader(server);
     ASSERT_TRUE(sleeper.Answers() && reader.Answers());
