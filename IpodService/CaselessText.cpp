@@ -1,25 +1,23 @@
 #include "IpodService/CaselessText.h"
 
-#include <algorithm>
+#include "IpodService/AsciiCase.h"
+#include "IpodService/Utf8Text.h"
 
-namespace {
-
-// Lowering first and searching then is what lets the search run over whole words of memory.
-void Lower(std::string_view text, std::string& into) {
-    into.resize(text.size());
-    std::transform(text.begin(), text.end(), into.begin(), LowerCaseAscii);
+CaselessPattern::CaselessPattern(std::string_view pattern)
+    : m_wellFormed(WellFormedLength(pattern) == pattern.size()) {
+    LowerAscii(pattern, m_bytes);
+    m_folded = m_wellFormed ? m_folding.Fold(pattern) : m_bytes;
 }
 
-}  // namespace
-
-CaselessPattern::CaselessPattern(std::string_view pattern) {
-    Lower(pattern, m_pattern);
-}
-
-bool CaselessPattern::IsPartOf(std::string_view text) {
-    if (text.size() < m_pattern.size()) {
-        return false;
+bool CaselessPattern::IsPartOf(std::string_view name) {
+    if (LowerAscii(name, m_lowered)) {
+        // Lower case is all that folding does to ASCII. A pattern beyond ASCII may well fold to it.
+        return m_lowered.find(m_folded) != std::string::npos;
     }
-    Lower(text, m_lowered);
-    return m_lowered.find(m_pattern) != std::string::npos;
+    const std::size_t wellFormed = WellFormedLength(name);
+    const bool foldable = wellFormed == name.size() || IsCutCharacter(name.substr(wellFormed));
+    if (!m_wellFormed || !foldable) {
+        return m_lowered.find(m_bytes) != std::string::npos;
+    }
+    return m_folding.Fold(name.substr(0, wellFormed)).find(m_folded) != std::string_view::npos;
 }

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <memory>
 
-#include "IpodService/CaselessText.h"
+#include "IpodService/AsciiCase.h"
 
 namespace {
 
@@ -22,7 +22,7 @@ std::vector<std::string> ListFiles(const std::string& folder, std::string_view t
     if (open == nullptr) {
         return names;
     }
-    CaselessPattern pattern(text);
+    AsciiCaselessPattern pattern(text);
     while (const dirent* entry = readdir(open.get())) {
         if (entry->d_type == DT_REG && pattern.IsPartOf(entry->d_name)) {
             names.emplace_back(entry->d_name);

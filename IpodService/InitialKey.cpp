@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "IpodService/CaselessText.h"
+#include "IpodService/AsciiCase.h"
 
 namespace {
 

@@ -1,5 +1,7 @@
 #include "IpodService/Utf8Text.h"
 
+#include <glib.h>
+
 namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
@@ -40,8 +42,6 @@ Shape ShapeOf(unsigned char lead) {
 struct Character {
     std::size_t wanted = 0;   ///< 0 when none can begin here
     std::size_t present = 0;  ///< bytes of it that are there and fit
-
-    bool IsWhole() const { return wanted > 0 && present == wanted; }
 };
 
 /// The character at the front of `text`, which is not empty.
@@ -58,32 +58,37 @@ Character FirstCharacter(std::string_view text) {
     return character;
 }
 
-std::size_t WellFormedPrefix(std::string_view text) {
-    std::size_t length = 0;
-    while (length < text.size()) {
-        const Character character = FirstCharacter(text.substr(length));
-        if (!character.IsWhole()) {
-            break;
-        }
-        length += character.wanted;
+}  // namespace
+
+std::size_t WellFormedLength(std::string_view text) {
+    const gchar* const end = text.data() + text.size();
+    const gchar* at = text.data();
+    // GLib takes a NUL for the end; it is a character like others here.
+    while (!g_utf8_validate(at, end - at, &at) && *at == '\0') {
+        ++at;
     }
-    return length;
+    return static_cast<std::size_t>(at - text.data());
 }
 
-}  // namespace
+bool IsCutCharacter(std::string_view text) {
+    if (text.empty()) {
+        return false;
+    }
+    const Character character = FirstCharacter(text);
+    return character.wanted > character.present && character.present == text.size();
+}
 
 std::string WellFormedUtf8(std::string_view text, std::size_t recordSize) {
     const bool fillsRecord = text.size() + 1 >= recordSize;
     std::string mended;
     while (true) {
-        const std::size_t wellFormed = WellFormedPrefix(text);
+        const std::size_t wellFormed = WellFormedLength(text);
         mended += text.substr(0, wellFormed);
         text.remove_prefix(wellFormed);
         if (text.empty()) {
             return mended;
         }
-        const Character character = FirstCharacter(text);
-        if (fillsRecord && character.wanted > 0 && character.present == text.size()) {
+        if (fillsRecord && IsCutCharacter(text)) {
             return mended;
         }
         mended += kReplacement;

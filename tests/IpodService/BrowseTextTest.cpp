@@ -1,7 +1,11 @@
-// What of a device's texts reaches JSON.
+// What of a device's texts reaches JSON, and what a filter finds in them.
 
+#include <glib.h>
 #include <gtest/gtest.h>
 
+#include "IpodService/AsciiCase.h"
+#include "IpodService/CaseFolding.h"
+#include "IpodService/CaselessText.h"
 #include "IpodService/Utf8Text.h"
 
 namespace {
@@ -43,6 +47,89 @@ TEST(WellFormedUtf8, DropsACharacterThatTheRecordCutOff) {
         EXPECT_EQ(WellFormedUtf8(text, text.size() + 2), "ab" + Marks(cut.size()));
     }
     EXPECT_EQ(WellFormedUtf8("ab\xED\xA0", 4), "ab" + Marks(2));  // no character begins like this
+}
+
+TEST(CaseFolding, EachCharacterAsGlibFoldsIt) {
+    CaseFolding folding;
+    for (gunichar c = 1; c < 0x20000; ++c) {
+        if (!g_unichar_validate(c)) {
+            continue;
+        }
+        std::array<char, 7> utf8{};
+        g_unichar_to_utf8(c, utf8.data());
+        const std::unique_ptr<gchar, decltype(&g_free)> folded(g_utf8_casefold(utf8.data(), -1), g_free);
+        const std::string character = utf8.data();
+        ASSERT_EQ(folding.Fold(character + "A" + character), folded.get() + ("a" + std::string(folded.get())))
+            << std::hex << c;
+    }
+    EXPECT_EQ(folding.Fold(std::string(200, 'A') + "\u0390"), std::string(200, 'a') + "\u03B9\u0308\u0301");
+}
+
+TEST(CaselessPattern, FindsWhatFoldsToTheSame) {
+    using namespace std::string_literals;
+    const struct {
+        std::string pattern;
+        std::string name;
+        bool found = true;
+    } cases[] = {
+        {"ÉCLAIR", "Un éclair"},
+        {"любовь", "МОЯ ЛЮБОВЬ"},
+        {"ΟΔΟΣ", "οδος"},
+        {"ΟΔΟς", "ΟΔΟΣ"},
+        {"strasse", "HAUPTSTRAßE"},
+        {"maß", "THE MASS"},
+        {"maß", "mas", false},
+        {"ﬁn", "FINAL"},
+        {"\u212A", "MONK"},  // the sign of the kelvin
+        {"\u0390", "\u0399\u0308\u0301"},
+        {"i\u0307stanbul", "\u0130stanbul"},
+        {"istanbul", "\u0130stanbul", false},
+        {"I", "\u0131", false},
+        {"\u00E9", "e\u0301", false},
+        {"", "É"},
+        {"", ""},
+        {"", "\xFF"},
+        {"a", "", false},
+        {"a\0b"s, "AB", false},
+        {"É\0b"s, "éB", false},
+    };
+    for (const auto& [pattern, name, found] : cases) {
+        EXPECT_EQ(CaselessPattern(pattern).IsPartOf(name), found) << pattern << " in " << name;
+    }
+}
+
+TEST(CaselessPattern, ComparesBytesWhereOneOfTheTwoIsIllFormed) {
+    const struct {
+        std::string pattern;
+        std::string name;
+        bool found = true;
+    } cases[] = {
+        {"éA", "x\xFF éa"},
+        {"É", "x\xFF é", false},
+        {"CAF\xE9", "Caf\xE9"},
+        {"é\xFF", "É\xFF", false},
+        {"caf\xC3", "CAFé"},
+        {"\xA9", "é"},
+        {"\xC3", "E", false},
+        {"ÉCOLE", "é école\xC3"},
+        {"ÉCOLE", "é école\xE2\x82"},
+        {"école", "ÉCOLE\xC3z", false},
+        {"école", "ÉCOLE\xA9", false},
+        {"É", "\xC3", false},
+    };
+    for (const auto& [pattern, name, found] : cases) {
+        EXPECT_EQ(CaselessPattern(pattern).IsPartOf(name), found)
+            << testing::PrintToString(pattern) << " in " << testing::PrintToString(name);
+    }
+}
+
+TEST(AsciiCaselessPattern, KnowsNoLettersButAscii) {
+    EXPECT_TRUE(AsciiCaselessPattern(".Pls").IsPartOf("a.pLS.b"));
+    EXPECT_FALSE(AsciiCaselessPattern(".pls").IsPartOf(".pl\u017F")) << "a long s";
+    EXPECT_FALSE(AsciiCaselessPattern("É").IsPartOf("é"));
+    EXPECT_FALSE(AsciiCaselessPattern("[").IsPartOf("{"));
+    EXPECT_FALSE(AsciiCaselessPattern("@`").IsPartOf("`@"));
+    EXPECT_TRUE(AsciiCaselessPattern("AZ").IsPartOf("az"));
 }
 
 }  // namespace
