@@ -8,14 +8,13 @@
 #include <optional>
 #include <vips/vips8>
 
+#include "IpodService/JpegCost.h"
 #include "ServiceUtil/Logger.h"
 
 namespace {
 
 constexpr u32 kResizeLimit = 320;    ///< pixels of height up to which a picture stays as it is
 constexpr int kThumbnailSide = 100;  ///< pixels; also what is reported for every picture that was shrunk
-/// More could not be decoded in the time and the memory that a unit has, and is no cover.
-constexpr std::int64_t kMostPixels = 1 << 24;
 
 struct GFree {
     void operator()(void* memory) const { g_free(memory); }
@@ -80,13 +79,18 @@ int ScaleOnLoad(const ShrinkFactors& factors) {
     return 1;
 }
 
+/// Once decoding has begun there is no stopping it.
+void RefuseWhatCostsTooMuch(std::span<const u8> bytes) {
+    const std::optional<JpegCost> cost = ReadJpegCost(bytes);
+    if (!cost || !cost->IsAffordable()) {
+        throw vips::VError("no picture to decode here");
+    }
+}
+
 vips::VImage Shrink(std::span<const u8> bytes) {
     vips::VImage image = OpenJpeg(bytes, 1);
     const int width = image.width();
     const int height = image.height();
-    if (std::int64_t{width} * height > kMostPixels) {
-        throw vips::VError("too large a picture");
-    }
     const ShrinkFactors factors{width / kThumbnailSide, height / kThumbnailSide};
     const int scale = ScaleOnLoad(factors);
     if (scale > 1) {
@@ -136,6 +140,7 @@ AlbumArt ConvertAlbumArt(const DeliveredPicture& picture) {
         LOG_WARN("No resizing. EncodeBase64 dsize = %d\n", static_cast<int>(picture.length));
         return EncodeAsDelivered(picture);
     }
+    RefuseWhatCostsTooMuch(picture.bytes);
     InitialiseVips();
     const ErrorBufferCleared cleared;
     const std::optional<JpegBytes> jpeg = SaveJpeg(Shrink(picture.bytes));

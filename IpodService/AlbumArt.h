@@ -25,8 +25,8 @@ u32 AlbumArtLength(u32 height, u32 width);
 
 /// The picture for clients: as it stands up to a reported height of 320, else as a small JPEG that is
 /// reported as 100 x 100. The picture's bytes must not change meanwhile. Throws vips::VError when the bytes
-/// are no JPEG, are one of a size that cannot be shrunk, or one of more than 16 million pixels. One thread
-/// at a time.
+/// are no JPEG, are one of a size that cannot be shrunk, or one that costs too much to decode, as JpegCost
+/// has it. One thread at a time.
 AlbumArt ConvertAlbumArt(const DeliveredPicture& picture);
 
 /// The picture's bytes as they stand, with the delivered size.

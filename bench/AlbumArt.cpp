@@ -4,6 +4,7 @@
 //     bench_album_art              medians of both, in ms, and their ratios, for several sizes; on a busy
 //                                  machine the ratio of CPU time is the one that means something
 //     bench_album_art soak 10000   growth of the process over so many conversions of different pictures
+//     bench_album_art worst        the dearest pictures that are decoded, and some that are refused
 #include "IpodService/AlbumArt.h"
 
 #include <cstdio>
@@ -25,6 +26,7 @@
 #include <vector>
 
 #include "ServiceUtil/Logger.h"
+#include "bench/AlbumArtWorst.h"
 
 namespace {
 
@@ -216,6 +218,10 @@ int main(int argc, char** argv) {
     CLogger::Instance().SetLevel(LogLevel::kOff);
     if (argc > 1 && std::strcmp(argv[1], "soak") == 0) {
         Soak(argc > 2 ? std::atoi(argv[2]) : 10000);
+        return 0;
+    }
+    if (argc > 1 && std::strcmp(argv[1], "worst") == 0) {
+        MeasureWorstPictures();
         return 0;
     }
     Compare(640, 640, 2.2);

@@ -1,7 +1,7 @@
 # The conversion of album art against the JPEG library alone, and the cost of the audio stream.
 
 find_package(JPEG REQUIRED)
-add_executable(bench_album_art AlbumArt.cpp)
+add_executable(bench_album_art AlbumArt.cpp AlbumArtWorst.cpp)
 target_link_libraries(bench_album_art PRIVATE ipod_service_core JPEG::JPEG)
 
 add_executable(bench_audio_stream AudioStream.cpp)

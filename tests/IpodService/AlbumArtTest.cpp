@@ -37,6 +37,19 @@ DeliveredPicture Delivered(const Bytes& bytes, u32 width, u32 height) {
     return {height, width, static_cast<u32>(bytes.size()), bytes};
 }
 
+/// Of 640 x 640, its last scan again and again.
+Bytes WithManyScans() {
+    constexpr int kTimes = 420;
+    Bytes jpeg = Encode(640, 640, ".jpg[interlace]");
+    const u8 startOfScan[] = {0xFF, 0xDA};
+    const auto last = std::find_end(jpeg.begin(), jpeg.end(), startOfScan, startOfScan + 2);
+    const Bytes scan(last, jpeg.end() - 2);
+    for (int i = 0; i < kTimes; ++i) {
+        jpeg.insert(jpeg.end() - 2, scan.begin(), scan.end());
+    }
+    return jpeg;
+}
+
 class AlbumArtTest : public ManagerTest {
   protected:
     AlbumArtTest() {
@@ -95,10 +108,11 @@ TEST_F(AlbumArtTest, PictureUpTo320RowsGoesOutByteForByte) {
 
 TEST_F(AlbumArtTest, LargerPictureIsShrunkByWholeFactors) {
     using Size = std::pair<int, int>;
-    const std::pair<Size, Size> cases[] = {
-        {{480, 321}, {120, 107}}, {{640, 640}, {106, 106}}, {{640, 480}, {106, 120}},
-        {{100, 321}, {100, 107}}, {{500, 500}, {100, 100}}, {{700, 799}, {100, 114}},
-        {{800, 800}, {100, 100}}, {{199, 999}, {199, 111}}, {{1599, 1650}, {106, 103}}};
+    const std::pair<Size, Size> cases[] = {{{480, 321}, {120, 107}},   {{640, 640}, {106, 106}},
+                                           {{640, 480}, {106, 120}},   {{100, 321}, {100, 107}},
+                                           {{500, 500}, {100, 100}},   {{700, 799}, {100, 114}},
+                                           {{800, 800}, {100, 100}},   {{199, 999}, {199, 111}},
+                                           {{1599, 1650}, {106, 103}}, {{4200, 4200}, {100, 100}}};
     for (const auto& [size, shrunk] : cases) {
         SCOPED_TRACE(testing::PrintToString(size));
         const Bytes jpeg = Encode(size.first, size.second);
@@ -116,6 +130,8 @@ TEST_F(AlbumArtTest, DamageIsAPartialPictureOrAFailure) {
         return Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
     };
     const Bytes half = first(whole.size() / 2);
+    EXPECT_EQ(Decode(ConvertAlbumArt(Delivered(Encode(640, 640, ".jpg[interlace]"), 640, 640)).text).width(),
+              106);
     EXPECT_EQ(Decode(ConvertAlbumArt(Delivered(half, 640, 640)).text).width(), 106);
 
     Bytes claiming = Encode(16, 16);  // 65500 x 65500: hours and gigabytes to decode
@@ -123,10 +139,10 @@ TEST_F(AlbumArtTest, DamageIsAPartialPictureOrAFailure) {
     const auto frame = std::search(claiming.begin(), claiming.end(), startOfFrame, startOfFrame + 2);
     const u8 hugeSize[] = {0xFF, 0xDC, 0xFF, 0xDC};
     std::copy_n(hugeSize, 4, frame + 5);
-    // Next to it: no pictures, one cut in its header, one that is no JPEG, two too small to be divided.
-    const Bytes failing[] = {
-        claiming,        Bytes(1000),    Bytes(1, 0xFF), first(100), Encode(400, 400, ".ppm"),
-        Encode(90, 400), Encode(400, 90)};
+    // Next to it: one of too many scans, no pictures, one cut in its header, one that is no JPEG, two too
+    // small to be divided.
+    const Bytes failing[] = {claiming,   WithManyScans(),          Bytes(1000),     Bytes(1, 0xFF),
+                             first(100), Encode(400, 400, ".ppm"), Encode(90, 400), Encode(400, 90)};
     for (std::size_t i = 0; i < std::size(failing); ++i) {
         EXPECT_THROW(ConvertAlbumArt(Delivered(failing[i], 400, 400)), vips::VError) << "case " << i;
         EXPECT_STREQ(vips_error_buffer(), "") << "case " << i;
