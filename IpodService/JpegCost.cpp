@@ -100,7 +100,7 @@ Sampling SamplingOf(std::span<const u8> segment, std::size_t component) {
 
 /// Blocks of 8 in a direction, filled up to whole groups as decoders store them.
 std::uint64_t Blocks(u32 pixels, u32 sampling, u32 mostSampling) {
-    const u32 blocks = (pixels * sampling + 8 * mostSampling - 1) / (8 * mostSampling);
+    const std::uint64_t blocks = (pixels * sampling + 8 * mostSampling - 1) / (8 * mostSampling);
     return (blocks + sampling - 1) / sampling * sampling;
 }
 
