@@ -78,7 +78,7 @@ std::size_t CallLog::CountOf(FunctionId function, std::uint64_t since) const {
     std::size_t count = 0;
     for (auto i = static_cast<std::size_t>(std::min<std::uint64_t>(skipped, m_calls.size()));
          i < m_calls.size(); ++i) {
-        count += m_calls[i].function == function ? 1 : 0;
+        count += m_calls[i].function == function ? 1U : 0U;
     }
     return count;
 }
