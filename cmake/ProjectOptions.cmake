@@ -20,6 +20,9 @@ find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
 pkg_check_modules(JSONCPP REQUIRED IMPORTED_TARGET jsoncpp)
 
+# Asked for rather than left to what the compiler was built to do.
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
@@ -50,6 +53,8 @@ add_library(project_thread_rules INTERFACE)
 target_compile_options(project_thread_rules INTERFACE
     $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wthread-safety>
     $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wthread-safety-beta>)
+
+include("${CMAKE_CURRENT_LIST_DIR}/Hardening.cmake")
 
 if(IPOD_SANITIZER STREQUAL "address")
     set(IPOD_SANITIZER_FLAGS -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
