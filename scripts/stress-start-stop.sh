@@ -23,4 +23,4 @@ root=$(cd "$(dirname "$0")/.." && pwd -P)
 count=${1:-1000}
 build=${2:-$root/build/dev}
 
-exec "$root/tests/EndToEnd/sandbox.sh" "$build/tests/EndToEnd/start_stop" "$count" ${SEED:+"$SEED"}
+exec "$root/tests/EndToEnd/sandbox.sh" "$build/stress/start_stop" "$count" ${SEED:+"$SEED"}

@@ -22,7 +22,7 @@ std::pair<Words, std::string> Read(const DeviceEvent& event) {
     return {{std::begin(event.words), std::end(event.words)}, texts};
 }
 
-TEST(DeviceEvents, ConnectAndDisconnectByType) {
+TEST(DeviceEventsTest, ConnectAndDisconnectByType) {
     using Record = std::pair<Words, std::string>;
     const std::tuple<std::uint32_t, Record, Record> cases[] = {
         {DEV_MGR_DEVICE_TYPE_IAP_2WIRE,
@@ -54,7 +54,7 @@ TEST(DeviceEvents, ConnectAndDisconnectByType) {
     }
 }
 
-TEST(DeviceEvents, TextsAreCutAtTheEndOfTheirRoom) {
+TEST(DeviceEventsTest, TextsAreCutAtTheEndOfTheirRoom) {
     const std::string longText(1020, 'a');
     const DeviceEvent event = MakeEvent({1, 2, 3, 4, 5, 6, 7, 8}, {longText, "bcdef", "never"});
     EXPECT_EQ(event.words[5], 6U);

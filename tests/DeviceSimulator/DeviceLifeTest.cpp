@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "SimulatorFixture.h"
+#include "tests/Support/Deadline.h"
 
 namespace DeviceSimulator::Test {
 namespace {
@@ -63,9 +64,7 @@ TEST_F(DeviceLifeTest, ADatabaseIsDoneNeitherBeforeItsTimeNorBeforeItsMusic) {
     EXPECT_EQ(TakeEventText(), "db-build-progress-info=40 db-build-progress-info=50");
     rest.set_value();
     EXPECT_EQ(music.Get()->TrackCount(), 0U);
-    while (*music.Progress() < 100) {
-        std::this_thread::yield();
-    }
+    ASSERT_TRUE(TestSupport::WaitUntil([&] { return *music.Progress() >= 100; }));
     EXPECT_EQ(TakeEventText(),
               "db-build-progress-info=60 db-build-progress-info=70 db-build-progress-info=80 "
               "db-build-progress-info=90 db-build-progress-info=100");

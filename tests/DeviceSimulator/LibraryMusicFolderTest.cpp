@@ -32,7 +32,7 @@ Scanned Scan(const fs::path& folder, const fs::path& cache = {}) {
     return scanned;
 }
 
-TEST(MusicFolder, MusicIsReadInAllItsFormats) {
+TEST(LibraryMusicFolderTest, MusicIsReadInAllItsFormats) {
     const ScratchFolder folder;
     // A process of its own: what the encoders' libraries do is nothing that a sanitizer should tell of here.
     const std::string options = "ASAN_OPTIONS=detect_leaks=0 TSAN_OPTIONS=report_bugs=0 ";
@@ -69,7 +69,7 @@ TEST(MusicFolder, MusicIsReadInAllItsFormats) {
     }
 }
 
-TEST(MusicFolder, OddNamesAreReadAndDamagedFilesNamedOnceAndLeftOut) {
+TEST(LibraryMusicFolderTest, OddNamesAreReadAndDamagedFilesNamedOnceAndLeftOut) {
     const ScratchFolder folder;
     WriteMp3(folder, "deep/er/07 Some Song.MP3", {});
     WriteMp3(folder, "na\xFFme.mp3", {});
@@ -94,7 +94,7 @@ TEST(MusicFolder, OddNamesAreReadAndDamagedFilesNamedOnceAndLeftOut) {
     EXPECT_EQ(library->Track(1).file, (folder.Path() / "na\xFFme.mp3").native());
 }
 
-TEST(MusicFolder, LinksThatLoopAndPipesDoNotHoldItUp) {
+TEST(LibraryMusicFolderTest, LinksThatLoopAndPipesDoNotHoldItUp) {
     const ScratchFolder folder;
     WriteMp3(folder, "album/song.mp3", Tags("Song", "", ""));
     fs::create_directory_symlink("..", folder.Path() / "album/up");
@@ -112,7 +112,7 @@ TEST(MusicFolder, LinksThatLoopAndPipesDoNotHoldItUp) {
     EXPECT_EQ(complaint.size(), 1U);
 }
 
-TEST(MusicFolder, WhatMayNotBeReadIsNamedAndReadOnceItMay) {
+TEST(LibraryMusicFolderTest, WhatMayNotBeReadIsNamedAndReadOnceItMay) {
     const ScratchFolder scratch;
     const fs::path folder = scratch.Path();
     WriteMp3(scratch, "song.mp3", Tags("Song", "", ""));
@@ -138,7 +138,7 @@ TEST(MusicFolder, WhatMayNotBeReadIsNamedAndReadOnceItMay) {
     EXPECT_EQ(opened.lines, (Names{"x.mp3"}));
 }
 
-TEST(MusicFolder, AnAlbumTakesTheFirstFrontCoverThatCanBeDecoded) {
+TEST(LibraryMusicFolderTest, AnAlbumTakesTheFirstFrontCoverThatCanBeDecoded) {
     const ScratchFolder folder;
     const DemoPicture back{MakeJpeg({100, 100}), false};
     const DemoPicture front{MakeJpeg({200, 200}), true};
@@ -157,7 +157,7 @@ TEST(MusicFolder, AnAlbumTakesTheFirstFrontCoverThatCanBeDecoded) {
     EXPECT_EQ(library->Cover(3), library->Cover(0));  // kept once
 }
 
-TEST(MusicFolder, PlaylistsNameFilesBelowTheFolder) {
+TEST(LibraryMusicFolderTest, PlaylistsNameFilesBelowTheFolder) {
     const ScratchFolder folder;
     WriteMp3(folder, "a/one.mp3", Tags("One", "", ""));
     WriteMp3(folder, "b/zw\xC3\xB6lf.mp3", Tags("Twelve", "", ""));
@@ -201,7 +201,7 @@ void WriteSongs(const ScratchFolder& folder) {
     folder.Write("music/garbage.mp3", "garbage");
 }
 
-TEST(MusicFolderCache, OnlyWhatIsNewOrChangedIsReadAgain) {
+TEST(LibraryMusicFolderTest, OnlyWhatIsNewOrChangedIsReadAgain) {
     const ScratchFolder folder;
     WriteSongs(folder);
     const fs::path music = folder.Path() / "music";
@@ -229,7 +229,7 @@ TEST(MusicFolderCache, OnlyWhatIsNewOrChangedIsReadAgain) {
     EXPECT_EQ(scan().library->TrackCount(), 39U);
 }
 
-TEST(MusicFolderCache, OneThatCannotBeUsedCostsALineAtMost) {
+TEST(LibraryMusicFolderTest, OneThatCannotBeUsedCostsALineAtMost) {
     const ScratchFolder folder;
     WriteSongs(folder);
     const fs::path database = folder.Path() / "cache/device-simulator-music.db";

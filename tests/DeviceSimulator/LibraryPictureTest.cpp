@@ -11,7 +11,7 @@ Bytes Padded(Bytes bytes, std::size_t size) {
     return bytes;
 }
 
-TEST(LibraryPicture, ACoverFitsItsRoomAndKeepsItsAspect) {
+TEST(LibraryPictureTest, ACoverFitsItsRoomAndKeepsItsAspect) {
     struct Case {
         Bytes picture;
         bool passes;  ///< as it is

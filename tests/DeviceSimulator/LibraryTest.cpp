@@ -53,9 +53,9 @@ void PrintTo(const Maker& maker, std::ostream* out) {
     *out << maker.name;
 }
 
-class EveryLibrary : public testing::TestWithParam<Maker> {};
+class EveryLibraryTest : public testing::TestWithParam<Maker> {};
 
-TEST_P(EveryLibrary, IsSortedAndLeadsToEachTrackOnce) {
+TEST_P(EveryLibraryTest, IsSortedAndLeadsToEachTrackOnce) {
     const auto library = GetParam().make();
     for (const std::uint32_t category :
          {DEV_MGR_CATEGORY_ARTIST, DEV_MGR_CATEGORY_ALBUM, DEV_MGR_CATEGORY_GENRE, DEV_MGR_CATEGORY_COMPOSER,
@@ -96,11 +96,11 @@ TEST_P(EveryLibrary, IsSortedAndLeadsToEachTrackOnce) {
               library->Items({{DEV_MGR_CATEGORY_ARTIST, 0}}, DEV_MGR_CATEGORY_TRACK));
 }
 
-INSTANTIATE_TEST_SUITE_P(Makers, EveryLibrary,
+INSTANTIATE_TEST_SUITE_P(Makers, EveryLibraryTest,
                          testing::Values(Maker{"BuiltIn", MakeBuiltInLibrary},
                                          Maker{"Synthetic", [] { return MakeSyntheticLibrary(1200); }}));
 
-TEST(LibraryText, KeysIgnoreCaseAndArticleAndNamesBecomeCleanText) {
+TEST(LibraryTest, KeysIgnoreCaseAndArticleAndNamesBecomeCleanText) {
     const Names ascending{"",     "\"Quoted\"", "1 Way",     "Abba",  "the Beatles", "beta", "THE Gamma",
                           "The ", "Them",       "The Zebra", "Äpfel", "éclair",      "анна", "日本"};
     for (std::size_t i = 1; i < ascending.size(); ++i) {
@@ -111,7 +111,7 @@ TEST(LibraryText, KeysIgnoreCaseAndArticleAndNamesBecomeCleanText) {
     EXPECT_EQ(CleanName({"a\0z", 3}), "a\xEF\xBF\xBDz");
 }
 
-TEST(LibraryBuilder, AlbumsAndArtistsAreInTheOrderOfTheRecord) {
+TEST(LibraryTest, AlbumsAndArtistsAreInTheOrderOfTheRecord) {
     LibraryBuilder builder;
     for (const auto& tags : {Tags("late", "A", "Zed", 2, 1), Tags("unnumbered", "A", "Zed"),
                              Tags("third", "A", "Zed", 1, 10), Tags("second", "A", "Zed", 0, 2),
@@ -123,7 +123,7 @@ TEST(LibraryBuilder, AlbumsAndArtistsAreInTheOrderOfTheRecord) {
               (Names{"zz", "first", "second", "third", "unnumbered", "late"}));
 }
 
-TEST(LibraryBuilder, AnAlbumIsItsTitleAndWhoseItIs) {
+TEST(LibraryTest, AnAlbumIsItsTitleAndWhoseItIs) {
     LibraryBuilder builder;
     builder.Add(Tags("1", "Ann", "Hits"));
     builder.Add(Tags("2", "Bob", "Hits"));

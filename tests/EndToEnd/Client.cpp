@@ -22,7 +22,7 @@ UniqueFd Connect(const Address& to, int family, int receiveBuffer) {
     UniqueFd fd(socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0));
     // A receive or a send that takes longer fails with EAGAIN.
     const timeval patience{
-        std::chrono::duration_cast<std::chrono::seconds>(kPatience).count() * END_TO_END_TIME_SCALE, 0};
+        std::chrono::duration_cast<std::chrono::seconds>(kPatience).count() * TEST_TIME_SCALE, 0};
     setsockopt(fd.Get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     setsockopt(fd.Get(), SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
     if (receiveBuffer > 0)

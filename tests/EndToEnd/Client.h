@@ -11,11 +11,17 @@
 #include <vector>
 
 #include "DeviceSimulator/UniqueFd.h"
-#include "tests/EndToEnd/Deadline.h"
+#include "tests/Support/Deadline.h"
 
 namespace EndToEnd {
 
 using DeviceSimulator::UniqueFd;
+using std::chrono::milliseconds;
+using TestSupport::Clock;
+using TestSupport::In;
+using TestSupport::kPatience;
+using TestSupport::Require;
+using TestSupport::WaitUntil;
 
 inline constexpr const char* kLoopback = "127.0.0.1";
 

@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <memory>
 
-#include "tests/EndToEnd/Deadline.h"
 #include "tests/EndToEnd/Scene.h"
 
 namespace EndToEnd {

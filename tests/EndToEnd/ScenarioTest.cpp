@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <fstream>
 
-#include "tests/EndToEnd/Deadline.h"
 #include "tests/EndToEnd/ServiceProcess.h"
 
 namespace EndToEnd {
@@ -23,7 +22,7 @@ int RunIpodsim(const std::string& arguments) {
 
 std::string RunArguments(const std::string& file) {
     return std::string("run --wait 30 --control ") + kControlSocket + " --patience " +
-           std::to_string(END_TO_END_TIME_SCALE) + " " + file;
+           std::to_string(TEST_TIME_SCALE) + " " + file;
 }
 
 /// For the processes to come. Whole stacks, so that what a library left when it was loaded can be told apart.

@@ -52,8 +52,8 @@ class SoundTest : public testing::Test {
 };
 
 TEST_F(SoundTest, FollowsThePlayer) {
-    constexpr milliseconds kSoon = milliseconds{500} * END_TO_END_TIME_SCALE;
-    constexpr milliseconds kSoonAtAnotherRate = milliseconds{1200} * END_TO_END_TIME_SCALE;
+    constexpr milliseconds kSoon = milliseconds{500} * TEST_TIME_SCALE;
+    constexpr milliseconds kSoonAtAnotherRate = milliseconds{1200} * TEST_TIME_SCALE;
     MakeToneFile("1.flac", 44100, 500, 900);
     MakeToneFile("2.mp3", 44100, 700, 700);
     MakeToneFile("3.ogg", 48000, 1100, 1100);

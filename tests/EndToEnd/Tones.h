@@ -7,8 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "tests/EndToEnd/Deadline.h"
-
 namespace EndToEnd {
 
 inline constexpr const char* kMusicFolder = "/tmp/music/";

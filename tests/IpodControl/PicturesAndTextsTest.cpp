@@ -10,7 +10,7 @@ namespace {
 using namespace std::string_literals;
 
 // What comes from the player has padding behind it, and may have a whole picture in its header.
-TEST(PictureTest, EndsAtItsOwnEndMarker) {
+TEST(PicturesAndTextsTest, EndsAtItsOwnEndMarker) {
     const std::string head = "\xff\xd8\xff\xe1\x00\x08\xff\xd8\xff\xd9xx"s;             // a picture in it
     const std::string frame = "\xff\xc0\x00\x0b\x08\x00\x10\x01\x20\x01\x11\x00\x00"s;  // 288 x 16
     const std::string scan = "\xff\xda\x00\x03\x01"s;
@@ -29,7 +29,7 @@ TEST(PictureTest, EndsAtItsOwnEndMarker) {
 }
 
 // Names come from the player: on a terminal they must neither act nor look like something else.
-TEST(TextTest, NothingHarmfulIsPrinted) {
+TEST(PicturesAndTextsTest, NothingHarmfulIsPrinted) {
     const std::string r = "\ufffd";
     const struct {
         std::string text, harmless;
@@ -46,7 +46,7 @@ TEST(TextTest, NothingHarmfulIsPrinted) {
     EXPECT_EQ(HarmlessJson("{\"a\":\"\u009b\x7f\u00e5\"}"), "{\"a\":\"\\u009b\\u007f\u00e5\"}");
 }
 
-TEST(TextTest, FitsColumnsAndFindsNames) {
+TEST(PicturesAndTextsTest, FitsColumnsAndFindsNames) {
     EXPECT_EQ(DisplayWidth("a\u00e5\u661f"), 4U);  // the last one is two cells wide
     EXPECT_EQ(Folded("\u00c9LODIE \u0421\u0435"), "\u00e9lodie \u0441\u0435");
     EXPECT_EQ(EditDistance("Artistz", "Artists"), 1U);

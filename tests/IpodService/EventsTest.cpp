@@ -5,6 +5,7 @@
 
 #include "IpodService/EventHandler.h"
 #include "tests/IpodService/ManagerFixture.h"
+#include "tests/Support/Deadline.h"
 
 namespace {
 
@@ -230,11 +231,11 @@ TEST_F(EventsTest, TrackAndContextEventsAskForOneTrackInfoEach) {
     const auto start = std::chrono::steady_clock::now();
     Fire({DEV_MGR_EVENT_IPOD_PLAY_CONTEXT_SETTING, 5});
     std::size_t seen = 0;
-    while (seen < 2 && std::chrono::steady_clock::now() - start < std::chrono::seconds(20)) {
+    EXPECT_TRUE(TestSupport::WaitUntil([&] {
         m_manager->UpdatePlayStatus();
         seen += m_notifications.Take().size();
-        std::this_thread::yield();
-    }
+        return seen >= 2;
+    }));
     EXPECT_EQ(seen, 2u);
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(990));
 }

@@ -5,22 +5,15 @@
 #include <atomic>
 #include <cmath>
 #include <cstring>
-#include <functional>
 #include <numbers>
 #include <thread>
 
 #include "tests/IpodService/ManagerFixture.h"
+#include "tests/Support/Deadline.h"
 
 namespace {
 
-/// Looks until `holds` or the time is up, which is long enough for a sanitizer on a busy machine.
-bool WaitFor(const std::function<bool()>& holds) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (!holds() && std::chrono::steady_clock::now() < end) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return holds();
-}
+using TestSupport::WaitUntil;
 
 /// What the card has played.
 struct Sound {
@@ -105,7 +98,7 @@ class StreamTest : public ManagerTest {
         m_manager->StopStream();
     }
     bool WaitForSound(std::uint32_t rate, double seconds) const {
-        return WaitFor([&] {
+        return WaitUntil([&] {
             const Sound sound = Played();
             return sound.rate == rate && static_cast<double>(sound.samples.size()) >= seconds * rate;
         });
@@ -126,7 +119,7 @@ TEST_F(StreamTest, RestartsLeaveNothingBehind) {
     }
     m_manager->StopStream();
     // The threads of GLib's pools end a while after their work.
-    EXPECT_TRUE(WaitFor([&] {
+    EXPECT_TRUE(WaitUntil([&] {
         return CountEntries("/proc/self/fd") <= descriptors && CountEntries("/proc/self/task") <= threads;
     }));
 }
@@ -170,7 +163,7 @@ TEST_F(StreamTest, ToneKeepsItsPitchAlsoAtANewRate) {
 TEST_F(StreamTest, ARateEventRestartsTheStreamAndMendsABrokenOne) {
     const auto waitForCode = [this](const char* code) {
         std::string log;
-        return WaitFor([&] { return (log += TakeLog()).find(code) != std::string::npos; });
+        return WaitUntil([&] { return (log += TakeLog()).find(code) != std::string::npos; });
     };
     Connect();
     Fire({DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE, 48000});
@@ -199,9 +192,9 @@ TEST_F(StreamTest, UnpluggedCardBreaksTheStreamUntilItIsStopped) {
     ASSERT_TRUE(WaitForSound(44100, 0.5));
     SetGone("capture", true);
     std::string log;
-    EXPECT_TRUE(WaitFor([&] { return (log += TakeLog()).find(" - Code: 9\n") != std::string::npos; }));
+    EXPECT_TRUE(WaitUntil([&] { return (log += TakeLog()).find(" - Code: 9\n") != std::string::npos; }));
     EXPECT_EQ(m_manager->StartStream(), 0) << "refused while broken";
-    EXPECT_TRUE(WaitFor([&] { return CountEntries("/proc/self/fd") <= descriptors; }))
+    EXPECT_TRUE(WaitUntil([&] { return CountEntries("/proc/self/fd") <= descriptors; }))
         << "the cards are let go";
     SetGone("capture", false);
     EXPECT_EQ(m_manager->StopStream(), 1);

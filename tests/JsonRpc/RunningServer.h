@@ -11,7 +11,6 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -19,6 +18,7 @@
 
 #include "JsonRpc/TcpServer.h"
 #include "tests/JsonRpc/TestMethods.h"
+#include "tests/Support/Deadline.h"
 
 inline constexpr std::chrono::milliseconds kPatience{20000};
 
@@ -27,14 +27,7 @@ inline const std::string kEchoReply = "{\"id\":1,\"jsonrpc\":\"2.0\",\"result\":
 inline const std::string kParseError =
     "{\"error\":{\"code\":-32700,\"message\":\"Parse error.\"},\"id\":null,\"jsonrpc\":\"2.0\"}\n";
 
-/// Waits for something that other threads bring about. False when it does not happen.
-inline bool Eventually(const std::function<bool()>& condition) {
-    const auto end = std::chrono::steady_clock::now() + kPatience;
-    while (!condition() && std::chrono::steady_clock::now() < end) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return condition();
-}
+using TestSupport::WaitUntil;
 
 /// A server on a port of its own, with its thread.
 class RunningServer {
@@ -65,13 +58,13 @@ class RunningServer {
     }
 
     bool HasClients(std::size_t count) {
-        return Eventually([this, count] { return tcp.GetClients().size() == count; });
+        return WaitUntil([this, count] { return tcp.GetClients().size() == count; });
     }
 
     /// True when one more client has been disconnected, for this reason.
     bool HasClosed(Json::Rpc::CloseReason reason) {
         const int before = m_closedSeen++;
-        return Eventually([&] { return m_closed > before; }) && m_lastReason == reason;
+        return WaitUntil([&] { return m_closed > before; }) && m_lastReason == reason;
     }
 
     Json::Rpc::TcpServer tcp;

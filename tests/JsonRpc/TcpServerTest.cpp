@@ -94,7 +94,7 @@ TEST(TcpServer, RequestsMayArriveInAnyPiecesAndBadOnesCostNoConnection) {
     for (const char c : R"({"jsonrpc":"2.0","method":"echo","id":1,"params":)" + params + "}") {
         const int round = server.rounds;
         client.Send({&c, 1});
-        ASSERT_TRUE(Eventually([&] { return server.rounds > round; }));
+        ASSERT_TRUE(WaitUntil([&] { return server.rounds > round; }));
     }
     EXPECT_EQ(client.ReadLine(), R"({"id":1,"jsonrpc":"2.0","result":)" + params + "}\n");
     for (const char* bad :
@@ -132,7 +132,7 @@ TEST(TcpServer, DrainAfterAnOversizedRequestAnswersNothingAndEnds) {
     EXPECT_EQ(server.tcp.Broadcast("note\n"), 1U);
     EXPECT_EQ(other.ReadLine(), "note\n");
     // It neither stops sending nor closes, and is let go all the same.
-    EXPECT_TRUE(Eventually([&] { return !oversized.Send(kEcho); }));
+    EXPECT_TRUE(WaitUntil([&] { return !oversized.Send(kEcho); }));
     EXPECT_GE(std::chrono::steady_clock::now() - start, limits.drainTime);
     EXPECT_TRUE(server.HasClients(1));
 }
@@ -147,7 +147,7 @@ TEST(TcpServer, RequestThatIsNotEndedInTimeCostsTheConnectionAndASilentClientSta
     const auto start = std::chrono::steady_clock::now();
     trickling.Send(kEcho + "[");
     EXPECT_EQ(trickling.ReadLine(), kEchoReply);
-    EXPECT_TRUE(Eventually([&] { return !trickling.Send(" ") || server.tcp.GetClients().size() == 1; }));
+    EXPECT_TRUE(WaitUntil([&] { return !trickling.Send(" ") || server.tcp.GetClients().size() == 1; }));
     EXPECT_GE(std::chrono::steady_clock::now() - start, limits.requestTime);
     EXPECT_EQ(trickling.ReadLine(), kParseError);
     EXPECT_TRUE(trickling.SeesEnd());
@@ -168,7 +168,7 @@ TEST(TcpServer, UnfinishedRequestsTogetherAreBoundedAndTheOldestGoes) {
     for (const TestClient* client : {&first, &second}) {
         const int round = server.rounds;
         client->Send(part);
-        ASSERT_TRUE(Eventually([&] { return server.rounds > round + 2; }));
+        ASSERT_TRUE(WaitUntil([&] { return server.rounds > round + 2; }));
     }
     EXPECT_EQ(server.tcp.GetClients().size(), 4U);
     third.Send(part);

@@ -65,7 +65,7 @@ class TurnsTest : public testing::Test {
     void Send(std::size_t client, const std::string& bytes) {
         m_clients[client]->Send(bytes);
         int count = 0;
-        EXPECT_TRUE(Eventually([&] {
+        EXPECT_TRUE(WaitUntil([&] {
             return ioctl(m_tcp.GetClients().at(client), FIONREAD, &count) == 0 &&
                    count == static_cast<int>(bytes.size());
         }));

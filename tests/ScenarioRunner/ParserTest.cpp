@@ -15,7 +15,7 @@ std::string FaultsOf(const std::string& text) {
     return faults;
 }
 
-TEST(ScenarioParser, TellsEveryFaultByLineAndColumn) {
+TEST(ParserTest, TellsEveryFaultByLineAndColumn) {
     const std::pair<const char*, const char*> cases[] = {
         {"plug type=iap2 # a comment\n\n\tplug name=\"Anna's phone\" devices=[{\"a\": \"]\"}]\r\n", ""},
         {"plug type", "1:6 a member is written name=value\n"},
@@ -41,7 +41,7 @@ TEST(ScenarioParser, TellsEveryFaultByLineAndColumn) {
         EXPECT_EQ(FaultsOf(text), faults) << text;
 }
 
-TEST(ScenarioParser, ChecksCommandsAgainstWhatIsThere) {
+TEST(ParserTest, ChecksCommandsAgainstWhatIsThere) {
     std::vector<Fault> faults;
     const Scenario scenario =
         ParseScenario("a", "plug type=iap\nrepeat 2\n plgu\n plug tpye=iap\nend", faults);
@@ -53,7 +53,7 @@ TEST(ScenarioParser, ChecksCommandsAgainstWhatIsThere) {
     EXPECT_EQ(faults[1].line * 100 + faults[1].column, 407U);
 }
 
-TEST(ScenarioCondition, LooksIntoAnswers) {
+TEST(ParserTest, LooksIntoAnswers) {
     Json::Value whole;
     ASSERT_TRUE(ParseJson(R"({"a":{"b":[1,{"c":"text"}]},"n":2.0,"s":"","z":null})", whole));
     const std::pair<bool, std::vector<const char*>> cases[] = {

@@ -158,7 +158,7 @@ TEST_F(ModelTest, MovesOnBetweenNotifications) {
     EXPECT_EQ(model.Playing().Position(), 500) << "the track had begun anew";
 }
 
-TEST(CanvasTest, MakesNamesHarmlessAndCutsThem) {
+TEST_F(ModelTest, MakesNamesHarmlessAndCutsThem) {
     ASSERT_NE(std::setlocale(LC_ALL, "C.UTF-8"), nullptr);
     const std::vector<std::tuple<Charset, const char*, const char*>> cases{
         {Charset::Utf8, "\x1b[31mred\x07\xC2\x9b a\u202Eb\u2066", "[31mred…"},

@@ -7,7 +7,7 @@
 #include <iterator>
 
 #include "ScenarioRunner/ScenarioParser.h"
-#include "fuzz/Mutation.h"
+#include "stress/Mutation.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <thread>
 
-namespace EndToEnd {
+namespace TestSupport {
 
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
@@ -15,17 +15,18 @@ using std::chrono::milliseconds;
 /// For what takes a moment on an idle machine.
 inline constexpr milliseconds kPatience{10'000};
 
-/// Sanitizers slow the service down, so deadlines grow with them.
+/// Sanitizers slow everything down, so deadlines grow with them.
 inline Clock::time_point In(milliseconds time) {
-    return Clock::now() + time * END_TO_END_TIME_SCALE;
+    return Clock::now() + time * TEST_TIME_SCALE;
 }
 
 /// Looks at `condition` every few milliseconds; false when `patience` ends before it holds.
 inline bool WaitUntil(const std::function<bool()>& condition, milliseconds patience = kPatience) {
     const Clock::time_point deadline = In(patience);
     while (!condition()) {
-        if (Clock::now() >= deadline)
+        if (Clock::now() >= deadline) {
             return false;
+        }
         std::this_thread::sleep_for(milliseconds{5});
     }
     return true;
@@ -34,8 +35,9 @@ inline bool WaitUntil(const std::function<bool()>& condition, milliseconds patie
 /// As WaitUntil; throws std::runtime_error, naming `what`.
 inline void Require(const std::string& what, const std::function<bool()>& condition,
                     milliseconds patience = kPatience) {
-    if (!WaitUntil(condition, patience))
+    if (!WaitUntil(condition, patience)) {
         throw std::runtime_error("timed out waiting for " + what);
+    }
 }
 
-}  // namespace EndToEnd
+}  // namespace TestSupport

@@ -21,7 +21,7 @@
 #include "DeviceSimulator/ControlServer.h"
 #include "DeviceSimulator/Simulator.h"
 #include "DeviceSimulator/UniqueFd.h"
-#include "fuzz/Mutation.h"
+#include "stress/Mutation.h"
 
 namespace {
 

@@ -1,0 +1,14 @@
+# What every room's tests and the stress programs need.
+
+find_package(GTest REQUIRED)
+include(GoogleTest)
+
+# Sanitizers slow everything down, so waits and time limits grow with them.
+set(TEST_TIME_SCALE 1)
+if(IPOD_SANITIZER)
+    set(TEST_TIME_SCALE 6)
+endif()
+
+add_library(test_support INTERFACE)
+target_compile_definitions(test_support INTERFACE TEST_TIME_SCALE=${TEST_TIME_SCALE})
+target_link_libraries(test_support INTERFACE project_options)
