@@ -8,6 +8,7 @@ BUILD_PACKAGES=(
 )
 RUN_PACKAGES=(bubblewrap gstreamer1.0-alsa gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-libav)
 TEST_PACKAGES=(libgtest-dev libgmock-dev tmux)
+CHECK_PACKAGES=(clang-14 clang-format-14 clang-tidy-14 libclang-rt-14-dev git)
 
 as_root() {
     if [ "$(id -u)" = 0 ]; then
