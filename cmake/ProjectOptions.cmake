@@ -13,7 +13,8 @@ set_property(CACHE IPOD_SANITIZER PROPERTY STRINGS "" address thread)
 
 find_program(IPOD_CCACHE ccache)
 if(IPOD_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-    set(CMAKE_CXX_COMPILER_LAUNCHER "${IPOD_CCACHE}")
+    # What the cache has to be told to keep what is compiled with precompiled headers.
+    set(CMAKE_CXX_COMPILER_LAUNCHER env CCACHE_SLOPPINESS=pch_defines,time_macros "${IPOD_CCACHE}")
 endif()
 
 find_package(PkgConfig REQUIRED)
@@ -32,6 +33,8 @@ target_include_directories(project_plain_options INTERFACE "${PROJECT_SOURCE_DIR
 target_compile_options(project_plain_options INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wold-style-cast -Wshadow -Wformat=2
     -Wnon-virtual-dtor -Woverloaded-virtual
+    # Lets ccache see what a precompiled header was made of.
+    $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>
     # g++ 12 sees overlapping copies in std::string where text is put in front of another.
     $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>
     # Log entries carry the source file: its path inside the project, not the build machine's.
