@@ -98,7 +98,9 @@ vips::VImage Shrink(std::span<const u8> bytes) {
     }
 
     LOG_INFO("Calling shrink\n");
-    vips::VImage shrunk = image.shrink(factors.x / scale, factors.y / scale);
+    const int restX = factors.x / scale;
+    const int restY = factors.y / scale;
+    vips::VImage shrunk = image.shrink(restX, restY);
     if (!factors.CanDivide()) {
         return shrunk;
     }

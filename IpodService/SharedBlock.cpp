@@ -44,6 +44,8 @@ std::span<const u8> SharedBlock::Bytes(u32 length) const {
     if (Address() == 0) {
         return {};
     }
+    // An address comes from the device manager as a number.
+    // NOLINTNEXTLINE(performance-no-int-to-ptr)
     const auto* const bytes = reinterpret_cast<const u8*>(static_cast<std::uintptr_t>(Address()));
     return {bytes, std::min(length, m_granted)};
 }

@@ -11,7 +11,7 @@ constexpr std::string_view kBetweenRequests = " \t\r\n,";
 /// The end of the string that begins at `at`.
 std::size_t SkipString(std::string_view text, std::size_t at) {
     for (++at; text[at] != '"'; ++at) {
-        at += text[at] == '\\' ? 1 : 0;
+        at += text[at] == '\\' ? 1U : 0U;
     }
     return at + 1;
 }

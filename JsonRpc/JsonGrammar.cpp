@@ -115,7 +115,7 @@ bool JsonGrammar::AcceptsBetween(char c) {
 
 bool JsonGrammar::BeginsValue(char c) {
     ++m_values;
-    m_members += m_isObject.size() == 1 ? 1 : 0;
+    m_members += m_isObject.size() == 1 ? 1U : 0U;
     switch (c) {
         case '"':
             m_isKey = false;

@@ -63,7 +63,7 @@ std::size_t MendNumber(std::string& text, std::size_t at) {
         std::find_if_not(text.begin() + static_cast<std::ptrdiff_t>(at), text.end(), IsNumberByte) -
         text.begin());
     if (IsBeyondDouble(text.data() + at, text.data() + end)) {
-        at += text[at] == '-' ? 1 : 0;
+        at += text[at] == '-' ? 1U : 0U;
         // The shortest such number, 1e309, has the room.
         text.replace(at, end - at, "1e" + std::string(end - at - 5, '0') + "308");
     }

@@ -148,7 +148,7 @@ void KilledClientsLeaveNothing() {
 
 void Run() {
     SlowReaderGetsItsList();
-    for (const std::size_t count : {1, 6, 64}) {
+    for (const std::size_t count : {1U, 6U, 64U}) {
         TricklingReadersAreLetGo(count);
     }
     SleeperDelaysNoNotification();

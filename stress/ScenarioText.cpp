@@ -24,7 +24,7 @@ bool ParsesAnything(const std::string& good, int count, std::mt19937& random) {
         std::vector<ScenarioRunner::Fault> faults;
         const auto scenario = ScenarioRunner::ParseScenario("", text, faults);
         const auto unknown = ScenarioRunner::CheckCommands(scenario.steps, Json::arrayValue);
-        faulty += faults.empty() ? 0 : 1;
+        faulty += faults.empty() ? 0U : 1U;
         faults.insert(faults.end(), unknown.begin(), unknown.end());
         for (const auto& fault : faults) {
             if (!LiesIn(fault, text)) {

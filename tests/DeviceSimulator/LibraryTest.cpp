@@ -73,7 +73,7 @@ TEST_P(EveryLibraryTest, IsSortedAndLeadsToEachTrackOnce) {
                                Chain{DEV_MGR_CATEGORY_ALBUM}, Chain{DEV_MGR_CATEGORY_ARTIST}}) {
         std::size_t expected = 0;
         for (std::uint32_t track = 0; track < library->TrackCount(); ++track) {
-            expected += FieldOf(library->Track(track), chain.front()).empty() ? 0 : 1;
+            expected += FieldOf(library->Track(track), chain.front()).empty() ? 0U : 1U;
         }
         EXPECT_EQ(CountTracks(*library, {}, {}, chain), expected);
     }

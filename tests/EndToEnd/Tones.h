@@ -4,6 +4,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -11,7 +12,7 @@ namespace EndToEnd {
 
 inline constexpr const char* kMusicFolder = "/tmp/music/";
 /// What is in the sound card's file is played once it has gone through the output's buffer.
-inline constexpr milliseconds kOutputBuffer{200};
+inline constexpr std::chrono::milliseconds kOutputBuffer{200};
 
 /// Gives the services started from now on an empty music folder and a simulated sound card.
 void SetUpSound();

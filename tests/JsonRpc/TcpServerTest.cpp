@@ -193,7 +193,7 @@ TEST(TcpServer, FullTableDropsTheOldestUnfinishedRequestElseTheNewcomer) {
     for (const auto& client : clients) {
         EXPECT_EQ(client->ReadLine(), "note\n");
     }
-    for (const std::size_t unfinished : {7, 3}) {
+    for (const std::size_t unfinished : {7U, 3U}) {
         clients[unfinished]->Send(kEcho + "{");
         EXPECT_EQ(clients[unfinished]->ReadLine(), kEchoReply);
     }
