@@ -98,19 +98,18 @@ bool CIpodRequestHandler::GetCurrentTrackInfo(const Json::Value& request, Json::
     return true;
 }
 
-bool CIpodRequestHandler::GetCurrentAlbumArt(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
+bool CIpodRequestHandler::GetCurrentAlbumArt(const Json::Value&, std::string& result) {
     std::string text;
     u32 width = 0;
     u32 height = 0;
-    Json::Value& result = response["result"];
     if (m_manager->GetPlayingTrackAlbumArt(text, width, height) != 0) {
-        result["albumArt"] = "";
+        result = "{\"albumArt\":\"\"}";
         return true;
     }
-    result["albumArt"] = text;
-    result["imageWidth"] = width;
-    result["imageHeight"] = height;
+    result.reserve(text.size() + 80);
+    result.append("{\"albumArt\":\"").append(text);
+    result.append("\",\"imageHeight\":").append(std::to_string(height));
+    result.append(",\"imageWidth\":").append(std::to_string(width)).append("}");
     return true;
 }
 

@@ -10,7 +10,8 @@
 class IpodManager;
 
 /// One member a method. Each writes the whole response ("jsonrpc", "id", "result") and returns true: a
-/// refused operation shows in "result" only. A parameter of a type that cannot be converted leaves by the
+/// refused operation shows in "result" only. Where that may be large, the member writes its JSON text; left
+/// empty, the response has no "result". A parameter of a type that cannot be converted leaves by the
 /// JSON library's exception. Server thread only.
 class CIpodRequestHandler {
   public:
@@ -34,7 +35,7 @@ class CIpodRequestHandler {
     // Current track
 
     bool GetCurrentTrackInfo(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
-    bool GetCurrentAlbumArt(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
+    bool GetCurrentAlbumArt(const Json::Value& request, std::string& result) REQUIRES(kServerThread);
     bool GetCurrentAlbumArtDelayed(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
     bool IsTrackPaused(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
     bool GetHasPlayableData(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
@@ -50,8 +51,7 @@ class CIpodRequestHandler {
     bool FastForwardSong(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
     bool RewindSong(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);
 
-    // Browsing (IpodRequestHandlerBrowse.cpp). The two lists write the text of "result", which may be large;
-    // left empty, the response has none.
+    // Browsing (IpodRequestHandlerBrowse.cpp)
 
     bool GetBrowseList(const Json::Value& request, std::string& result) REQUIRES(kServerThread);
     bool SelectBrowseItem(const Json::Value& request, Json::Value& response) REQUIRES(kServerThread);

@@ -35,7 +35,6 @@ constexpr std::array kMethods = {
     Method{"enableShuffle", &CIpodRequestHandler::EnableShuffle},
     Method{"isShuffleEnabled", &CIpodRequestHandler::IsShuffleEnabled},
     Method{"getCurrentTrackInfo", &CIpodRequestHandler::GetCurrentTrackInfo},
-    Method{"getCurrentAlbumArt", &CIpodRequestHandler::GetCurrentAlbumArt},
     Method{"getCurrentAlbumArtDelayed", &CIpodRequestHandler::GetCurrentAlbumArtDelayed},
     Method{"playFirst", &CIpodRequestHandler::PlayFirst},
     Method{"play", &CIpodRequestHandler::Play},
@@ -55,16 +54,18 @@ constexpr std::array kMethods = {
     Method{"getHasPlayableData", &CIpodRequestHandler::GetHasPlayableData},
 };
 
-struct ListMethod {
+/// One whose result may be large.
+struct LargeMethod {
     const char* name;
     bool (CIpodRequestHandler::*member)(const Json::Value&, std::string&);
 };
 
-constexpr std::array kListMethods = {
-    ListMethod{"getBrowseList", &CIpodRequestHandler::GetBrowseList},
-    ListMethod{"getSongList", &CIpodRequestHandler::GetSongList},
+constexpr std::array kLargeMethods = {
+    LargeMethod{"getCurrentAlbumArt", &CIpodRequestHandler::GetCurrentAlbumArt},
+    LargeMethod{"getBrowseList", &CIpodRequestHandler::GetBrowseList},
+    LargeMethod{"getSongList", &CIpodRequestHandler::GetSongList},
 };
-static_assert(kMethods.size() + kListMethods.size() == 29);
+static_assert(kMethods.size() + kLargeMethods.size() == 29);
 
 bool IsLoopback(const std::string& address) {
     return address.starts_with("127.") || address == "::1";
@@ -101,7 +102,7 @@ void CIpodRequestServer::Start(const std::string& address, u16 port) {
         m_tcpServer->AddMethod(std::make_unique<Json::Rpc::RpcMethod<CIpodRequestHandler>>(
             m_handler, method.member, method.name));
     }
-    for (const ListMethod& method : kListMethods) {
+    for (const LargeMethod& method : kLargeMethods) {
         m_tcpServer->AddMethod(std::make_unique<Json::Rpc::TextMethod<CIpodRequestHandler>>(
             m_handler, method.member, method.name));
     }

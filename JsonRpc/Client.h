@@ -73,7 +73,9 @@ class Client {
     /// True when the client is to be removed.
     bool IsFinished() const { return m_phase == Phase::Finished || m_connection->IsDown(); }
 
-    bool isQueued = false;  ///< for its turn, by whoever keeps the queue
+    // Kept by those who give the turns
+    bool isQueued = false;
+    bool isQuick = false;  ///< its last turn was a short one
 
   private:
     enum class Phase {

@@ -18,6 +18,8 @@ namespace {
 using Kind = OutputQueue::Kind;
 
 constexpr int kAcceptsPerPoll = 32;
+/// A turn that takes longer makes its client wait for the quick ones the next time.
+constexpr std::chrono::milliseconds kQuickTurn{2};
 
 void SetOption(int fd, int level, int option, int value) {
     ::setsockopt(fd, level, option, &value, sizeof(value));
@@ -84,19 +86,24 @@ void TcpServer::SetCloseListener(std::function<void(const ClosedClient&)> listen
 
 void TcpServer::WaitMessage(int milliseconds) {
     try {
-        // One poll does for a round of short turns; long ones have one each, so that output and newcomers do
-        // not wait for the round's end.
-        if (m_turnsLeft == 0 || Clock::now() - m_lastPoll >= m_limits.turnTime) {
-            Poll(milliseconds);
-            m_turnsLeft = m_ready.size();
-        }
-        if (m_turnsLeft > 0) {
-            --m_turnsLeft;
-            ServeNext();
+        if (Client* client = NextInTurn(milliseconds)) {
+            Serve(*client);
         }
     } catch (const std::exception&) {
         // Out of memory between two clients: what was not served is still there the next time.
     }
+}
+
+/// One poll does for a round of short turns; long ones have one each, so that output and newcomers do not
+/// wait for the round's end.
+Client* TcpServer::NextInTurn(int milliseconds) {
+    Client* client = Clock::now() - m_lastPoll < m_limits.turnTime ? m_turns.TakeNext() : nullptr;
+    if (client == nullptr) {
+        Poll(milliseconds);
+        m_turns.BeginRound();
+        client = m_turns.TakeNext();
+    }
+    return client;
 }
 
 void TcpServer::Poll(int milliseconds) {
@@ -139,7 +146,7 @@ int TcpServer::PreparePolls(Clock::time_point now, int milliseconds) {
         m_polls.push_back({client->GetConnection().Fd(), client->Events(), 0});
         deadline = std::min(deadline, client->Deadline());
         if (client->HasWork()) {
-            Queue(*client);
+            m_turns.Add(*client);
         }
     }
     const int listener = m_listener.PollFd(now);
@@ -148,13 +155,13 @@ int TcpServer::PreparePolls(Clock::time_point now, int milliseconds) {
     if (listener < 0 && now < m_listener.PauseEnd()) {
         deadline = std::min(deadline, m_listener.PauseEnd());
     }
-    return m_ready.empty() ? MillisecondsUntil(deadline, now, milliseconds) : 0;
+    return m_turns.IsEmpty() ? MillisecondsUntil(deadline, now, milliseconds) : 0;
 }
 
 void TcpServer::AttendClients() {
     for (std::size_t i = 0; i < m_clients.size(); ++i) {
         if (m_polls[i].revents != 0 && m_clients[i]->Attend(m_polls[i].revents)) {
-            Queue(*m_clients[i]);
+            m_turns.Add(*m_clients[i]);
         }
     }
 }
@@ -199,7 +206,7 @@ void TcpServer::RemoveFinished() {
         }
         const std::unique_ptr<Client> client = std::move(m_clients[i]);
         m_clients.erase(m_clients.begin() + static_cast<std::ptrdiff_t>(i));
-        std::erase(m_ready, client.get());
+        m_turns.Remove(*client);
         m_connections.Remove(client->GetConnection());
         GiveBack(client->UnfinishedBytes());
         const CloseReason reason = client->GetConnection().Reason();
@@ -209,16 +216,7 @@ void TcpServer::RemoveFinished() {
     }
 }
 
-void TcpServer::Queue(Client& client) {
-    if (!std::exchange(client.isQueued, true)) {
-        m_ready.push_back(&client);
-    }
-}
-
-void TcpServer::ServeNext() {
-    Client& client = *m_ready.front();
-    m_ready.pop_front();
-    client.isQueued = false;
+void TcpServer::Serve(Client& client) {
     try {
         ServeTurn(client);
     } catch (const std::exception&) {
@@ -227,12 +225,14 @@ void TcpServer::ServeNext() {
 }
 
 void TcpServer::ServeTurn(Client& client) {
-    Turn turn{*this, m_readBuffer, m_shouldPause, Clock::now() + m_limits.turnTime, m_limits.turnRequests};
+    const Clock::time_point start = Clock::now();
+    Turn turn{*this, m_readBuffer, m_shouldPause, start + m_limits.turnTime, m_limits.turnRequests};
     const std::size_t held = client.UnfinishedBytes();
     client.TakeTurn(turn);
+    client.isQuick = Clock::now() - start < kQuickTurn;
     GiveBack(turn.largeBytes + held - std::min(held, client.UnfinishedBytes()));
     if (client.HasWork()) {
-        Queue(client);
+        m_turns.Add(client);
     }
     if (client.UnfinishedBytes() > 0) {
         KeepUnfinishedInBounds();
@@ -307,7 +307,7 @@ void TcpServer::Close() {
         client->GetConnection().Shutdown(CloseReason::None);
         m_connections.Remove(client->GetConnection());
     }
-    m_ready.clear();
+    m_turns.Clear();
     m_clients.clear();
 }
 

@@ -7,7 +7,6 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <string>
@@ -19,6 +18,7 @@
 #include "JsonRpc/Limits.h"
 #include "JsonRpc/Listener.h"
 #include "JsonRpc/Server.h"
+#include "JsonRpc/TurnQueue.h"
 #include "JsonRpc/WakeUp.h"
 #include "ServiceUtil/ThreadRole.h"
 
@@ -90,8 +90,8 @@ class TcpServer : public Server {
     bool MakeRoom() REQUIRES(kServerThread);
     void AddClient(Descriptor socket) REQUIRES(kServerThread);
     void RemoveFinished() REQUIRES(kServerThread);
-    void Queue(Client& client) REQUIRES(kServerThread);
-    void ServeNext() REQUIRES(kServerThread);
+    Client* NextInTurn(int milliseconds) REQUIRES(kServerThread);
+    void Serve(Client& client) REQUIRES(kServerThread);
     void ServeTurn(Client& client) REQUIRES(kServerThread);
     void KeepUnfinishedInBounds() REQUIRES(kServerThread);
     Client* LongestWaitedFor(bool inRequestOnly) REQUIRES(kServerThread);
@@ -107,8 +107,7 @@ class TcpServer : public Server {
 
     Listener m_listener GUARDED_BY(kServerThread);
     std::vector<std::unique_ptr<Client>> m_clients GUARDED_BY(kServerThread);
-    std::deque<Client*> m_ready GUARDED_BY(kServerThread);  // for their turns
-    std::size_t m_turnsLeft GUARDED_BY(kServerThread) = 0;  // before the next poll; at most those ready
+    TurnQueue m_turns GUARDED_BY(kServerThread);
     std::vector<pollfd> m_polls GUARDED_BY(kServerThread);  // clients in their order, listener, wake-up
     Clock::time_point m_lastPoll GUARDED_BY(kServerThread);
     std::vector<char> m_readBuffer GUARDED_BY(kServerThread);

@@ -145,6 +145,11 @@ bool Client::WaitForHangUp() {
     return false;
 }
 
+void Client::Skip(std::size_t bytes) {
+    std::string dropped(bytes, '\0');
+    recv(m_fd.Get(), dropped.data(), dropped.size(), MSG_DONTWAIT);
+}
+
 bool Client::Receive() {
     std::array<char, 65536> buffer;
     const ssize_t got = recv(m_fd.Get(), buffer.data(), buffer.size(), 0);

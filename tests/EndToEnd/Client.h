@@ -62,6 +62,8 @@ class Client {
 
     /// What the peer takes of `bytes` until it hangs up.
     void Send(std::string_view bytes);
+    /// Drops up to so many bytes of what has arrived.
+    void Skip(std::size_t bytes);
     /// Reads on, and drops what comes, until the peer hangs up.
     bool WaitForHangUp();
     void ShutDownSending() { shutdown(m_fd.Get(), SHUT_WR); }

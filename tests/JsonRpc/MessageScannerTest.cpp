@@ -62,7 +62,7 @@ TEST(MessageScanner, TextsAreTheSameHoweverTheStreamIsSplit) {
         {"{\"a\":", {kMalformed}},
         {Nested(64), {{Kind::Batch, Nested(64)}}},
         {Nested(65) + "{}", {kMalformed, kObject}},
-        {std::string(200, '[') + "{}" + std::string(200, ']') + "{}", {kMalformed, kObject}},
+        {std::string(200, '[').append("{}").append(200, ']').append("{}"), {kMalformed, kObject}},
         // outside brackets: an error a line
         {std::string("\0\xEF\xBB\xBF{}\0", 7), {kObject}},
         {"\xEF\xBB{}\xEF\xBB", {kRubbish, kObject}},
@@ -93,7 +93,7 @@ TEST(MessageScanner, LargestRequestPassesAndNoLarger) {
         EXPECT_EQ(Scan("{}" + longest.substr(0, limit - 1) + " ]{}", segment),
                   (Texts{kObject, {Kind::TooLarge, ""}}));
         EXPECT_EQ(Scan(std::string(limit + 1, '['), segment), (Texts{{Kind::TooLarge, ""}}));
-        EXPECT_EQ(Scan(std::string(2 * limit, ' ') + "{}", segment), (Texts{kObject}));
+        EXPECT_EQ(Scan(std::string(2 * limit, ' ').append("{}"), segment), (Texts{kObject}));
         EXPECT_EQ(Scan(most + "]{}", segment), (Texts{{Kind::Batch, most + "]"}, kObject}));
         EXPECT_EQ(Scan(most + ",0]{}", segment), (Texts{{Kind::TooLarge, ""}}));
     }

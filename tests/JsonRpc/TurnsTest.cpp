@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/ioctl.h>
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <string>
@@ -48,10 +49,20 @@ class TurnsTest : public testing::Test {
         kServerThread.Assert();
         EXPECT_TRUE(m_tcp.Bind() && m_tcp.Listen());
         m_tcp.SetPauseTest([this] { return m_pauseAfter >= 0 && m_methods.m_calls >= m_pauseAfter; });
-        for (auto& client : m_clients) {
-            client = std::make_unique<TestClient>(m_tcp.GetPort());
+        for (int caller = 0; caller < 2; ++caller) {
+            Connect();
+            // Has had a turn, and a short one.
+            m_clients.back()->Send(Call(caller));
             Turn();
+            m_clients.back()->ReadLine();
         }
+        m_methods.m_callers.clear();
+        m_methods.m_calls = 0;
+    }
+
+    void Connect() {
+        m_clients.push_back(std::make_unique<TestClient>(m_tcp.GetPort()));
+        Turn();
     }
 
     void Turn(int count = 1) {
@@ -83,7 +94,7 @@ class TurnsTest : public testing::Test {
     Json::Rpc::TcpServer m_tcp{"127.0.0.1", 0, ShortTurns()};
     TestMethods m_methods{m_tcp};
     int m_pauseAfter = -1;
-    std::unique_ptr<TestClient> m_clients[2];
+    std::vector<std::unique_ptr<TestClient>> m_clients;
 };
 
 TEST_F(TurnsTest, ClientsTakeTurnsOfABoundedShare) {
@@ -104,6 +115,22 @@ TEST_F(TurnsTest, SlowRequestsEndATurnByItsTime) {
     Send(1, Slow(1) + Slow(1));
     Turn(4);
     EXPECT_EQ(m_methods.m_callers, (Numbers{0, 1, 0, 1}));
+}
+
+TEST_F(TurnsTest, WhoAsksForLittleWaitsForOneOfThoseWhoAskForMuch) {
+    for (int newcomer = 2; newcomer < 6; ++newcomer) {
+        Connect();
+    }
+    for (std::size_t newcomer = 2; newcomer < 6; ++newcomer) {
+        Send(newcomer, Slow(static_cast<int>(newcomer)));
+    }
+    Numbers expected;
+    for (const int newcomer : {2, 3, 4, 5}) {
+        Send(1, Call(1));
+        Turn(2);
+        expected.insert(expected.end(), {1, newcomer});
+    }
+    EXPECT_EQ(m_methods.m_callers, expected);
 }
 
 TEST_F(TurnsTest, BatchIsOneTurnUpToTheShareAndGoesOnInTheNext) {
