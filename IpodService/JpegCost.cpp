@@ -17,9 +17,8 @@ constexpr std::uint64_t kMostHeldCoefficients = std::uint64_t{24} << 20;
 constexpr std::uint64_t kMostVisitedCoefficients = kMostHeldCoefficients * 10;
 
 constexpr u8 kMarkerPrefix = 0xFF;
-constexpr u8 kFirstWithSegment = 0xC0;  // of the codes below, only reserved ones and TEM exist
-constexpr u8 kStartOfFrameBaseline = 0xC0;
-constexpr u8 kStartOfFrameExtended = 0xC1;
+constexpr u8 kFirstWithSegment = 0xC0;      // of the codes below, only reserved ones and TEM exist
+constexpr u8 kStartOfFrameBaseline = 0xC0;  // behind it the extended one, then the progressive
 constexpr u8 kStartOfFrameProgressive = 0xC2;
 constexpr u8 kDefineHuffmanTables = 0xC4;
 constexpr u8 kJpegExtension = 0xC8;

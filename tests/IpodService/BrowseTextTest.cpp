@@ -64,7 +64,9 @@ TEST(CaseFolding, EachCharacterAsGlibFoldsIt) {
         g_unichar_to_utf8(c, utf8.data());
         const std::unique_ptr<gchar, decltype(&g_free)> folded(g_utf8_casefold(utf8.data(), -1), g_free);
         const std::string character = utf8.data();
-        ASSERT_EQ(folding.Fold(character + "A" + character), folded.get() + ("a" + std::string(folded.get())))
+        const std::string expected = folded.get();
+        ASSERT_EQ(folding.Fold(std::string(character).append("A").append(character)),
+                  std::string(expected).append("a").append(expected))
             << std::hex << c;
     }
     EXPECT_EQ(folding.Fold(std::string(200, 'A') + "\u0390"), std::string(200, 'a') + "\u03B9\u0308\u0301");

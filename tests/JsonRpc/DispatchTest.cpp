@@ -136,9 +136,9 @@ TEST_F(DispatchTest, BatchAnswersEachMemberInItsPlace) {
         replies += "," + reply;
         EXPECT_EQ(BatchReply("[" + request + "]"), "[" + reply + "]\n") << "alone";
     }
-    m_methods.m_calls = 0;
+    m_methods.calls = 0;
     EXPECT_EQ(BatchReply("[" + batch.substr(1) + "]"), "[" + replies.substr(1) + "]\n");
-    EXPECT_EQ(m_methods.m_calls, 3);
+    EXPECT_EQ(m_methods.calls, 3);
 }
 
 }  // namespace

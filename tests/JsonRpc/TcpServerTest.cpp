@@ -200,7 +200,7 @@ TEST(TcpServer, FullTableDropsTheOldestUnfinishedRequestElseTheNewcomer) {
     EXPECT_TRUE(TestClient(server).Answers());
     EXPECT_TRUE(server.HasClosed(CloseReason::TableFull));
     EXPECT_EQ(clients[7]->ReadLine(), kParseError);
-    EXPECT_TRUE(clients[3]->Send("}") && clients[3]->ReadLine().size() > 0);
+    EXPECT_TRUE(clients[3]->Send("}") && !clients[3]->ReadLine().empty());
     EXPECT_TRUE(clients[0]->Answers());
 }
 

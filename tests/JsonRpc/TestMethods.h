@@ -22,19 +22,19 @@ class TestMethods {
             std::make_unique<Json::Rpc::TextMethod<TestMethods>>(*this, &TestMethods::Text, "text"));
     }
 
-    int m_calls = 0;
-    std::vector<int> m_callers;  ///< the "caller" of each call's params, where there is one
+    int calls = 0;
+    std::vector<int> callers;  ///< the "caller" of each call's params, where there is one
 
   private:
     bool Run(const Json::Value& request, Json::Value& response) {
-        ++m_calls;
+        ++calls;
         const std::string name = request["method"].asString();
         const Json::Value& params = request["params"];
         response["jsonrpc"] = "2.0";
         response["id"] = request["id"];
         response["result"] = name == "fill" ? std::string(params["size"].asUInt(), 'f') : params;
         if (params.isObject() && params.isMember("caller")) {
-            m_callers.push_back(params["caller"].asInt());
+            callers.push_back(params["caller"].asInt());
         }
         if (name == "sleep") {
             std::this_thread::sleep_for(std::chrono::milliseconds(params["ms"].asInt()));

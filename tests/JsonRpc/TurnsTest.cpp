@@ -48,7 +48,7 @@ class TurnsTest : public testing::Test {
     TurnsTest() {
         kServerThread.Assert();
         EXPECT_TRUE(m_tcp.Bind() && m_tcp.Listen());
-        m_tcp.SetPauseTest([this] { return m_pauseAfter >= 0 && m_methods.m_calls >= m_pauseAfter; });
+        m_tcp.SetPauseTest([this] { return m_pauseAfter >= 0 && m_methods.calls >= m_pauseAfter; });
         for (int caller = 0; caller < 2; ++caller) {
             Connect();
             // Has had a turn, and a short one.
@@ -56,8 +56,8 @@ class TurnsTest : public testing::Test {
             Turn();
             m_clients.back()->ReadLine();
         }
-        m_methods.m_callers.clear();
-        m_methods.m_calls = 0;
+        m_methods.callers.clear();
+        m_methods.calls = 0;
     }
 
     void Connect() {
@@ -85,7 +85,7 @@ class TurnsTest : public testing::Test {
     /// How many requests of client 0 and 1 were served since the last call.
     Numbers Served() {
         Numbers counts{0, 0};
-        for (const int caller : std::exchange(m_methods.m_callers, {})) {
+        for (const int caller : std::exchange(m_methods.callers, {})) {
             ++counts[static_cast<std::size_t>(caller)];
         }
         return counts;
@@ -114,7 +114,7 @@ TEST_F(TurnsTest, SlowRequestsEndATurnByItsTime) {
     Send(0, Slow(0) + Slow(0) + Slow(0));
     Send(1, Slow(1) + Slow(1));
     Turn(4);
-    EXPECT_EQ(m_methods.m_callers, (Numbers{0, 1, 0, 1}));
+    EXPECT_EQ(m_methods.callers, (Numbers{0, 1, 0, 1}));
 }
 
 TEST_F(TurnsTest, WhoAsksForLittleWaitsForOneOfThoseWhoAskForMuch) {
@@ -130,14 +130,14 @@ TEST_F(TurnsTest, WhoAsksForLittleWaitsForOneOfThoseWhoAskForMuch) {
         Turn(2);
         expected.insert(expected.end(), {1, newcomer});
     }
-    EXPECT_EQ(m_methods.m_callers, expected);
+    EXPECT_EQ(m_methods.callers, expected);
 }
 
 TEST_F(TurnsTest, BatchIsOneTurnUpToTheShareAndGoesOnInTheNext) {
     Send(0, Batch(Slow(0), 3) + Batch(Call(0), kShare + 5));
     Send(1, Call(1) + Slow(1));
     Turn();
-    EXPECT_EQ(m_methods.m_callers, (Numbers{0, 0, 0})) << "whatever the time";
+    EXPECT_EQ(m_methods.callers, (Numbers{0, 0, 0})) << "whatever the time";
     Turn(2);
     EXPECT_EQ(Served(), (Numbers{3 + kShare, 2}));
     Send(1, Call(1));
@@ -154,17 +154,17 @@ TEST_F(TurnsTest, OwnersPauseEndsATurnBetweenTwoRequestsAndCloseAnswersTheRest) 
     Send(0, Call(0) + Call(0));
     m_pauseAfter = 1;
     Turn();
-    EXPECT_EQ(m_methods.m_calls, 1);
+    EXPECT_EQ(m_methods.calls, 1);
     m_pauseAfter = -1;
     Turn();
-    EXPECT_EQ(m_methods.m_calls, 2);
+    EXPECT_EQ(m_methods.calls, 2);
 
     Send(1, Batch("{\"jsonrpc\":\"2.0\",\"method\":\"echo\",\"id\":1}", 3));
     Send(0, Call(0));
     m_pauseAfter = 4;
     Turn(2);
     m_tcp.Close();
-    EXPECT_LE(m_methods.m_calls, 4);
+    EXPECT_LE(m_methods.calls, 4);
     const std::string failed =
         R"({"error":{"code":-32603,"message":"Internal error."},"id":1,"jsonrpc":"2.0"})";
     const std::string done = kEchoReply.substr(0, kEchoReply.size() - 1);
@@ -180,7 +180,7 @@ TEST_F(TurnsTest, BatchStaysWithinItsLimits) {
     Send(0, Batch(fill, 6));
     Turn();
     const std::string reply = m_clients[0]->ReadLine();
-    EXPECT_EQ(m_methods.m_calls, 4);
+    EXPECT_EQ(m_methods.calls, 4);
     EXPECT_EQ(reply.size() / 30000, 4U);
     EXPECT_NE(reply.find("Internal error"), reply.rfind("Internal error")) << "for two of them";
 

@@ -56,7 +56,7 @@ TEST_F(LoggerTest, TimeFollowsAChangedZone) {
         bool follows = false;
         while (!follows && std::time(nullptr) < deadline) {
             LOG_INFO("m\n");
-            const std::time_t there = std::time(nullptr) - hoursWest * 3600;
+            const std::time_t there = std::time(nullptr) - std::time_t{hoursWest} * 3600;
             std::tm time{};
             gmtime_r(&there, &time);
             follows = std::stoi(Written().substr(12, 2)) == time.tm_hour;
