@@ -76,7 +76,10 @@ TEST(JpegCost, TellsLineByLineFromHeldWhole) {
         {Frame(kProgressive, {0x11, 0x11, 0x11}) + Scan(3), {640, 640}, 1228800, 1},
         // 82 x 2 blocks, of which the last column is filling, and twice 41 x 1.
         {Frame(kProgressive, halved, {641, 9}) + Scan(3), {641, 9}, 15744, 1},
-        {Frame(kProgressive, {0x44, 0x11}, {65535, 1}) + Scan(2), {65535, 1}, std::uint64_t{64} * (8192 * 4 + 2048), 1},
+        {Frame(kProgressive, {0x44, 0x11}, {65535, 1}) + Scan(2),
+         {65535, 1},
+         std::uint64_t{64} * (8192 * 4 + 2048),
+         1},
     };
     for (std::size_t i = 0; i < std::size(cases); ++i) {
         const auto cost = CostOf(kStart + cases[i].picture);
