@@ -58,7 +58,7 @@ typedef uint32_t u32;
 typedef int32_t i32;
 
 // The life of a session: what the service calls, in this order. "Each pass" is once a second without an open
-// device, every 25 ms with one.
+// device, and behind each request of its clients; with one, whenever there is something to do.
 //
 //  1. eDevMgrRegisterProcess, each pass until it succeeds; then eDevMgrAllocateSharedMemory, 2 MiB, once.
 //  2. eDevMgrGetNumDevices, each pass; when there are any, once more, with eDevMgrGetDeviceList behind it.

@@ -27,7 +27,7 @@ struct TrackMetadata {
 };
 
 /// Receives the manager's reports. Each may come from the server thread or from the device manager's callback
-/// thread, and may return only after a slow client's time is up.
+/// thread, and waits for nobody.
 class IIpodNotifications {
   public:
     virtual ~IIpodNotifications() = default;

@@ -42,6 +42,19 @@ TEST(ClientsTest, RubbishHarmsNobodyElse) {
 }
 
 // What one client does not read is its own loss: it is hung up on, and the others get everything.
+TEST(ClientsTest, AWebPageReachesNoMethod) {
+    Scene scene;
+    Client page;
+    const std::string body = Request("exit", 1);
+    const Json::Value reply = page.Exchange("POST / HTTP/1.1\r\nHost: 127.0.0.1:8883\r\nContent-Length: " +
+                                            std::to_string(body.size()) + "\r\n\r\n" + body);
+    EXPECT_EQ(reply["error"]["code"], -32700);
+    EXPECT_TRUE(page.WaitForHangUp());
+    ExpectServed(scene.client);
+    scene.service.WaitForLog("ms: it spoke HTTP\n");
+    EXPECT_EQ(scene.service.Stop(), 0) << "no exit was requested before";
+}
+
 TEST(ClientsTest, WhoDoesNotReadLosesTheConnection) {
     constexpr std::uint32_t kFirst = 1'000'000;
     constexpr std::uint32_t kEvents = 1000;
@@ -70,6 +83,8 @@ TEST(ClientsTest, WhoDoesNotReadLosesTheConnection) {
             return scene.service.DescriptorCount() == descriptors;
         },
         2 * kPatience);
+    EXPECT_TRUE(scene.service.HasLogged("ms: it took too little of what it was owed\n") ||
+                scene.service.HasLogged("ms: it left too many notifications untaken\n"));
 
     for (std::uint32_t i = 0; i < kEvents; ++i)
         reader.Notification("trackTimeNotification", [&](const Json::Value& params) {

@@ -166,6 +166,9 @@ TEST(ExitTest, GivesUpAfter33TriesForThePortAndStillStopsInOrder) {
     EXPECT_GE(Clock::now() - start, milliseconds{7'500});
     EXPECT_EQ(CountEntries(ReadFile(kLogPath), "WARN ", kBindFailed), 33);
     EXPECT_EQ(CountEntries(ReadFile(kLogPath), "FATAL", kBindFailed), 1);
+    EXPECT_EQ(CountEntries(ReadFile(kLogPath), "WARN ",
+                           "Ipod Service - cannot bind 127.0.0.1:8883: Address already in use\n"),
+              1);
     EXPECT_EQ(service.Stop(), 0);
     EXPECT_TRUE(service.HasLogged(kOrderlyEnd));
     EXPECT_FALSE(service.HasLogged("eDevMgr")) << "the device manager was called";

@@ -81,9 +81,15 @@ TEST(LogTest, GoesToStandardOutputOnRequestAndWithoutItsFolder) {
 }
 
 TEST(LogTest, AddressSwitchMovesThePort) {
-    Scene scene({.arguments = {"-a", "127.0.0.2"}, .address = "127.0.0.2"});
-    EXPECT_EQ(scene.client.Result("isIpodConnected")["connected"], false);
-    EXPECT_THROW(Client(), std::system_error);
+    const char* const warning = "without any authentication\n";
+    {
+        Scene scene({.arguments = {"-a", "127.0.0.2"}, .address = "127.0.0.2"});
+        EXPECT_EQ(scene.client.Result("isIpodConnected")["connected"], false);
+        EXPECT_THROW(Client(), std::system_error);
+        EXPECT_FALSE(scene.service.HasLogged(warning));
+    }
+    const Scene open({.arguments = {"-a", "0.0.0.0"}});
+    EXPECT_TRUE(open.service.HasLogged(warning)) << "whoever reaches the machine";
 }
 
 struct PlantedFile {
