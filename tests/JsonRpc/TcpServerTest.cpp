@@ -208,6 +208,10 @@ TEST(TcpServer, DoesNotSpinWhenDescriptorsRunOut) {
     RunningServer server;
     TestClient connected(server);
     ASSERT_TRUE(connected.Answers());
+    // Objects of every kind have come and gone once: UndefinedBehaviorSanitizer looks at one of a kind that
+    // is new to it through a pipe, and takes it for none when there is no descriptor.
+    ASSERT_TRUE(TestClient(server).Answers());
+    ASSERT_TRUE(server.HasClients(1) && connected.Answers());
     const int lowestFree = open("/dev/null", O_RDONLY | O_CLOEXEC);
     close(lowestFree);
     rlimit before{};
