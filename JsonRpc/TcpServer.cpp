@@ -18,8 +18,6 @@ namespace {
 using Kind = OutputQueue::Kind;
 
 constexpr int kAcceptsPerPoll = 32;
-/// A turn that takes longer makes its client wait for the quick ones the next time.
-constexpr std::chrono::milliseconds kQuickTurn{2};
 
 void SetOption(int fd, int level, int option, int value) {
     ::setsockopt(fd, level, option, &value, sizeof(value));
@@ -229,7 +227,7 @@ void TcpServer::ServeTurn(Client& client) {
     Turn turn{*this, m_readBuffer, m_shouldPause, start + m_limits.turnTime, m_limits.turnRequests};
     const std::size_t held = client.UnfinishedBytes();
     client.TakeTurn(turn);
-    client.isQuick = Clock::now() - start < kQuickTurn;
+    client.isQuick = Clock::now() - start < m_limits.quickTurn;
     GiveBack(turn.largeBytes + held - std::min(held, client.UnfinishedBytes()));
     if (client.HasWork()) {
         m_turns.Add(client);

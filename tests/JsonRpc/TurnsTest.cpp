@@ -21,7 +21,7 @@ constexpr int kShare = Json::Rpc::Limits{}.turnRequests;
 
 Json::Rpc::Limits ShortTurns() {
     Json::Rpc::Limits limits;
-    limits.turnTime = std::chrono::milliseconds(10);
+    limits.turnTime = limits.quickTurn = std::chrono::milliseconds(10);
     limits.batchReplyBytes = 100000;
     return limits;
 }
