@@ -16,7 +16,7 @@
 // - The result is a DevMgrResult. Out arguments are written on DEV_MGR_SUCCESS only, and then all of them.
 // - `ph` is the process handle, from eDevMgrRegisterProcess; `dh` the device handle, from the device list.
 //   They are never 0 when valid. Calls do come with a `dh` of 0, and with one whose device is gone: they must
-//   fail with DEV_MGR_INVALID_DEVICE_HANDLE. A success there would make the service believe in a device.
+//   fail with DEV_MGR_INVALID_DEVICE_HANDLE. The service takes a success there for no device.
 // - Checks, in this order: `ph` (DEV_MGR_PROCESS_NOT_REGISTERED), `dh` (DEV_MGR_INVALID_DEVICE_HANDLE),
 //   opened by this process (DEV_MGR_DEVICE_NOT_OPENED), a player (DEV_MGR_OPERATION_NOT_SUPPORTED_BY_DEVICE),
 //   for browsing a browse session (DEV_MGR_MD_BROWSE_SESSION_NOT_OPENED), then the other arguments

@@ -1,7 +1,5 @@
 #include "IpodControl/Client.h"
 
-#include <poll.h>
-
 #include <algorithm>
 #include <iterator>
 #include <string>
@@ -41,46 +39,52 @@ Outcome<std::vector<Reply>> Client::CallAll(const std::vector<Request>& requests
     std::string lines;
     for (const Request& request : requests) {
         lines += lines.empty() ? "" : "\n";
-        lines += RequestLine(++m_lastId, request.method, request.params);
+        lines += RequestLine(++m_lastId, request);
     }
     if (const auto sent = m_wire.Send(lines); !sent) {
         return sent.Why();
     }
     std::vector<Reply> replies;
     for (const Request& request : requests) {
-        auto reply = AwaitReply(++id, request.method, In(m_timeout));
-        if (!reply) {
-            return reply.Why();
+        const auto answer = AwaitAnswer(++id, request.method);
+        if (!answer) {
+            return answer.Why();
         }
-        replies.push_back(std::move(*reply));
+        replies.push_back(ReplyIn(answer->Whole()));
     }
     return replies;
 }
 
-Outcome<Reply> Client::AwaitReply(std::uint64_t id, std::string_view method, Deadline deadline) {
-    const auto answer = Await(deadline, [id](const Message& message) { return message.IsAnswerTo(id); });
+Outcome<std::vector<Reply>> Client::CallBatch(const std::vector<Request>& requests) {
+    const std::uint64_t first = m_lastId + 1;
+    m_lastId += requests.size();
+    if (const auto sent = m_wire.Send(BatchLine(first, requests)); !sent) {
+        return sent.Why();
+    }
+    const auto answer = AwaitAnswer(first, requests.back().method);
+    if (!answer) {
+        return answer.Why();
+    }
+    const Json::Value& answers = answer->Whole();
+    std::vector<Reply> replies;
+    for (Json::ArrayIndex i = 0; answers.isArray() && i < answers.size(); ++i) {
+        replies.push_back(ReplyIn(answers[i]));
+    }
+    if (replies.size() != requests.size()) {
+        return Problem{ProblemKind::NotTheService,
+                       ToText(m_endpoint) + " does not answer a batch as the service does"};
+    }
+    return replies;
+}
+
+Outcome<Message> Client::AwaitAnswer(std::uint64_t id, std::string_view method) {
+    auto answer = Await(In(m_timeout), [id](const Message& message) { return message.Id() == id; });
     if (!answer) {
         return answer.Why();
     }
     if (!*answer) {
         return Problem{ProblemKind::TimedOut, ToText(m_endpoint) + " did not answer " + std::string(method) +
                                                   " within " + Seconds(m_timeout)};
-    }
-    const Message& message = **answer;
-    return Reply{message.HasResult(), message.Result(), message.Error()};
-}
-
-Outcome<Message> Client::Exchange(std::string_view line) {
-    if (const auto sent = m_wire.Send(line); !sent) {
-        return sent.Why();
-    }
-    auto answer = Await(In(m_timeout), [](const Message& message) { return !message.IsNotification(); });
-    if (!answer) {
-        return answer.Why();
-    }
-    if (!*answer) {
-        return Problem{ProblemKind::TimedOut,
-                       ToText(m_endpoint) + " did not answer within " + Seconds(m_timeout)};
     }
     return std::move(**answer);
 }
@@ -131,14 +135,10 @@ Outcome<std::optional<Message>> Client::Await(Deadline deadline,
             return std::optional<Message>();
         }
         isOver = std::chrono::steady_clock::now() >= deadline;
-        const auto isReady = Wait(deadline);
-        if (!isReady) {
-            return isReady.Why();
+        if (!m_wire.IsOpen()) {
+            return Problem{ProblemKind::Closed, "There is no connection to " + ToText(m_endpoint)};
         }
-        if (!*isReady) {
-            return std::optional<Message>();
-        }
-        auto messages = m_wire.Receive();
+        auto messages = m_wire.Wait(deadline);
         if (!messages) {
             return messages.Why();
         }
@@ -154,33 +154,6 @@ void Client::Keep(Message notification) {
     while (m_notifications.size() > kMost || (m_keptBytes > kMostBytes && m_notifications.size() > 1)) {
         m_keptBytes -= m_notifications.front().Size();
         m_notifications.pop_front();
-    }
-}
-
-/// False at the deadline.
-Outcome<bool> Client::Wait(Deadline deadline) {
-    constexpr std::chrono::milliseconds kLongestPoll(60'000);
-    if (!m_wire.IsOpen()) {
-        return Problem{ProblemKind::Closed, "There is no connection to " + ToText(m_endpoint)};
-    }
-    for (;;) {
-        const auto now = std::chrono::steady_clock::now();
-        const auto left = std::clamp(std::chrono::ceil<std::chrono::milliseconds>(deadline - now),
-                                     std::chrono::milliseconds(0), kLongestPoll);
-        const auto events = static_cast<short>(POLLIN | (m_wire.WantsToWrite() ? POLLOUT : 0));
-        pollfd entry{m_wire.Descriptor(), events, 0};
-        const int ready = poll(&entry, 1, static_cast<int>(left.count()));
-        if (ready > 0 && (entry.revents & POLLOUT) != 0) {
-            if (const auto sent = m_wire.Flush(); !sent) {
-                return sent.Why();
-            }
-        }
-        if (ready > 0 && (entry.revents & ~POLLOUT) != 0) {
-            return true;
-        }
-        if (ready == 0 && now >= deadline) {
-            return false;
-        }
     }
 }
 

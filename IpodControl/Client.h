@@ -17,18 +17,6 @@
 
 namespace IpodControl {
 
-/// What came back for a request: a result, an error object, or neither (some methods leave it out).
-struct Reply {
-    bool hasResult = false;
-    Json::Value result;
-    std::optional<RpcError> error;
-};
-
-struct Request {
-    std::string method;
-    Json::Value params{};  ///< left out where null
-};
-
 /// One thread uses it.
 class Client {
   public:
@@ -44,8 +32,8 @@ class Client {
     Outcome<Reply> Call(std::string_view method, const Json::Value& params = {});
     /// Sends all of them at once; the replies stand in the order of the requests.
     Outcome<std::vector<Reply>> CallAll(const std::vector<Request>& requests);
-    /// Sends `line` as it stands and waits for the first message that is no notification.
-    Outcome<Message> Exchange(std::string_view line);
+    /// The same as one batch.
+    Outcome<std::vector<Reply>> CallBatch(const std::vector<Request>& requests);
 
     /// The oldest notification that has not been taken yet; none when none comes before `deadline`.
     Outcome<std::optional<Message>> NextNotification(Deadline deadline);
@@ -58,8 +46,7 @@ class Client {
     /// The first message that `isWanted`; notifications before it are kept. None at the deadline.
     Outcome<std::optional<Message>> Await(Deadline deadline,
                                           const std::function<bool(const Message&)>& isWanted);
-    Outcome<Reply> AwaitReply(std::uint64_t id, std::string_view method, Deadline deadline);
-    Outcome<bool> Wait(Deadline deadline);
+    Outcome<Message> AwaitAnswer(std::uint64_t id, std::string_view method);
     void Keep(Message notification);
 
     const Endpoint m_endpoint;

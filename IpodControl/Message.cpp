@@ -1,24 +1,22 @@
 #include "IpodControl/Message.h"
 
 #include <algorithm>
-#include <exception>
-#include <memory>
-#include <utility>
+#include <vector>
+
+#include "ServiceUtil/JsonText.h"
 
 namespace IpodControl {
 
 namespace {
 
-/// An error is an object; with a text or null in its place, some other protocol answers.
+/// The service answers with an id alone where a method has no result. An error is an object; with a text or
+/// null in its place, some other protocol answers.
 bool IsAnswer(const Json::Value& value) {
-    return value.isObject() && value.isMember("id") &&
-           (value.isMember("error") ? value["error"].isObject() : value.isMember("result"));
-}
-
-/// The service answers with an id alone where a method has no result.
-bool IsEmptyAnswer(const Json::Value& value) {
-    return value.isObject() && value.isMember("id") && value.isMember("jsonrpc") &&
-           !value.isMember("method") && !value.isMember("error");
+    if (!value.isObject() || !value.isMember("id") || value.isMember("method")) {
+        return false;
+    }
+    return value.isMember("error") ? value["error"].isObject()
+                                   : value.isMember("result") || value.isMember("jsonrpc");
 }
 
 bool IsNotice(const Json::Value& value) {
@@ -26,15 +24,7 @@ bool IsNotice(const Json::Value& value) {
 }
 
 bool IsBatch(const Json::Value& value) {
-    if (!value.isArray() || value.empty()) {
-        return false;
-    }
-    for (const Json::Value& answer : value) {
-        if (!IsAnswer(answer) && !IsEmptyAnswer(answer)) {
-            return false;
-        }
-    }
-    return true;
+    return value.isArray() && !value.empty() && std::all_of(value.begin(), value.end(), IsAnswer);
 }
 
 /// A value takes much more memory than the few bytes that may stand for it. The list of all songs of a
@@ -45,72 +35,58 @@ bool HasTooManyValues(std::string_view line) {
            kMost;
 }
 
-}  // namespace
-
-bool ParseJson(std::string_view text, Json::Value& value) {
-    constexpr int kDeepestNesting = 64;
-    try {
-        Json::CharReaderBuilder builder;
-        Json::CharReaderBuilder::strictMode(&builder.settings_);
-        builder["strictRoot"] = false;
-        builder["stackLimit"] = kDeepestNesting;
-        const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-        return reader->parse(text.data(), text.data() + text.size(), &value, nullptr);
-    } catch (const std::exception&) {
-        // Nested too deeply, which the parser says by throwing.
-        return false;
+Json::Value RequestObject(std::uint64_t id, const Request& request) {
+    Json::Value object;
+    object["jsonrpc"] = "2.0";
+    object["id"] = Json::UInt64{id};
+    object["method"] = request.method;
+    if (!request.params.isNull()) {
+        object["params"] = request.params;
     }
+    return object;
 }
 
+}  // namespace
+
 std::optional<Message> Message::Parse(std::string_view line) {
-    Json::Value value;
-    if (!HasTooManyValues(line) && ParseJson(line, value) &&
-        (IsNotice(value) || IsAnswer(value) || IsEmptyAnswer(value) || IsBatch(value))) {
-        return Message(std::move(value), line.size());
+    auto value = HasTooManyValues(line) ? std::nullopt : ReadJson(line);
+    if (value && (IsNotice(*value) || IsAnswer(*value) || IsBatch(*value))) {
+        return Message(std::move(*value), line.size());
     }
     return std::nullopt;
 }
 
-bool Message::IsAnswerTo(std::uint64_t id) const {
-    return m_whole.isObject() && !IsNotification() && m_whole["id"].isUInt64() &&
-           m_whole["id"].asUInt64() == id;
+std::optional<std::uint64_t> Message::Id() const {
+    const Json::Value& id = Member(m_whole.isArray() ? m_whole[0] : m_whole, "id");
+    return id.isUInt64() ? std::optional<std::uint64_t>(id.asUInt64()) : std::nullopt;
 }
 
-std::string Message::Method() const {
-    return IsNotification() ? m_whole["method"].asString() : std::string();
-}
-
-std::optional<RpcError> Message::Error() const {
-    const Json::Value error = Member("error");
-    if (!error.isObject()) {
-        return std::nullopt;
+Reply ReplyIn(const Json::Value& answer) {
+    Reply reply{answer.isObject() && answer.isMember("result"), Member(answer, "result"), std::nullopt};
+    if (const Json::Value& error = Member(answer, "error"); error.isObject()) {
+        const std::string message = TextMember(error, "message");
+        reply.error =
+            RpcError{IntegerMember(error, "code").value_or(0), message.empty() ? "no message" : message};
     }
-    return RpcError{error["code"].isInt64() ? error["code"].asInt64() : 0,
-                    error["message"].isString() ? error["message"].asString() : "no message"};
+    return reply;
 }
 
-Json::Value Message::Member(const char* name) const {
-    return m_whole.isObject() && m_whole.isMember(name) ? m_whole[name] : Json::Value();
+Json::Value Params(const char* name, Json::Value value) {
+    Json::Value params;
+    params[name] = std::move(value);
+    return params;
 }
 
-std::string ToLine(const Json::Value& value) {
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "";
-    builder["emitUTF8"] = true;
-    // With all 17 digits 0.178 would come as 0.17799999999999999.
-    builder["precision"] = 15;
-    return Json::writeString(builder, value);
+std::string RequestLine(std::uint64_t id, const Request& request) {
+    return WriteJson(RequestObject(id, request));
 }
 
-std::string RequestLine(std::uint64_t id, std::string_view method, const Json::Value& params) {
-    Json::Value request;
-    request["jsonrpc"] = "2.0";
-    request["id"] = Json::UInt64{id};
-    request["method"] = std::string(method);
-    if (!params.isNull()) {
-        request["params"] = params;
+std::string BatchLine(std::uint64_t firstId, const std::vector<Request>& requests) {
+    Json::Value batch(Json::arrayValue);
+    for (const Request& request : requests) {
+        batch.append(RequestObject(firstId++, request));
     }
-    return ToLine(request);
+    return WriteJson(batch);
 }
 
 }  // namespace IpodControl

@@ -1,12 +1,16 @@
 // What can go wrong between a client and the service: results, not exceptions.
 #pragma once
 
-#include <chrono>
 #include <string>
 #include <utility>
 #include <variant>
 
+#include "ServiceUtil/Poll.h"
+
 namespace IpodControl {
+
+using ::Deadline;
+using ::In;
 
 enum class ProblemKind {
     NoConnection,   ///< nobody listens there, or the name means nothing
@@ -43,11 +47,5 @@ class [[nodiscard]] Outcome {
 
 /// For what has nothing to give back.
 struct Done {};
-
-using Deadline = std::chrono::steady_clock::time_point;
-
-inline Deadline In(std::chrono::milliseconds time) {
-    return std::chrono::steady_clock::now() + time;
-}
 
 }  // namespace IpodControl

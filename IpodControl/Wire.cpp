@@ -4,9 +4,7 @@
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <poll.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -42,48 +40,34 @@ int LookUp(const Endpoint& endpoint, Addresses& addresses) {
     return failure;
 }
 
-/// False at the deadline.
-bool WaitFor(int socket, short events, Deadline deadline) {
-    using std::chrono::milliseconds;
-    for (;;) {
-        const auto left =
-            std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now()).count();
-        pollfd entry{socket, events, 0};
-        const int ready = poll(&entry, 1, static_cast<int>(std::clamp<decltype(left)>(left, 0, 60'000)));
-        if (ready > 0) {
-            return true;
-        }
-        if (left <= 0 && ready == 0) {
-            return false;
-        }
+/// 0, or an errno.
+int Finish(const Descriptor& connection, Deadline deadline) {
+    pollfd entry{connection.Get(), POLLOUT, 0};
+    const PollEnd end = PollUntil({&entry, 1}, deadline);
+    if (end != PollEnd::Ready) {
+        return end == PollEnd::Over ? ETIMEDOUT : errno;
     }
+    int failure = 0;
+    socklen_t size = sizeof failure;
+    return getsockopt(connection.Get(), SOL_SOCKET, SO_ERROR, &failure, &size) == 0 ? failure : errno;
 }
 
 /// 0, or an errno. The connection is then `connection`.
-int ConnectTo(const addrinfo& address, Deadline deadline, int& connection) {
-    const int made =
-        socket(address.ai_family, address.ai_socktype | SOCK_CLOEXEC | SOCK_NONBLOCK, address.ai_protocol);
-    if (made < 0) {
+int ConnectTo(const addrinfo& address, Deadline deadline, Descriptor& connection) {
+    Descriptor made(
+        socket(address.ai_family, address.ai_socktype | SOCK_CLOEXEC | SOCK_NONBLOCK, address.ai_protocol));
+    if (!made.IsOpen()) {
         return errno;
     }
-    int failure = connect(made, address.ai_addr, address.ai_addrlen) == 0 ? 0 : errno;
-    if (failure == EINPROGRESS) {
-        socklen_t size = sizeof failure;
-        if (!WaitFor(made, POLLOUT, deadline)) {
-            failure = ETIMEDOUT;
-        } else if (getsockopt(made, SOL_SOCKET, SO_ERROR, &failure, &size) != 0) {
-            failure = errno;
-        }
+    int failure = connect(made.Get(), address.ai_addr, address.ai_addrlen) == 0 ? 0 : errno;
+    failure = failure == EINPROGRESS ? Finish(made, deadline) : failure;
+    if (failure == 0) {
+        // A request is one small segment, and the next one must not wait for its acknowledgement.
+        const int on = 1;
+        setsockopt(made.Get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+        connection = std::move(made);
     }
-    if (failure != 0) {
-        close(made);
-        return failure;
-    }
-    // A request is one small segment, and the next one must not wait for its acknowledgement.
-    const int on = 1;
-    setsockopt(made, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    connection = made;
-    return 0;
+    return failure;
 }
 
 bool IsBlank(char c) {
@@ -127,9 +111,7 @@ Outcome<Done> Wire::Open(const Endpoint& endpoint, Deadline deadline) {
 }
 
 void Wire::Close() {
-    if (m_socket >= 0) {
-        close(std::exchange(m_socket, -1));
-    }
+    m_socket.Close();
     m_unsent.clear();
     m_received.clear();
     m_searched = 0;
@@ -144,17 +126,17 @@ Outcome<Done> Wire::Send(std::string_view line) {
 
 Outcome<Done> Wire::Flush() {
     while (!m_unsent.empty()) {
-        const ssize_t sent = send(m_socket, m_unsent.data(), m_unsent.size(), MSG_NOSIGNAL);
+        const ssize_t sent = send(m_socket.Get(), m_unsent.data(), m_unsent.size(), MSG_NOSIGNAL);
         if (sent > 0) {
             m_unsent.erase(0, static_cast<std::size_t>(sent));
         } else if (errno == EAGAIN) {
             break;
         } else if (errno != EINTR) {
-            return Fail(ProblemKind::Closed, ToText(m_peer) + " has closed the connection");
+            return FailAsClosed();
         }
     }
     if (m_unsent.empty() && std::exchange(m_endsSending, false)) {
-        shutdown(m_socket, SHUT_WR);
+        shutdown(m_socket.Get(), SHUT_WR);
     }
     return Done{};
 }
@@ -164,37 +146,41 @@ Outcome<Done> Wire::EndSending() {
     return Flush();
 }
 
+Outcome<std::vector<Message>> Wire::Wait(std::optional<Deadline> deadline, std::span<pollfd> others) {
+    std::vector<pollfd> entries(others.begin(), others.end());
+    entries.push_back({m_socket.Get(), static_cast<short>(POLLIN | (HasUnsent() ? POLLOUT : 0)), 0});
+    if (PollUntil(entries, deadline) == PollEnd::Failed) {
+        return Fail(ProblemKind::Closed, std::string("Waiting has failed: ") + std::strerror(errno));
+    }
+    std::copy_n(entries.begin(), others.size(), others.begin());
+    const short events = entries.back().revents;
+    if ((events & POLLOUT) != 0) {
+        if (const auto sent = Flush(); !sent) {
+            return sent.Why();
+        }
+    }
+    return (events & ~POLLOUT) != 0 ? Receive() : std::vector<Message>();
+}
+
 Outcome<std::vector<Message>> Wire::Receive() {
-    for (std::size_t reads = 0; reads < kMostReads && !m_hasEnded; ++reads) {
-        const auto hasMore = ReadSome();
-        if (!hasMore) {
-            return hasMore.Why();
-        }
-        if (!*hasMore) {
-            break;
-        }
+    for (std::size_t reads = 0; reads < kMostReads && !m_hasEnded && ReadSome(); ++reads) {
     }
     auto messages = TakeMessages();
     if (messages && messages->empty() && m_hasEnded) {
-        return Fail(ProblemKind::Closed, ToText(m_peer) + " has closed the connection");
+        return FailAsClosed();
     }
     return messages;
 }
 
-/// False when there is no more for now, or for good.
-Outcome<bool> Wire::ReadSome() {
+bool Wire::ReadSome() {
     std::array<char, kReadBytes> bytes;
-    const ssize_t count = recv(m_socket, bytes.data(), bytes.size(), 0);
+    const ssize_t count = recv(m_socket.Get(), bytes.data(), bytes.size(), 0);
     if (count > 0) {
         m_received.append(bytes.data(), static_cast<std::size_t>(count));
-        return true;
-    }
-    if (count < 0 && errno == EINTR) {
-        return true;
     }
     // A reset is an end as well: what was received before it counts.
-    m_hasEnded = count == 0 || errno != EAGAIN;
-    return false;
+    m_hasEnded = count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR);
+    return count > 0;
 }
 
 Outcome<std::vector<Message>> Wire::TakeMessages() {
@@ -231,6 +217,10 @@ Outcome<std::vector<Message>> Wire::TakeMessages() {
 Problem Wire::Fail(ProblemKind kind, std::string text) {
     Close();
     return {kind, std::move(text)};
+}
+
+Problem Wire::FailAsClosed() {
+    return Fail(ProblemKind::Closed, ToText(m_peer) + " has closed the connection");
 }
 
 }  // namespace IpodControl

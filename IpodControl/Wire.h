@@ -1,7 +1,11 @@
-// A connection to the service that never waits: lines out, messages in.
+// The connection to the service: lines out, messages in, and the one place where this room waits for them.
 #pragma once
 
+#include <poll.h>
+
 #include <cstddef>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,45 +13,42 @@
 #include "IpodControl/Endpoint.h"
 #include "IpodControl/Message.h"
 #include "IpodControl/Problem.h"
+#include "ServiceUtil/Descriptor.h"
 
 namespace IpodControl {
 
 /// One thread uses it. After a problem it is closed, and may be opened again.
 class Wire {
   public:
-    Wire() = default;
-    ~Wire() { Close(); }
-    Wire(const Wire&) = delete;
-    Wire& operator=(const Wire&) = delete;
-
-    /// Connects anew; the only operation that waits, up to `deadline` (a name's look-up may take longer).
+    /// Connects anew, which waits up to `deadline` (a name's look-up may take longer).
     Outcome<Done> Open(const Endpoint& endpoint, Deadline deadline);
     void Close();
-    bool IsOpen() const { return m_socket >= 0; }
-    /// Where this side of the connection stands, for a message.
-    const Endpoint& Peer() const { return m_peer; }
+    bool IsOpen() const { return m_socket.IsOpen(); }
 
-    /// To poll for input, and for output while WantsToWrite().
-    int Descriptor() const { return m_socket; }
-    bool WantsToWrite() const { return !m_unsent.empty(); }
-
-    /// Sends `line`, which has no line end of its own; what does not go at once is kept for Flush.
+    /// Sends `line`, which has no line end of its own; what does not go at once is sent by Wait.
     Outcome<Done> Send(std::string_view line);
-    Outcome<Done> Flush();
+    bool HasUnsent() const { return !m_unsent.empty(); }
     /// Nothing more will be sent: once what is kept has gone, the service answers that and closes.
     Outcome<Done> EndSending();
-    /// What has come. Text that is no JSON-RPC is a problem, told at its first byte where that says so; of
-    /// what came before it nothing is lost: it is handed out first, and the problem at the next call.
-    Outcome<std::vector<Message>> Receive();
+
+    /// Waits until messages have come, until one of `others` is ready, as its `revents` then tell, or until
+    /// `deadline`; a closed wire waits for the others alone. What has come is handed over: maybe nothing, and
+    /// not everything at once when there is much. Text that is no JSON-RPC is a problem, told at its first
+    /// byte where that says so; of what came before it nothing is lost: it is handed out first, and the
+    /// problem at the next call.
+    Outcome<std::vector<Message>> Wait(std::optional<Deadline> deadline, std::span<pollfd> others = {});
 
   private:
     Problem Fail(ProblemKind kind, std::string text);
-    /// False at the connection's end.
-    Outcome<bool> ReadSome();
+    Problem FailAsClosed();
+    Outcome<Done> Flush();
+    Outcome<std::vector<Message>> Receive();
+    /// False when there is no more for now, or for good.
+    bool ReadSome();
     Outcome<std::vector<Message>> TakeMessages();
 
     Endpoint m_peer;
-    int m_socket = -1;
+    Descriptor m_socket;
     std::string m_unsent;
     std::string m_received;      // from the last line end on
     std::size_t m_searched = 0;  // of m_received: holds no line end

@@ -8,7 +8,8 @@
 #include <optional>
 #include <vips/vips8>
 
-#include "IpodService/JpegCost.h"
+#include "ServiceUtil/Base64.h"
+#include "ServiceUtil/JpegCost.h"
 #include "ServiceUtil/Logger.h"
 
 namespace {
@@ -54,11 +55,6 @@ void InitialiseVips() {
         vips_concurrency_set(1);
         vips_cache_set_max(0);
     });
-}
-
-std::string EncodeBase64(const void* data, size_t size) {
-    std::unique_ptr<gchar, GFree> text(g_base64_encode(static_cast<const guchar*>(data), size));
-    return text.get();
 }
 
 /// Reads the header and leaves the pixels for when they are asked for. The JPEG decoder by its name: what
@@ -132,7 +128,7 @@ u32 AlbumArtLength(u32 height, u32 width) {
 }
 
 AlbumArt EncodeAsDelivered(const DeliveredPicture& picture) {
-    return {EncodeBase64(picture.bytes.data(), picture.bytes.size()), picture.height, picture.width};
+    return {EncodeBase64(picture.bytes), picture.height, picture.width};
 }
 
 AlbumArt ConvertAlbumArt(const DeliveredPicture& picture) {
@@ -150,5 +146,6 @@ AlbumArt ConvertAlbumArt(const DeliveredPicture& picture) {
         return EncodeAsDelivered(picture);
     }
     LOG_INFO("Finished resizing image size to %d\n", static_cast<int>(jpeg->size));
-    return {EncodeBase64(jpeg->data.get(), jpeg->size), kThumbnailSide, kThumbnailSide};
+    return {EncodeBase64({static_cast<const u8*>(jpeg->data.get()), jpeg->size}), kThumbnailSide,
+            kThumbnailSide};
 }

@@ -6,7 +6,6 @@
 namespace {
 
 constexpr const char* kCaptureDevice = "hw:1,0";
-constexpr i32 kElementsChooseRate = -1;
 
 }  // namespace
 

@@ -12,6 +12,9 @@ class GstreamerStreamer;
 /// call or a notification. Any thread.
 class AudioStream {
   public:
+    /// In place of a sample rate.
+    static constexpr i32 kElementsChooseRate = -1;
+
     AudioStream();
     /// Stops the stream, with Stop's log entry.
     ~AudioStream();

@@ -1,7 +1,7 @@
 #include "IpodService/CaselessText.h"
 
 #include "IpodService/AsciiCase.h"
-#include "IpodService/Utf8Text.h"
+#include "ServiceUtil/Utf8.h"
 
 CaselessPattern::CaselessPattern(std::string_view pattern)
     : m_wellFormed(WellFormedLength(pattern) == pattern.size()) {

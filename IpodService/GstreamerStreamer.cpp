@@ -18,9 +18,11 @@ std::atomic<u32> g_watchesPublished{0};
 /// A new element named `name`, owned by `bin`; null when its plugin is not installed.
 GstElement* AddElement(GstElement* bin, const char* factory, const char* name) {
     GstElement* element = gst_element_factory_make(factory, name);
-    if (element != nullptr) {
-        gst_bin_add(GST_BIN(bin), element);
+    if (element == nullptr) {
+        LOG_WARN("GStreamer has no element '%s': its plugin is not installed\n", factory);
+        return nullptr;
     }
+    gst_bin_add(GST_BIN(bin), element);
     return element;
 }
 

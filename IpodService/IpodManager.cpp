@@ -89,7 +89,8 @@ void IpodManager::OpenSessionOrRecover(const char* stateText) {
 
 i32 IpodManager::OpenBrowseSession() {
     const i32 outcome = m_browseStack.OpenSession();
-    if (outcome == 0) {
+    // A library that grants a session without a device would else end the search for one.
+    if (outcome == 0 && IsDeviceConnected()) {
         m_connectionState = ConnectionState::BrowseReady;
     }
     return outcome;
@@ -110,10 +111,9 @@ i32 IpodManager::BrowseTopCategory(u32 category) {
 }
 
 void IpodManager::ProcessDelayedStreamRestart() {
-    constexpr i32 kElementsChooseRate = -1;
     if (m_pending.TakeStreamRestart()) {
         LOG_WARN("performing delayed audio stream restart!\n");
-        RestartStream(kElementsChooseRate);
+        RestartStream(AudioStream::kElementsChooseRate);
     }
 }
 

@@ -61,8 +61,7 @@ class IpodManager {
     /// How long the loop may sleep before a step has something to do that nobody wakes it for.
     std::chrono::milliseconds TimeToNextStep() const REQUIRES(kServerThread);
 
-    // Session (IpodManager.cpp). AllocateShm2, FreeShm1, FreeShm2 and GetNumDevices stand here for
-    // completeness: nothing in the service calls them.
+    // Session (IpodManager.cpp). Nothing in the service calls AllocateShm2.
 
     i32 RegisterProcess() REQUIRES(kServerThread);
     i32 AllocateShm1() REQUIRES(kServerThread) { return m_shm1.Allocate(m_link); }

@@ -2,10 +2,12 @@
 // once or from a later pass of the server loop.
 #include <algorithm>
 #include <optional>
+#include <string_view>
 #include <vips/vips8>
 
 #include "IpodService/AlbumArt.h"
 #include "IpodService/IpodManager.h"
+#include "IpodService/LogText.h"
 #include "ServiceUtil/Logger.h"
 
 namespace {
@@ -24,6 +26,18 @@ AlbumArt ConvertOrKeep(const DeliveredPicture& picture) {
     } catch (const vips::VError&) {
         LOG_WARN("Failed Jpeg Decode\n");
         return EncodeAsDelivered(picture);
+    }
+}
+
+/// Throws what the conversion does, with a word to the log: the client's answer does not tell it.
+AlbumArt ConvertOrTell(const DeliveredPicture& picture) {
+    try {
+        return ConvertAlbumArt(picture);
+    } catch (const vips::VError& error) {
+        const std::string_view text = error.what();
+        LOG_WARN("Album art of %u x %u cannot be converted: %s\n", picture.width, picture.height,
+                 LogText(text.substr(0, text.find('\n'))).c_str());
+        throw;
     }
 }
 
@@ -67,7 +81,7 @@ i32 IpodManager::GetPlayingTrackAlbumArt(std::string& text, u32& width, u32& hei
     if (result.picture.bytes.empty()) {
         return 0;
     }
-    AlbumArt art = ConvertAlbumArt(result.picture);
+    AlbumArt art = ConvertOrTell(result.picture);
     text = std::move(art.text);
     width = art.width;
     height = art.height;

@@ -3,7 +3,7 @@
 #include <json/writer.h>
 
 #include "IpodService/RecordText.h"
-#include "IpodService/Utf8Text.h"
+#include "ServiceUtil/Utf8.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <json/json.h>
 
 #include "IpodService/IIpodNotifications.h"
-#include "IpodService/Utf8Text.h"
+#include "ServiceUtil/Utf8.h"
 
 /// {"trackTitle", "trackArtist", "trackAlbum"}, mended to well-formed UTF-8.
 inline Json::Value TrackTextsToJson(const TrackMetadata& metadata) {

@@ -3,6 +3,8 @@
 #include <gst/gst.h>
 #include <malloc.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -43,6 +45,10 @@ void RunUntilSignal(CIpodRequestServer& server, int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (const auto answer = CommandLineAnswer(argc, argv)) {
+        return std::fputs(answer->c_str(), stdout) < 0 || std::fflush(stdout) != 0 ? EXIT_FAILURE
+                                                                                   : EXIT_SUCCESS;
+    }
     // Large blocks (the items of a long list, its answer) go back to the system when they are freed. Without
     // this the allocator keeps them after the first one.
     mallopt(M_MMAP_THRESHOLD, kLargeBlockBytes);

@@ -75,7 +75,8 @@ class Client {
 
     // Kept by those who give the turns
     bool isQueued = false;
-    bool isQuick = false;  ///< its last turn was a short one
+    bool isQuick = false;  ///< one of its last two turns was short: any may be held up by another process
+    bool wasLastTurnShort = false;
 
   private:
     enum class Phase {

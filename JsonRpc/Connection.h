@@ -6,9 +6,9 @@
 #include <cstdint>
 
 #include "JsonRpc/CloseReason.h"
-#include "JsonRpc/Descriptor.h"
 #include "JsonRpc/Limits.h"
 #include "JsonRpc/OutputQueue.h"
+#include "ServiceUtil/Descriptor.h"
 #include "ServiceUtil/Mutex.h"
 
 namespace Json::Rpc {

@@ -37,7 +37,7 @@ struct Limits {
     int turnRequests = 32;
     std::chrono::milliseconds turnTime{20};
 
-    /// A client whose last turn took longer waits for the quick ones.
+    /// A client whose last two turns took longer waits for the quick ones.
     std::chrono::milliseconds quickTurn{2};
 
     /// A client that has acknowledged less than so many bytes in so much time, while it is owed any, is

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "JsonRpc/Descriptor.h"
+#include "ServiceUtil/Descriptor.h"
 #include "ServiceUtil/ThreadRole.h"
 
 namespace Json::Rpc {

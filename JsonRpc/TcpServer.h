@@ -19,8 +19,8 @@
 #include "JsonRpc/Listener.h"
 #include "JsonRpc/Server.h"
 #include "JsonRpc/TurnQueue.h"
-#include "JsonRpc/WakeUp.h"
 #include "ServiceUtil/ThreadRole.h"
+#include "ServiceUtil/WakeUp.h"
 
 namespace Json::Rpc {
 

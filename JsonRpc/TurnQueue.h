@@ -12,8 +12,8 @@ class Client;
 
 /// Clients that wait for their turns, in rounds: in each the quick ones have a turn, and one of the others.
 /// So nobody who asks for little waits for more than one of those who ask for much, and these get on as well.
-/// A client is quick when its last turn was short. Not owned; a client is in the queue once. Server thread
-/// only.
+/// A client is quick when one of its last two turns was short. Not owned; a client is in the queue once.
+/// Server thread only.
 class TurnQueue {
   public:
     /// Puts the client at the end, unless it is in the queue.

@@ -18,7 +18,7 @@
 #include <thread>
 #include <vector>
 
-#include "DeviceSimulator/Simulator.h"
+#include "DeviceSimulator/embedded/Simulator.h"
 #include "IpodService/CaselessText.h"
 #include "IpodService/IpodManager.h"
 #include "IpodService/IpodRequestHandler.h"

@@ -1,9 +1,6 @@
 // 64 connections that ask as fast as they are answered, and as little as a server can do for them.
 #pragma once
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <time.h>
@@ -13,41 +10,20 @@
 #include <array>
 #include <chrono>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <string_view>
-#include <vector>
+
+#include "bench/Loopback.h"
 
 inline constexpr std::size_t kClients = 64;
 inline constexpr std::chrono::milliseconds kBlockTime{200};
-inline constexpr std::string_view kRequest =
-    "{\"jsonrpc\":\"2.0\",\"method\":\"isIpodConnected\",\"id\":1}\n";
 inline const std::string kNotification =
     "{\"jsonrpc\":\"2.0\",\"method\":\"trackTimeNotification\",\"params\":{\"trackTime\":5000}}\n";
-
-[[noreturn]] inline void Die(const char* what) {
-    std::perror(what);
-    std::exit(1);
-}
 
 inline double ThreadCpuMicroseconds() {
     timespec time{};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
     return static_cast<double>(time.tv_sec) * 1e6 + static_cast<double>(time.tv_nsec) / 1e3;
-}
-
-inline sockaddr_in Loopback(std::uint16_t port) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return address;
-}
-
-inline void SetNoDelay(int fd) {
-    const int on = 1;
-    ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
 }
 
 /// poll, recv, send; and send to all.
@@ -99,12 +75,7 @@ class Clients {
   public:
     explicit Clients(std::uint16_t port) {
         for (pollfd& client : m_polls) {
-            client = {::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0), POLLIN, 0};
-            const sockaddr_in address = Loopback(port);
-            if (::connect(client.fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
-                Die("connect");
-            }
-            SetNoDelay(client.fd);
+            client = {Connect(port), POLLIN, 0};
         }
     }
 
@@ -152,8 +123,3 @@ class Clients {
 
     std::array<pollfd, kClients> m_polls{};
 };
-
-inline double Median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}

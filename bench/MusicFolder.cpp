@@ -18,9 +18,8 @@
 #include <string_view>
 #include <vector>
 
-#include "DeviceSimulator/CoverDrawing.h"
-#include "DeviceSimulator/Library.h"
-#include "DeviceSimulator/PictureCodec.h"
+#include "DeviceSimulator/music/CoverDrawing.h"
+#include "DeviceSimulator/music/Library.h"
 #include "DeviceSimulator/tools/DemoMusicTags.h"
 #include "bench/Memory.h"
 
@@ -49,8 +48,8 @@ bool WriteAlbum(const fs::path& folder, int album, int tracks, const std::string
     tags.albumArtist = tags.artist;
     tags.genre = "Genre " + std::to_string(album % 24);
     tags.composer = "Composer " + std::to_string(album % 100);
-    const auto cover = EncodeJpeg(DrawCoverImage({640, 640}, tags.album, tags.artist));
-    const std::vector<DemoPicture> pictures{{cover.value().bytes, true}};
+    const auto cover = EncodeJpeg(DrawCoverImage({640, 640}, tags.album, tags.artist), 90);
+    const std::vector<DemoPicture> pictures{{cover.value(), true}};
     const fs::path place = folder / tags.artist / tags.album;
     fs::create_directories(place);
     for (int track = 1; track <= tracks; ++track) {

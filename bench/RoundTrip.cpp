@@ -3,14 +3,10 @@
 //   bench_round_trip                this library's server with one trivial method
 //   bench_round_trip --port 8883    isIpodConnected of the service that runs on that port
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
@@ -18,48 +14,19 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <string_view>
 #include <thread>
 #include <vector>
 
-#include "JsonRpc/RpcMethod.h"
 #include "JsonRpc/TcpServer.h"
+#include "bench/ConnectedMethod.h"
+#include "bench/Loopback.h"
 
 namespace {
 
 constexpr int kWarmUp = 500;
 constexpr int kRoundTripsPerBlock = 2000;
 constexpr int kBlocks = 10;
-constexpr std::string_view kRequest = "{\"jsonrpc\":\"2.0\",\"method\":\"isIpodConnected\",\"id\":1}\n";
-
-[[noreturn]] void Die(const char* what) {
-    std::perror(what);
-    std::exit(1);
-}
-
-sockaddr_in Loopback(std::uint16_t port) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return address;
-}
-
-void SetNoDelay(int fd) {
-    const int on = 1;
-    ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
-}
-
-int Connect(std::uint16_t port) {
-    const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const sockaddr_in address = Loopback(port);
-    if (::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
-        Die("connect");
-    }
-    SetNoDelay(fd);
-    return fd;
-}
 
 /// poll, recv, send: as little as a server can do.
 class EchoServer {
@@ -102,21 +69,10 @@ class EchoServer {
     std::thread m_thread;
 };
 
-class Handler {
-  public:
-    bool IsConnected(const Json::Value& request, Json::Value& response) {
-        response["jsonrpc"] = "2.0";
-        response["id"] = request["id"];
-        response["result"]["connected"] = false;
-        return true;
-    }
-};
-
 class RpcServer {
   public:
     RpcServer() {
-        m_server.AddMethod(std::make_unique<Json::Rpc::RpcMethod<Handler>>(m_handler, &Handler::IsConnected,
-                                                                           "isIpodConnected"));
+        m_method.AddTo(m_server);
         if (!m_server.Bind() || !m_server.Listen()) {
             Die("server");
         }
@@ -136,7 +92,7 @@ class RpcServer {
     std::uint16_t Port() const { return m_server.GetPort(); }
 
   private:
-    Handler m_handler;
+    ConnectedMethod m_method;
     Json::Rpc::TcpServer m_server{"127.0.0.1", 0};
     std::atomic<bool> m_stop{false};
     std::thread m_thread;
@@ -167,12 +123,6 @@ void Measure(int fd, std::vector<double>& microseconds) {
         const std::chrono::duration<double, std::micro> took = std::chrono::steady_clock::now() - start;
         microseconds.push_back(took.count());
     }
-}
-
-double Median(std::vector<double>& values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
 }
 
 /// The two servers take turns, so that whatever else the machine does meets both.

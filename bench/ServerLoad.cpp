@@ -3,12 +3,11 @@
 
 #include <atomic>
 #include <cstdio>
-#include <memory>
 #include <thread>
 #include <vector>
 
-#include "JsonRpc/RpcMethod.h"
 #include "JsonRpc/TcpServer.h"
+#include "bench/ConnectedMethod.h"
 #include "bench/Load.h"
 
 namespace {
@@ -16,22 +15,11 @@ namespace {
 constexpr int kBlocks = 15;
 constexpr int kRoundsPerBlock = 200;
 
-class Handler {
-  public:
-    bool IsConnected(const Json::Value& request, Json::Value& response) {
-        response["jsonrpc"] = "2.0";
-        response["id"] = request["id"];
-        response["result"]["connected"] = false;
-        return true;
-    }
-};
-
 class Ours {
   public:
     Ours() {
         kServerThread.Assert();
-        m_tcp.AddMethod(std::make_unique<Json::Rpc::RpcMethod<Handler>>(m_handler, &Handler::IsConnected,
-                                                                        "isIpodConnected"));
+        m_method.AddTo(m_tcp);
         if (!m_tcp.Bind() || !m_tcp.Listen()) {
             Die("server");
         }
@@ -51,7 +39,7 @@ class Ours {
     std::uint16_t port = 0;
 
   private:
-    Handler m_handler;
+    ConnectedMethod m_method;
     Json::Rpc::TcpServer m_tcp{"127.0.0.1", 0};
 };
 

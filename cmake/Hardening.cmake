@@ -13,15 +13,15 @@ foreach(flag IN ITEMS -fstack-protector-strong -fstack-clash-protection)
     string(MAKE_C_IDENTIFIER "IPOD_HAS${flag}" has_flag)
     check_cxx_compiler_flag(${flag} ${has_flag})
     if(${has_flag})
-        target_compile_options(project_plain_options INTERFACE $<${hardened}:${flag}>)
+        target_compile_options(project_plain_flags INTERFACE $<${hardened}:${flag}>)
     endif()
 endforeach()
 # A level that the caller's own flags name stays.
 if(NOT CMAKE_CXX_FLAGS MATCHES "_FORTIFY_SOURCE")
-    target_compile_options(project_plain_options INTERFACE
+    target_compile_options(project_plain_flags INTERFACE
         $<${hardened}:-U_FORTIFY_SOURCE> $<${hardened}:-D_FORTIFY_SOURCE=2>)
 endif()
-target_compile_definitions(project_plain_options INTERFACE $<${hardened}:_GLIBCXX_ASSERTIONS>)
+target_compile_definitions(project_plain_flags INTERFACE $<${hardened}:_GLIBCXX_ASSERTIONS>)
 # All functions are bound at load: one that the device manager's library lacks is told then, not when it is called.
-target_link_options(project_plain_options INTERFACE
+target_link_options(project_plain_flags INTERFACE
     $<${hardened}:LINKER:-z,relro> $<${hardened}:LINKER:-z,now>)

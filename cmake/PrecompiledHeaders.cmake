@@ -13,16 +13,16 @@ add_library(precompiled_for_libraries OBJECT "${PROJECT_BINARY_DIR}/precompiled.
 target_link_libraries(precompiled_for_libraries PRIVATE project_options PkgConfig::JSONCPP)
 target_precompile_headers(precompiled_for_libraries PRIVATE ${headers} <json/json.h>)
 foreach(target IN ITEMS
-        device_simulator_core ipod_control_client ipod_control_commands ipod_control_player_model
-        json_rpc scenario_runner)
+        device_simulator_control device_simulator_device device_simulator_run
+        ipod_control_client ipod_control_commands ipod_control_view json_rpc)
     if(TARGET ${target})
         target_precompile_headers(${target} REUSE_FROM precompiled_for_libraries)
     endif()
 endforeach()
 # Sets of their own: what the image library defines changes what the headers say, and the music library knows no JSON.
 target_precompile_headers(ipod_service_core PRIVATE ${headers} <json/json.h>)
-if(TARGET device_simulator_library)
-    target_precompile_headers(device_simulator_library PRIVATE ${headers})
+if(TARGET device_simulator_music)
+    target_precompile_headers(device_simulator_music PRIVATE ${headers})
 endif()
 
 if(NOT BUILD_TESTING)
@@ -33,9 +33,9 @@ add_executable(precompiled_for_tests EXCLUDE_FROM_ALL "${PROJECT_BINARY_DIR}/pre
 target_link_libraries(precompiled_for_tests PRIVATE project_options GTest::gmock GTest::gtest)
 target_precompile_headers(precompiled_for_tests PRIVATE ${headers} <gmock/gmock.h> <gtest/gtest.h>)
 foreach(target IN ITEMS
-        device_simulator_test end_to_end_test ipod_control_player_test ipod_control_test
-        ipod_service_browse_test ipod_service_manager_test ipod_service_stream_test
-        json_rpc_test scenario_runner_test service_util_test)
+        device_simulator_test end_to_end_test ipod_control_test
+        ipod_service_browse_test ipod_service_manager_test
+        json_rpc_test service_util_test)
     if(TARGET ${target})
         target_precompile_headers(${target} REUSE_FROM precompiled_for_tests)
     endif()

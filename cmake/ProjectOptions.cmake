@@ -27,10 +27,15 @@ check_pie_supported(LANGUAGES CXX)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
+# `project_flags` is `project_options` without the project's folder to include from: for what is shown only some of it.
+add_library(project_plain_flags INTERFACE)
+add_library(project_flags INTERFACE)
+target_link_libraries(project_flags INTERFACE project_plain_flags)
 add_library(project_plain_options INTERFACE)
-target_compile_features(project_plain_options INTERFACE cxx_std_20)
+target_link_libraries(project_plain_options INTERFACE project_plain_flags)
 target_include_directories(project_plain_options INTERFACE "${PROJECT_SOURCE_DIR}")
-target_compile_options(project_plain_options INTERFACE
+target_compile_features(project_plain_flags INTERFACE cxx_std_20)
+target_compile_options(project_plain_flags INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wold-style-cast -Wshadow -Wformat=2
     -Wnon-virtual-dtor -Woverloaded-virtual
     # Lets ccache see what a precompiled header was made of.
@@ -40,19 +45,19 @@ target_compile_options(project_plain_options INTERFACE
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     # Optimising, be it for a sanitizer, g++ 12 sees copies out of bounds inside std::string where texts are put
     # together.
-    target_compile_options(project_plain_options INTERFACE
+    target_compile_options(project_plain_flags INTERFACE
         -Wno-array-bounds -Wno-restrict -Wno-stringop-overflow)
 endif()
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)
     # Else a folder on a large file system ends at the first entry whose numbers do not fit 32 bits.
-    target_compile_definitions(project_plain_options INTERFACE _FILE_OFFSET_BITS=64)
+    target_compile_definitions(project_plain_flags INTERFACE _FILE_OFFSET_BITS=64)
 endif()
 if(IPOD_WARNINGS_AS_ERRORS)
-    target_compile_options(project_plain_options INTERFACE -Werror)
+    target_compile_options(project_plain_flags INTERFACE -Werror)
 endif()
-target_link_libraries(project_plain_options INTERFACE Threads::Threads)
+target_link_libraries(project_plain_flags INTERFACE Threads::Threads)
 add_library(project_options INTERFACE)
-target_link_libraries(project_options INTERFACE project_plain_options)
+target_link_libraries(project_options INTERFACE project_plain_options project_flags)
 
 # For the service's own rooms: the compiler checks which thread and which lock a declaration asks for. Tests go
 # without, since a test's one thread plays all of the service's.
@@ -71,8 +76,8 @@ elseif(IPOD_SANITIZER)
     message(FATAL_ERROR "IPOD_SANITIZER is '${IPOD_SANITIZER}'; it takes address or thread")
 endif()
 if(IPOD_SANITIZER)
-    target_compile_options(project_options INTERFACE ${IPOD_SANITIZER_FLAGS})
-    target_link_options(project_options INTERFACE ${IPOD_SANITIZER_FLAGS})
+    target_compile_options(project_flags INTERFACE ${IPOD_SANITIZER_FLAGS})
+    target_link_options(project_flags INTERFACE ${IPOD_SANITIZER_FLAGS})
     # What a sanitizer adds makes g++ 12 see uninitialised values inside std::regex.
-    target_compile_options(project_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
+    target_compile_options(project_flags INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 endif()

@@ -4,8 +4,9 @@
 #include <cstdlib>
 #include <span>
 
-#include "DeviceSimulator/PictureCodec.h"
-#include "DeviceSimulator/PictureCover.h"
+#include "DeviceSimulator/helper/MediaProtocol.h"
+#include "DeviceSimulator/media/PictureCover.h"
+#include "ServiceUtil/JpegCost.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace DeviceSimulator;
@@ -13,10 +14,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!cover) {
         return 0;
     }
-    const auto header = ReadJpegHeader(cover->bytes);
-    const bool isSound = header && header->common &&
-                         header->size == PictureSize{cover->width, cover->height} &&
-                         cover->bytes.size() <= kMaxCoverBytes &&
+    const auto cost = ReadJpegCost(cover->bytes);
+    const bool isSound = cost && (cost->components == 1 || cost->components == 3) &&
+                         cost->width == cover->width && cost->height == cover->height &&
+                         cover->bytes.size() <= kMostCoverBytes &&
                          cover->bytes.size() <= std::uint64_t{2} * cover->width * cover->height;
     if (!isSound) {
         std::abort();

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Checks that need no test: format, vocabulary, and a clang build with clang-tidy over the service's rooms.
+# Checks that need no test: format, vocabulary, types, and a clang build with clang-tidy over the service's rooms.
 #
-#   scripts/check-style.sh [format | vocabulary | clang | tidy [FILE...]]
+#   scripts/check-style.sh [format | vocabulary | types | clang | tidy [FILE...]]
 #
-# Without a word all four, in that order. "clang" builds everything with the preset of that name: warnings are
-# errors, and so is a breach of the rules which thread may call what under which lock. "tidy" looks at the
-# service's rooms and their tests, or at the files named.
+# Without a word all five, in that order. "types" is mypy over the kit. "clang" builds everything with the preset
+# of that name: warnings are errors, and so is a breach of the rules which thread may call what under which lock.
+# "tidy" looks at the service's rooms and their tests, or at the files named.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/lib/packages.sh
@@ -39,6 +39,11 @@ check_vocabulary() {
     [ $found = 0 ] || { echo "These have names in DeviceManager/DeviceManagerValues.h." >&2; return 1; }
 }
 
+check_types() {
+    echo "== mypy over the kit"
+    (cd kit && mypy --cache-dir=/dev/null .)
+}
+
 configure_clang() {
     need_packages "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" "${CHECK_PACKAGES[@]}"
     mkdir -p build
@@ -64,9 +69,10 @@ check_tidy() {
 case "${1:-all}" in
     format) need_packages "${CHECK_PACKAGES[@]}"; check_format ;;
     vocabulary) check_vocabulary ;;
+    types) need_packages "${CHECK_PACKAGES[@]}" "${TEST_PACKAGES[@]}"; check_types ;;
     clang) check_clang ;;
     tidy) shift; check_tidy "$@" ;;
-    all) need_packages "${CHECK_PACKAGES[@]}"; check_format; check_vocabulary; check_clang; check_tidy ;;
+    all) need_packages "${CHECK_PACKAGES[@]}" "${TEST_PACKAGES[@]}"; check_format; check_vocabulary; check_types; check_clang; check_tidy ;;
     -h | --help) sed -n '2,/^set/{/^set/d;s/^# \{0,1\}//;p}' "$0" ;;
     *) echo "scripts/check-style.sh knows no check named $1" >&2; exit 2 ;;
 esac

@@ -67,7 +67,8 @@ def build(*targets):
 def room_targets(room):
     """The test programs of a room: what its build folder holds once everything is built."""
     folder = BUILD / "tests" / room
-    return [p.name for p in folder.iterdir() if p.is_file() and p.name.endswith("_test")]
+    programs = [p.name for p in folder.iterdir() if p.is_file() and p.name.endswith("_test")]
+    return programs or sys.exit(f"no test program in {folder}")
 
 
 def finder(room):

@@ -12,20 +12,21 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/lib/packages.sh
 . scripts/lib/sandbox.sh
-. scripts/lib/rpc.sh
 
 BUILD=$PWD/build/demo
+CTL=$BUILD/IpodControl/ipodctl
 STATE=$BUILD/state # what the demo writes: the service's /home/root, the music that it makes
 PORT=8883
 
 # The simulated sound card: what the player sends, what came out of the unit.
-export ALSA_CONFIG_PATH=$BUILD/DeviceSimulator/alsa/asound.conf DEVICE_SIMULATOR_AUDIO=$STATE/sound
+export ALSA_CONFIG_PATH=$BUILD/DeviceSimulator/card/asound.conf DEVICE_SIMULATOR_AUDIO=$STATE/sound
 
 confined=yes
 sound_card=no
 view=yes
 music=
 service= # process to signal
+watcher= # of notifications
 shell_job=
 
 usage() { sed -n '2,/^set/{/^set/d;s/^# \{0,1\}//;p}' "$0"; }
@@ -70,7 +71,7 @@ prepare_sound() {
     # What lies there from another time would sound instead of the music.
     rm -f "$DEVICE_SIMULATOR_AUDIO/capture.pcm"
     [ "$sound_card" = yes ] || return 0
-    export ALSA_CONFIG_PATH=$BUILD/DeviceSimulator/alsa/asound-card.conf
+    export ALSA_CONFIG_PATH=$BUILD/DeviceSimulator/card/asound-card.conf
     [ -d /dev/snd ] || { echo "This machine has no sound card (/dev/snd)." >&2; exit 1; }
 }
 
@@ -132,8 +133,15 @@ stop_service() {
     exit "$status"
 }
 
+# False while nothing answers on the port.
+is_up() {
+    local status=0
+    "$CTL" --timeout 1 is-ipod-connected >/dev/null 2>&1 || status=$?
+    [ $status -ne 3 ]
+}
+
 start_service() {
-    if rpc_open "$PORT" 2>/dev/null; then
+    if is_up; then
         echo "Something listens on 127.0.0.1:$PORT already; stop it first." >&2
         exit 1
     fi
@@ -144,12 +152,18 @@ start_service() {
     if [ $confined = yes ]; then start_confined; else start_unconfined; fi
     local tries
     for ((tries = 0; tries < 100; ++tries)); do
-        rpc_open "$PORT" 2>/dev/null && return
+        is_up && return
         kill -0 "$service" 2>/dev/null || break
         sleep 0.1
     done
     echo "The service does not answer on port $PORT." >&2
     exit 1
+}
+
+# show COMMAND...: a command of ipodctl with what it prints.
+show() {
+    printf '   $ ipodctl %s\n' "$*"
+    "$CTL" "$@" 2>&1 | sed 's/^/     /'
 }
 
 # The level of the last half second that came out of the unit, in per cent of full scale.
@@ -161,55 +175,44 @@ show_sound_level() {
 
 # The root, the songs, where the next initial begins, a filter.
 show_browsing() {
-    rpc_show getBrowseList
-    rpc_show selectBrowseItem '{"itemId":32}'
-    rpc_show getBrowseList '{"startIndex":0,"itemCount":3}'
-    rpc_show getNextAlphaNumericIndex '{"startIndex":0}'
-    rpc_show filterBrowseList '{"searchText":"an"}'
-    rpc_show getBrowseList '{"startIndex":0,"itemCount":3}'
-    rpc_show resetBrowseList
-}
-
-show_picture() {
-    rpc_show getCurrentAlbumArt
-    local bytes
-    bytes=$(sed -n 's/.*"albumArt":"\([^"]*\)".*/\1/p' <<<"$RPC_SEEN" | tail -n 1 | base64 -d 2>/dev/null | wc -c)
-    if [[ $RPC_SEEN =~ \"imageHeight\":([0-9]+),\"imageWidth\":([0-9]+) ]]; then
-        echo "   # a picture of ${BASH_REMATCH[2]} x ${BASH_REMATCH[1]}, $bytes bytes"
-    fi
+    show list
+    show select 32
+    show list --count 3
+    show next-letter 0
+    show filter an
+    show list --count 3
+    show reset
 }
 
 show_sound() {
-    rpc_show start
-    rpc_collect 2
+    show start
+    sleep 2 # to be heard
     if [ "$sound_card" = yes ]; then
         echo "   # the music now plays on this machine's sound card"
     else
         show_sound_level
-        rpc_show stop
+        show stop
     fi
 }
 
 show_session() {
-    echo "== A session on 127.0.0.1:$PORT  (> sent, < received; lines without id are notifications)"
-    rpc_show_notification ipodConnectionNotification 15
-    if ! rpc_wait_until '{"jsonrpc":"2.0","method":"getHasPlayableData","id":"ready"}' '"hasPlayableData":true' 15; then
+    echo "== A session on 127.0.0.1:$PORT (lines behind < are notifications, as they come)"
+    "$CTL" watch > >(sed -u 's/^/   < /') 2>/dev/null &
+    watcher=$!
+    if ! "$CTL" wait ready --timeout 15; then
         echo "   (the player has nothing to play: its library holds no music, or is still being read)"
         return
     fi
     show_browsing
-    rpc_show play
-    rpc_show_notification trackInfoNotification 5
-    rpc_show getCurrentTrackInfo
-    show_picture
-    rpc_show next
-    rpc_show_notification trackInfoNotification 5
-    rpc_show_notification trackTimeNotification 5
+    show play
+    show wait track --timeout 5
+    show status
+    show art "$STATE/cover.jpg"
+    show next
+    sleep 1 # for the time to be told
     show_sound
-    rpc_show pause
-    rpc_show_notification trackPausedNotification 5
-    rpc_show playPause
-    rpc_show_notification trackPausedNotification 5
+    show pause
+    show play-pause
 }
 
 # The full-screen view, where there is a terminal for it; q leaves it.
@@ -217,7 +220,7 @@ show_view() {
     [ "$view" = yes ] && [ -t 0 ] && [ -t 1 ] || return 0
     echo "== The player view comes next: ? lists its keys, q leaves it"
     sleep 3 # for the session above to be read
-    "$BUILD/IpodControl/ipodctl" player || true
+    "$CTL" player || true
 }
 
 tell_what_next() {
@@ -228,8 +231,8 @@ tell_what_next() {
      $build/IpodControl/ipodctl status
      $build/IpodControl/ipodctl browse Artists
      $build/IpodControl/ipodctl player
-     $build/ScenarioRunner/ipodsim send status
-     $build/ScenarioRunner/ipodsim run scenarios/commute.scenario
+     $build/DeviceSimulator/ipodsim send status
+     python3 kit/examples/interface.py
 
    or with nothing but bash:
 
@@ -249,8 +252,7 @@ prepare_sound
 start_service
 # What stays away is shown as such: a track may end, or have no picture, just then.
 show_session || true
-# Nobody reads here any more, and the service is not to wait for that.
-rpc_close
+[ -z "$watcher" ] || kill "$watcher" 2>/dev/null || true
 show_view
 tell_what_next
 wait "$shell_job"

@@ -18,14 +18,12 @@
 #include <thread>
 #include <vector>
 
-#include "DeviceSimulator/ControlServer.h"
-#include "DeviceSimulator/Simulator.h"
-#include "DeviceSimulator/UniqueFd.h"
+#include "DeviceSimulator/control/ControlServer.h"
+#include "DeviceSimulator/embedded/Simulator.h"
+#include "ServiceUtil/Descriptor.h"
 #include "stress/Mutation.h"
 
 namespace {
-
-using DeviceSimulator::UniqueFd;
 
 constexpr auto kCommands = std::to_array<const char*>(
     {R"({"command":"plug","type":"iap","name":"Phone","handle":3,"locked":true})",
@@ -49,14 +47,14 @@ constexpr auto kCommands = std::to_array<const char*>(
      R"({"command":"sound","capture":"gone"})",
      R"({"command":"calls","call":"eDevMgriPodPlay","since":1,"limit":9})"});
 
-UniqueFd Connect(const std::string& path) {
-    UniqueFd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+Descriptor Connect(const std::string& path) {
+    Descriptor fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     path.copy(address.sun_path, sizeof address.sun_path - 1);
     const bool isConnected =
         connect(fd.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-    return isConnected ? std::move(fd) : UniqueFd{};
+    return isConnected ? std::move(fd) : Descriptor{};
 }
 
 void Send(int fd, const std::string& text, int flags) {
@@ -70,7 +68,7 @@ std::string RandomBytes(std::mt19937& random, std::size_t size) {
 }
 
 void MisbehaveOnce(const std::string& path, std::mt19937& random) {
-    const UniqueFd fd = Connect(path);
+    const Descriptor fd = Connect(path);
     const std::string command = kCommands[Fuzz::Below(random, kCommands.size())];
     switch (Fuzz::Below(random, 5)) {
         case 0:
@@ -120,7 +118,7 @@ bool IsAnswer(const std::string& line) {
 bool IsAnswered(const std::string& path, const std::string& command) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     while (std::chrono::steady_clock::now() < deadline) {
-        const UniqueFd fd = Connect(path);
+        const Descriptor fd = Connect(path);
         Send(fd.Get(), command + "\n", 0);
         const std::string answer = ReadLine(fd.Get());
         if (!answer.empty() && answer.find("too many clients") == std::string::npos) {

@@ -8,7 +8,7 @@
 #include <iostream>
 
 #include "DeviceManager/DeviceManagerValues.h"
-#include "DeviceSimulator/FunctionId.h"
+#include "DeviceSimulator/wire/FunctionId.h"
 #include "tests/EndToEnd/Scene.h"
 
 namespace EndToEnd {

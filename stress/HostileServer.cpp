@@ -19,9 +19,10 @@
 #include <thread>
 #include <vector>
 
-#include "IpodControl/ctl/CommandLine.h"
-#include "IpodControl/ctl/Output.h"
-#include "IpodControl/ctl/Picture.h"
+#include "IpodControl/commands/CommandLine.h"
+#include "IpodControl/commands/Output.h"
+#include "IpodControl/commands/ResultText.h"
+#include "ServiceUtil/JsonText.h"
 
 namespace IpodControl {
 namespace {
@@ -95,7 +96,7 @@ std::string Line(Random& random, Json::UInt64 id) {
         value["id"] = Below(random, 10) == 0 ? AnyValue(random, 3) : Json::Value(id);
         value[Below(random, 10) == 0 ? "error" : "result"] = AnyValue(random, 0);
     }
-    std::string line = ToLine(value) + "\n";
+    std::string line = WriteJson(value) + "\n";
     if (Below(random, 8) == 0) {
         for (std::size_t i = Below(random, 6); i > 0; --i) {
             line[Below(random, line.size())] = static_cast<char>(random());
@@ -214,7 +215,7 @@ void CutAnything(Random& random) {
         static const char kLikely[] = {'\xff', '\xda', '\xc0', '\xd9', '\x00', '\x04'};
         bytes += Below(random, 2) == 0 ? OneOf(random, kLikely) : static_cast<char>(random());
     }
-    const auto jpeg = MeasureJpeg(bytes);
+    const auto jpeg = MeasureJpeg(BytesOf(bytes));
     if (!jpeg || jpeg->length > bytes.size()) {
         std::fprintf(stderr, "a picture of %zu bytes is cut wrongly\n", bytes.size());
         std::exit(1);

@@ -7,10 +7,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <random>
-#include <sstream>
 #include <string>
 
-#include "IpodControl/player/View.h"
+#include "IpodControl/view/View.h"
+#include "ServiceUtil/JsonText.h"
 
 namespace {
 
@@ -100,6 +100,12 @@ class Person {
 
     Json::Value Answer(const Json::Value& request) {
         Json::Value answer;
+        if (request.isArray()) {
+            for (const Json::Value& each : request) {
+                answer.append(Or(Answer(each)));
+            }
+            return Or(answer);
+        }
         answer["jsonrpc"] = "2.0";
         answer["id"] = Or(request["id"]);
         const bool isList = request["method"] == "getBrowseList";
@@ -144,14 +150,14 @@ class Person {
     std::mt19937 m_random;
 };
 
-void Hear(Model& model, const Json::Value& value) {
+void Hear(ViewModel& model, const Json::Value& value) {
     // By way of the text, as it would come.
-    if (const auto message = Message::Parse(ToLine(value))) {
+    if (const auto message = Message::Parse(WriteJson(value))) {
         model.Take(*message);
     }
 }
 
-void Look(Person& person, Model& model) {
+void Look(Person& person, ViewModel& model) {
     const Size size{person.Below(60), person.Below(200)};
     model.SetListRows(ListRows(size, model));
     Canvas canvas(size, person.Often(50) ? Charset::Utf8 : Charset::Ascii);
@@ -159,7 +165,7 @@ void Look(Person& person, Model& model) {
 }
 
 /// One connection; gives back how many messages were heard.
-int Visit(Person& person, Model& model, Time& now) {
+int Visit(Person& person, ViewModel& model, Time& now) {
     int heard = 0;
     model.Connected();
     for (int i = 0; i < 300; ++i) {
@@ -168,9 +174,7 @@ int Visit(Person& person, Model& model, Time& now) {
         model.Press(person.Press());
         for (const std::string& line : model.TakeLines()) {
             if (person.Often(95)) {
-                Json::Value request;
-                std::istringstream(line) >> request;
-                Hear(model, person.Answer(request));
+                Hear(model, person.Answer(*ReadJson(line)));
                 ++heard;
             }
         }
@@ -199,7 +203,7 @@ int main(int argc, char** argv) {
     Time now{};
     int heard = 0;
     while (std::chrono::steady_clock::now() < end) {
-        Model model;
+        ViewModel model;
         heard += Visit(person, model, now);
         heard += Visit(person, model, now);
     }

@@ -10,10 +10,10 @@
 #include <thread>
 #include <vector>
 
-#include "DeviceSimulator/CallLog.h"
-#include "DeviceSimulator/Library.h"
-#include "DeviceSimulator/Simulator.h"
-#include "DeviceSimulator/Values.h"
+#include "DeviceSimulator/device/DeviceTypes.h"
+#include "DeviceSimulator/embedded/Simulator.h"
+#include "DeviceSimulator/music/Library.h"
+#include "DeviceSimulator/run/CallLog.h"
 
 namespace DeviceSimulator {
 namespace {

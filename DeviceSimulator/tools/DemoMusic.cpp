@@ -1,13 +1,12 @@
 #include "DeviceSimulator/tools/DemoMusic.h"
 
-#include <png.h>
-
-#include <array>
-#include <cstdio>
 #include <fstream>
-#include <optional>
+#include <string_view>
+#include <system_error>
+#include <utility>
 
-#include "DeviceSimulator/CoverDrawing.h"
+#include "DeviceSimulator/music/CoverDrawing.h"
+#include "DeviceSimulator/music/LibraryText.h"
 #include "DeviceSimulator/tools/DemoMusicMelody.h"
 #include "DeviceSimulator/tools/DemoMusicTags.h"
 
@@ -17,141 +16,46 @@ namespace fs = std::filesystem;
 
 namespace {
 
-enum class PictureFormat : std::uint8_t { kNone, kJpeg, kPng };
-
 struct DemoAlbum {
     const char* artist;
     const char* album;
     const char* genre;
-    const char* composer;
     const char* extension;
     std::uint32_t sampleRate;
     std::uint32_t firstSeconds;  ///< of the first track; each further one is two seconds longer
-    PictureFormat format;
-    PictureSize size;
-    std::array<const char*, 4> titles;  ///< null: no further one
+    std::uint32_t coverWidth;    ///< 0: none
+    std::uint32_t coverHeight;
+    const char* titles;  ///< '|' between them
     std::uint32_t discs = 1;
 };
 
 // The lossless ones are short, so that all of it stays small.
-constexpr std::array<DemoAlbum, 7> kDemoAlbums{{
-    {"The Gravel Choir",
-     "First Rehearsal",
-     "Folk",
-     "H. Tolliver",
-     ".mp3",
-     44100,
-     12,
-     PictureFormat::kJpeg,
-     {640, 640},
-     {"Warm-Up in D", "The Stone Quarry", "Seven Sparrows", "Closing the Hall"}},
-    {"The Gravel Choir",
-     "Encore, Unplanned",
-     "Folk",
-     "H. Tolliver",
-     ".flac",
-     44100,
-     5,
-     PictureFormat::kPng,
-     {480, 480},
-     {"One More for the Caretaker", "\"Again!\"", "Lights Out", nullptr}},
-    {"Juno Petrakis",
-     "Slow Circuits",
-     "Electronic",
-     "",
-     ".ogg",
-     48000,
-     14,
-     PictureFormat::kJpeg,
-     {320, 320},
-     {"Solder", "Capacitor Hymn", "12 Volts", "afterglow"}},
-    {"Juno Petrakis",
-     "B-Sides & Bicycles",
-     "Electronic",
-     "",
-     ".mp3",
-     48000,
-     9,
-     PictureFormat::kNone,
-     {},
-     {"Puncture Repair", "Downhill, No Hands", "Bell", nullptr}},
-    {"月見坂楽団",
-     "夜明けの散歩道",
-     "J-Pop",
-     "小野寺さやか",
-     ".opus",
-     48000,
-     10,
-     PictureFormat::kPng,
-     {300, 300},
-     {"夜明けの散歩道", "猫と自動販売機", "坂の上のラジオ", nullptr}},
-    {"Osric Vane",
-     "Diary in Two Halves",
-     "Singer-Songwriter",
-     "Osric Vane",
-     ".mp3",
-     44100,
-     16,
-     PictureFormat::kJpeg,
-     {600, 300},
-     {"January Kettle", "Attic Window", "The Last Page", nullptr},
-     2},
-    {"Osric Vane",
-     "Letters, Unsent",
-     "Singer-Songwriter",
-     "Osric Vane",
-     ".m4a",
-     44100,
-     8,
-     PictureFormat::kJpeg,
-     {500, 500},
-     {"Blotting Paper", "Return to Sender", "P.S.", nullptr}},
-}};
+constexpr DemoAlbum kDemoAlbums[] = {
+    {"The Gravel Choir", "First Rehearsal", "Folk", ".mp3", 44100, 12, 640, 640,
+     "Warm-Up in D|The Stone Quarry|Seven Sparrows|Closing the Hall"},
+    {"The Gravel Choir", "Encore, Unplanned", "Folk", ".flac", 44100, 5, 480, 480,
+     "One More for the Caretaker|\"Again!\"|Lights Out"},
+    {"Juno Petrakis", "Slow Circuits", "Electronic", ".ogg", 48000, 14, 320, 320,
+     "Solder|Capacitor Hymn|12 Volts|afterglow"},
+    {"Juno Petrakis", "B-Sides & Bicycles", "Electronic", ".mp3", 48000, 9, 0, 0,
+     "Puncture Repair|Downhill, No Hands|Bell"},
+    {"月見坂楽団", "夜明けの散歩道", "J-Pop", ".opus", 48000, 10, 300, 300,
+     "夜明けの散歩道|猫と自動販売機|坂の上のラジオ"},
+    {"Osric Vane", "Diary in Two Halves", "Singer-Songwriter", ".mp3", 44100, 16, 600, 300,
+     "January Kettle|Attic Window|The Last Page", 2},
+    {"Osric Vane", "Letters, Unsent", "Singer-Songwriter", ".m4a", 44100, 8, 500, 500,
+     "Blotting Paper|Return to Sender|P.S."},
+};
 
-std::optional<std::vector<std::uint8_t>> EncodePng(const RgbImage& image) {
-    png_image head{};
-    head.version = PNG_IMAGE_VERSION;
-    head.width = image.size.width;
-    head.height = image.size.height;
-    head.format = PNG_FORMAT_RGB;
-    std::vector<std::uint8_t> bytes(PNG_IMAGE_PNG_SIZE_MAX(head));
-    png_alloc_size_t size = bytes.size();
-    if (png_image_write_to_memory(&head, bytes.data(), &size, 0, image.pixels.data(), 0, nullptr) == 0) {
-        return std::nullopt;
-    }
-    bytes.resize(size);
-    return bytes;
-}
-
+/// A PNG where the sound is not lossy either.
 std::vector<DemoPicture> PicturesOf(const DemoAlbum& album) {
-    if (album.format == PictureFormat::kNone) {
+    constexpr int kQuality = 90;
+    if (album.coverWidth == 0) {
         return {};
     }
-    const RgbImage image = DrawCoverImage(album.size, album.album, album.artist);
-    if (album.format == PictureFormat::kPng) {
-        auto png = EncodePng(image);
-        return png ? std::vector<DemoPicture>{{std::move(*png), true}} : std::vector<DemoPicture>{};
-    }
-    auto jpeg = EncodeJpeg(image);
-    return jpeg ? std::vector<DemoPicture>{{std::move(jpeg->bytes), true}} : std::vector<DemoPicture>{};
-}
-
-std::uint32_t TitleCount(const DemoAlbum& album) {
-    return album.titles.back() == nullptr ? 3 : 4;
-}
-
-TrackTags TagsOf(const DemoAlbum& album, std::uint32_t number) {
-    const std::uint32_t perDisc = (TitleCount(album) + album.discs - 1) / album.discs;
-    TrackTags tags;
-    tags.title = album.titles[number];
-    tags.artist = album.artist;
-    tags.album = album.album;
-    tags.albumArtist = album.artist;
-    tags.genre = album.genre;
-    tags.composer = album.composer;
-    tags.disc = number / perDisc + 1;
-    tags.track = number % perDisc + 1;
-    return tags;
+    const RgbImage image = DrawCoverImage({album.coverWidth, album.coverHeight}, album.album, album.artist);
+    const bool isPng = album.extension == std::string_view(".flac");
+    return {{isPng ? EncodePng(image) : EncodeJpeg(image, kQuality).value_or(std::vector<std::uint8_t>())}};
 }
 
 /// Relative to the folder of the demo's music; plain characters only, for whatever lists it.
@@ -163,14 +67,23 @@ fs::path FileOf(std::size_t album, std::uint32_t number) {
 DemoError MakeAlbum(const fs::path& folder, std::size_t number) {
     const DemoAlbum& album = kDemoAlbums[number];
     const auto pictures = PicturesOf(album);
-    for (std::uint32_t track = 0; track < TitleCount(album); ++track) {
+    const auto titles = Split(album.titles, '|');
+    const auto perDisc = (static_cast<std::uint32_t>(titles.size()) + album.discs - 1) / album.discs;
+    TrackTags tags;
+    tags.artist = tags.albumArtist = tags.composer = album.artist;
+    tags.album = album.album;
+    tags.genre = album.genre;
+    for (std::uint32_t track = 0; track < titles.size(); ++track) {
+        tags.title = titles[track];
+        tags.disc = track / perDisc + 1;
+        tags.track = track % perDisc + 1;
         const fs::path path = folder / FileOf(number, track);
         const auto seed = static_cast<std::uint32_t>(4 * number + track);
         const auto melody = MakeMelody(seed, album.sampleRate, album.firstSeconds + 2 * track);
         if (auto error = EncodeFile(path, melody, album.sampleRate); !error.empty()) {
             return error;
         }
-        if (!WriteTags(path, TagsOf(album, track), pictures)) {
+        if (!WriteTags(path, tags, pictures)) {
             return "Cannot write the tags of " + path.string();
         }
     }
@@ -192,10 +105,7 @@ DemoError MakePlaylist(const fs::path& folder) {
 }  // namespace
 
 DemoError MakeDemoMusic(const fs::path& folder) {
-    if (auto error = CheckEncoders(); !error.empty()) {
-        return error;
-    }
-    for (std::size_t album = 0; album < kDemoAlbums.size(); ++album) {
+    for (std::size_t album = 0; album < std::size(kDemoAlbums); ++album) {
         std::error_code error;
         const fs::path albumFolder = folder / FileOf(album, 0).parent_path();
         fs::create_directories(albumFolder, error);

@@ -5,7 +5,7 @@
 #include <array>
 #include <memory>
 
-#include "DeviceSimulator/GstreamerOwned.h"
+#include "DeviceSimulator/media/GstreamerOwned.h"
 
 namespace DeviceSimulator {
 
@@ -24,24 +24,6 @@ constexpr std::array<Encoder, 5> kEncoders{{
     {".ogg", "vorbisenc quality=0.1 ! oggmux"},
     {".opus", "opusenc bitrate=48000 complexity=0 ! oggmux"},
     {".m4a", "avenc_aac bitrate=64000 ! mp4mux"},
-}};
-
-struct NeededElement {
-    const char* element;
-    const char* package;
-};
-
-constexpr std::array<NeededElement, 10> kNeeded{{
-    {"filesink", "libgstreamer1.0-0"},
-    {"appsrc", "gstreamer1.0-plugins-base"},
-    {"audioconvert", "gstreamer1.0-plugins-base"},
-    {"oggmux", "gstreamer1.0-plugins-base"},
-    {"vorbisenc", "gstreamer1.0-plugins-base"},
-    {"opusenc", "gstreamer1.0-plugins-base"},
-    {"flacenc", "gstreamer1.0-plugins-good"},
-    {"lamemp3enc", "gstreamer1.0-plugins-good"},
-    {"mp4mux", "gstreamer1.0-plugins-good"},
-    {"avenc_aac", "gstreamer1.0-libav"},
 }};
 
 DemoError TextOf(GError* error, const std::filesystem::path& path) {
@@ -86,23 +68,10 @@ DemoError WaitForEnd(GstElement* pipeline, const std::filesystem::path& path) {
     return TextOf(error, path);
 }
 
-}  // namespace
-
-DemoError CheckEncoders() {
-    gst_init(nullptr, nullptr);
-    for (const NeededElement& needed : kNeeded) {
-        const std::unique_ptr<GstElementFactory, decltype(&gst_object_unref)> factory(
-            gst_element_factory_find(needed.element), gst_object_unref);
-        if (!factory) {
-            return std::string("The GStreamer element '") + needed.element +
-                   "' is missing; install the Debian package " + needed.package;
-        }
-    }
-    return {};
-}
-
+/// `encoder`: a pipeline between the sound and the file.
 DemoError EncodeWith(std::string_view encoder, const std::filesystem::path& path,
                      const std::vector<std::int16_t>& samples, std::uint32_t sampleRate) {
+    gst_init(nullptr, nullptr);
     const std::string description =
         "appsrc name=source format=time ! audioconvert ! " + std::string(encoder) + " ! filesink name=sink";
     // Ogg streams are numbered by chance: the same chance each time makes the same file.
@@ -118,6 +87,8 @@ DemoError EncodeWith(std::string_view encoder, const std::filesystem::path& path
     PushAll(source.get(), samples, sampleRate);
     return WaitForEnd(pipeline.get(), path);
 }
+
+}  // namespace
 
 DemoError EncodeFile(const std::filesystem::path& path, const std::vector<std::int16_t>& samples,
                      std::uint32_t sampleRate) {

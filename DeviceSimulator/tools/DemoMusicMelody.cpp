@@ -5,63 +5,41 @@
 #include <cmath>
 #include <cstddef>
 
-#include "DeviceSimulator/LibraryRandom.h"
+#include "DeviceSimulator/music/LibraryRandom.h"
 
 namespace DeviceSimulator {
-
-using Samples = std::vector<std::int16_t>;
 
 namespace {
 
 constexpr double kTwoPi = 6.283185307179586;
-// Any walk over these five notes sounds like a tune.
-constexpr std::array<int, 5> kPentatonic{0, 2, 4, 7, 9};
+// Any walk over these notes, in semitones, sounds like a tune.
+constexpr std::array<int, 13> kNotes{0, 2, 4, 7, 9, 12, 14, 16, 19, 21, 24, 26, 28};
 
-double Frequency(std::uint32_t step, double root) {
-    const auto octave = static_cast<int>(step / kPentatonic.size());
-    const int semitones = 12 * octave + kPentatonic[step % kPentatonic.size()];
-    return root * std::exp2(semitones / 12.0);
-}
-
-/// How loud a struck note is at `time`, -1 to 1: two partials that die away, without a click at either end.
+/// How loud a struck note is at `time`, -1 to 1: it dies away, without a click at either end.
 double Level(double frequency, double time, double length) {
-    const double phase = kTwoPi * frequency * time;
     const double edge = std::min({1.0, time * 200, (length - time) * 100});
-    return edge * std::exp(-2.5 * time) * (0.8 * std::sin(phase) + 0.2 * std::sin(2 * phase));
-}
-
-Samples MakeNote(double frequency, double seconds, std::uint32_t sampleRate) {
-    Samples samples;
-    const auto frames = static_cast<std::size_t>(seconds * sampleRate);
-    samples.reserve(2 * frames);
-    for (std::size_t frame = 0; frame < frames; ++frame) {
-        const double time = static_cast<double>(frame) / sampleRate;
-        const auto sample = static_cast<std::int16_t>(std::lround(12000 * Level(frequency, time, seconds)));
-        samples.insert(samples.end(), {sample, sample});
-    }
-    return samples;
+    return edge * std::exp(-2.5 * time) * std::sin(kTwoPi * frequency * time);
 }
 
 }  // namespace
 
-Samples MakeMelody(std::uint32_t seed, std::uint32_t sampleRate, std::uint32_t seconds) {
+std::vector<std::int16_t> MakeMelody(std::uint32_t seed, std::uint32_t sampleRate, std::uint32_t seconds) {
     LibraryRandom random(std::uint64_t{seed});
     const double root = 220.0 * std::exp2(random.Below(12) / 12.0);
-    const double noteLength = 0.2 + 0.05 * random.Below(5);
-    std::array<Samples, 13> notes;  // made when first struck
-    const std::size_t size = std::size_t{2} * sampleRate * seconds;
-    Samples samples;
-    samples.reserve(size);
-    std::uint32_t step = 5;
-    while (samples.size() < size) {
-        // Up to two steps down or up.
-        step = std::min<std::uint32_t>(notes.size() - 1, std::max(step, 2U) - 2 + random.Below(5));
-        Samples& note = notes[step];
-        if (note.empty()) {
-            note = MakeNote(Frequency(step, root), noteLength, sampleRate);
+    const double length = 0.2 + 0.05 * random.Below(5);
+    const auto noteFrames = static_cast<std::size_t>(length * sampleRate);
+    std::vector<std::int16_t> samples(std::size_t{2} * sampleRate * seconds);
+    std::uint32_t note = 5;
+    double frequency = 0;
+    for (std::size_t frame = 0; frame < samples.size() / 2; ++frame) {
+        if (frame % noteFrames == 0) {
+            // Up to two steps down or up.
+            note = std::min<std::uint32_t>(kNotes.size() - 1, std::max(note, 2U) - 2 + random.Below(5));
+            frequency = root * std::exp2(kNotes[note] / 12.0);
         }
-        const auto length = static_cast<std::ptrdiff_t>(std::min(note.size(), size - samples.size()));
-        samples.insert(samples.end(), note.begin(), note.begin() + length);
+        const double time = static_cast<double>(frame % noteFrames) / sampleRate;
+        const auto sample = static_cast<std::int16_t>(12000 * Level(frequency, time, length));
+        samples[2 * frame] = samples[2 * frame + 1] = sample;
     }
     return samples;
 }

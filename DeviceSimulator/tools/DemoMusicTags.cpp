@@ -6,6 +6,7 @@
 #include <id3v2tag.h>
 #include <mp4file.h>
 #include <mpegfile.h>
+#include <png.h>
 #include <tpropertymap.h>
 #include <wavfile.h>
 #include <xiphcomment.h>
@@ -86,11 +87,25 @@ TagLib::PropertyMap PropertiesOf(const TrackTags& tags) {
     set("COMPOSER", tags.composer);
     set("DISCNUMBER", number(tags.disc));
     set("TRACKNUMBER", number(tags.track));
-    set("COMPILATION", tags.compilation ? "1" : "");
+    set("COMPILATION", tags.compilation != 0 ? "1" : "");
     return properties;
 }
 
 }  // namespace
+
+std::vector<std::uint8_t> EncodePng(const RgbImage& image) {
+    png_image head{};
+    head.version = PNG_IMAGE_VERSION;
+    head.width = image.size.width;
+    head.height = image.size.height;
+    head.format = PNG_FORMAT_RGB;
+    std::vector<std::uint8_t> bytes(PNG_IMAGE_PNG_SIZE_MAX(head));
+    png_alloc_size_t size = bytes.size();
+    const bool isDone =
+        png_image_write_to_memory(&head, bytes.data(), &size, 0, image.pixels.data(), 0, nullptr) != 0;
+    bytes.resize(isDone ? size : 0);
+    return bytes;
+}
 
 bool WriteTags(const std::filesystem::path& path, const TrackTags& tags,
                std::span<const DemoPicture> pictures) {

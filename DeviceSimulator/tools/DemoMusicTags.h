@@ -7,7 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "DeviceSimulator/LibraryBuilder.h"
+#include "DeviceSimulator/helper/MediaProtocol.h"
+#include "ServiceUtil/JpegImage.h"
 
 namespace DeviceSimulator {
 
@@ -15,6 +16,9 @@ struct DemoPicture {
     std::vector<std::uint8_t> bytes;  ///< a JPEG or PNG
     bool isFront = true;
 };
+
+/// None where it cannot be encoded.
+std::vector<std::uint8_t> EncodePng(const RgbImage& image);
 
 /// Writes what of `tags` is not empty, and the pictures, into an mp3, flac, ogg, opus, wav or m4a file. False
 /// when the file cannot be written.

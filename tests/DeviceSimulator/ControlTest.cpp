@@ -8,7 +8,7 @@
 #include <cstring>
 #include <sstream>
 
-#include "DeviceSimulator/ControlServer.h"
+#include "DeviceSimulator/control/ControlServer.h"
 #include "ScratchFolder.h"
 #include "SimulatorFixture.h"
 
@@ -44,7 +44,7 @@ class Connection {
     }
 
   private:
-    UniqueFd m_socket;
+    Descriptor m_socket;
 };
 
 class ControlTest : public SimulatorTest {
@@ -217,12 +217,19 @@ TEST_F(ControlTest, BusyCallsAreCountedAndReleased) {
     EXPECT_TRUE(IsDone(wait + ",'times':2}") && !IsDone(wait + ",'times':3}"));
 }
 
-TEST_F(ControlTest, TheSoundDevicesVanishAndReturn) {
+TEST_F(ControlTest, TheSoundDevicesVanishReturnAndFalter) {
     setenv("DEVICE_SIMULATOR_AUDIO", folder.Path().c_str(), 1);
     EXPECT_EQ(Do("{'command':'sound','capture':'gone'}")["sound"]["playback"], "there");
     EXPECT_TRUE(std::filesystem::exists(folder.Path() / "capture.gone"));
     EXPECT_EQ(Do("{'command':'sound','capture':'there','playback':'gone'}")["sound"]["capture"], "there");
     EXPECT_FALSE(std::filesystem::exists(folder.Path() / "capture.gone"));
+    Do("{'command':'sound','playback':'there','ppm':-250,'refuse':48000,'xrun':'capture'}");
+    const auto sound = Do("{'command':'sound'}")["sound"];
+    EXPECT_EQ(sound["ppm"], -250);
+    EXPECT_EQ(sound["refuse"], 48000);
+    EXPECT_TRUE(std::filesystem::exists(folder.Path() / "capture.xrun"));
+    EXPECT_FALSE(IsDone("{'command':'sound','ppm':100001}"));
+    EXPECT_EQ(Do("{'command':'sound','ppm':0,'refuse':0}")["sound"].size(), 2U);
     unsetenv("DEVICE_SIMULATOR_AUDIO");
 }
 
@@ -255,7 +262,7 @@ TEST_F(ControlTest, TheSocketIsPrivateAndReplacesOnlyADeadOne) {
     server.reset();
     EXPECT_FALSE(std::filesystem::exists(path));
     {
-        const UniqueFd dead(socket(AF_UNIX, SOCK_STREAM, 0));
+        const Descriptor dead(socket(AF_UNIX, SOCK_STREAM, 0));
         const sockaddr_un address = AddressOf(path);
         ASSERT_EQ(bind(dead.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
     }

@@ -1,10 +1,10 @@
-#include "DeviceSimulator/DeviceEvents.h"
+#include "DeviceSimulator/device/DeviceEvents.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "DeviceSimulator/Text.h"
+#include "DeviceSimulator/device/FieldText.h"
 
 namespace DeviceSimulator {
 namespace {

@@ -11,6 +11,56 @@ namespace {
 
 using DeviceLifeTest = SimulatorTest;
 
+TEST_F(DeviceLifeTest, AHubHangsOnNothingThatIsNoHub) {
+    Simulator& simulator = Simulator::Instance();
+    DeviceDescription hub;
+    hub.type = DEV_MGR_DEVICE_TYPE_HUB;
+    hub.hub = 1;  // as itself would be numbered
+    EXPECT_EQ(simulator.Plug(hub), 0U);
+    hub.handle = hub.hub = 7;
+    EXPECT_EQ(simulator.Plug(hub), 0U);
+    hub.hub = 0;
+    EXPECT_EQ(simulator.Plug(hub), 7U);
+    EXPECT_TRUE(simulator.Unplug(7));
+}
+
+TEST_F(DeviceLifeTest, TheEnvironmentNamesAPlayerAStickOrNothing) {
+    const std::map<std::string, u32> words{{"iap", DEV_MGR_DEVICE_TYPE_IAP_2WIRE},
+                                           {"stick", DEV_MGR_DEVICE_TYPE_USB_FAT_32},
+                                           {"hub", DEV_MGR_DEVICE_TYPE_IAP2_2WIRE}};
+    for (const auto& [word, type] : words) {
+        setenv("DEVICE_SIMULATOR_DEVICE", word.c_str(), 1);
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(OptionsFromEnvironment().devices.at(0).type, type);
+        const std::string told = testing::internal::GetCapturedStderr();
+        EXPECT_EQ(told.find("is 'hub'; it takes iap2, iap, stick or none") != std::string::npos,
+                  word == "hub");
+    }
+    setenv("DEVICE_SIMULATOR_DEVICE", "none", 1);
+    EXPECT_TRUE(OptionsFromEnvironment().devices.empty());
+    unsetenv("DEVICE_SIMULATOR_DEVICE");
+}
+
+TEST_F(DeviceLifeTest, APhoneWhoseProcessIsNoMorePlaysOn) {
+    OpenPlayer();
+    ASSERT_EQ(eDevMgriPodSelectCategorizedIndex(ph, dh, DEV_MGR_CATEGORY_TRACK, 4), DEV_MGR_SUCCESS);
+    ASSERT_EQ(eSelectNowPlayingIndex(ph, dh, 5), DEV_MGR_SUCCESS);
+    Pass(1500ms);
+    Simulator::Instance().Drain();
+    Engine::Instance().Loop().Abandon(ph);
+    EXPECT_EQ(eDevMgriPodPause(ph, dh), u32{DEV_MGR_PROCESS_NOT_REGISTERED});
+    Pass(1500ms);
+    Simulator::Instance().Drain();
+    ph = Register();
+    ASSERT_EQ(eDevMgrOpenDevice(ph, dh), DEV_MGR_SUCCESS);
+    EXPECT_EQ(TakeEventText(), "new-track-sample-rate=48000") << "who comes anew has heard of none";
+    EXPECT_EQ(Title(), "Title 05");
+    u32 elapsed = 0;
+    u32 total = 0;
+    EXPECT_EQ(eDevMgriPodGetPlayingTrackElapsedAndTotaltime(ph, dh, &elapsed, &total), DEV_MGR_SUCCESS);
+    EXPECT_EQ(elapsed, 3000U);
+}
+
 TEST_F(DeviceLifeTest, ThePlayerComesAWhileAfterTheFirstRegistrationAndBuildsItsDatabase) {
     SimulatorOptions options;
     options.devices.push_back({});
@@ -42,7 +92,7 @@ TEST_F(DeviceLifeTest, ThePlayerComesAWhileAfterTheFirstRegistrationAndBuildsIts
 }
 
 TEST_F(DeviceLifeTest, ADatabaseIsDoneNeitherBeforeItsTimeNorBeforeItsMusic) {
-    MusicSource& music = Engine::Instance().Music();
+    const auto music = Engine::Instance().Music();
     std::promise<void> told, rest;
     const auto maker = [&](const LibraryProgress& progress) -> std::shared_ptr<const Library> {
         progress(59);
@@ -50,7 +100,7 @@ TEST_F(DeviceLifeTest, ADatabaseIsDoneNeitherBeforeItsTimeNorBeforeItsMusic) {
         rest.get_future().wait();
         throw std::runtime_error("no such disk");
     };
-    music.Reset(maker, [] { Engine::Instance().Loop().ClockMoved(); });
+    music->Reset(maker, [] { Engine::Instance().Loop().ClockMoved(); });
     dh = Simulator::Instance().Plug({});
     ASSERT_EQ(eDevMgrOpenDevice(ph, dh), DEV_MGR_SUCCESS);
     char path[] = "./Phone.db";
@@ -63,8 +113,8 @@ TEST_F(DeviceLifeTest, ADatabaseIsDoneNeitherBeforeItsTimeNorBeforeItsMusic) {
     Pass(5s);
     EXPECT_EQ(TakeEventText(), "db-build-progress-info=40 db-build-progress-info=50");
     rest.set_value();
-    EXPECT_EQ(music.Get()->TrackCount(), 0U);
-    ASSERT_TRUE(TestSupport::WaitUntil([&] { return *music.Progress() >= 100; }));
+    EXPECT_EQ(music->Get()->TrackCount(), 0U);
+    ASSERT_TRUE(TestSupport::WaitUntil([&] { return *music->Progress() >= 100; }));
     EXPECT_EQ(TakeEventText(),
               "db-build-progress-info=60 db-build-progress-info=70 db-build-progress-info=80 "
               "db-build-progress-info=90 db-build-progress-info=100");

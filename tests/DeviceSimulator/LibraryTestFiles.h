@@ -2,7 +2,6 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <png.h>
 #include <zlib.h>
 
 #include <cstdint>
@@ -10,9 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "DeviceSimulator/CoverDrawing.h"
-#include "DeviceSimulator/LibraryBuilder.h"
-#include "DeviceSimulator/PictureCodec.h"
+#include "DeviceSimulator/music/CoverDrawing.h"
+#include "DeviceSimulator/music/LibraryBuilder.h"
 #include "DeviceSimulator/tools/DemoMusicTags.h"
 #include "ScratchFolder.h"
 
@@ -28,6 +26,12 @@ inline void WriteMp3(const ScratchFolder& folder, const std::filesystem::path& n
     std::string frame(417, '\0');
     frame.replace(0, 4, "\xFF\xFB\x90\x64");
     EXPECT_TRUE(WriteTags(folder.Write(name, frame + frame + frame + frame), tags, pictures)) << name;
+}
+
+/// Reads the size that a JPEG says it has.
+inline ImageSize SizeOf(const Bytes& jpeg) {
+    const auto cost = ReadJpegCost(jpeg);
+    return cost ? ImageSize{cost->width, cost->height} : ImageSize();
 }
 
 inline TrackTags Tags(std::string title, std::string artist, std::string album, std::uint32_t disc = 0,
@@ -50,26 +54,16 @@ inline Names NamesOf(const Library& library, const std::vector<PathStep>& path, 
     return names;
 }
 
-inline Bytes MakeJpeg(PictureSize size) {
-    return EncodeJpeg(DrawCoverImage(size, "name", "artist")).value().bytes;
+inline Bytes MakeJpeg(ImageSize size) {
+    return EncodeJpeg(DrawCoverImage(size, "name", "artist"), 75).value();
 }
 
-inline Bytes MakePng(PictureSize size) {
-    const RgbImage image = DrawCoverImage(size, "name", "artist");
-    png_image head{};
-    head.version = PNG_IMAGE_VERSION;
-    head.width = size.width;
-    head.height = size.height;
-    head.format = PNG_FORMAT_RGB;
-    png_alloc_size_t length = PNG_IMAGE_PNG_SIZE_MAX(head);
-    Bytes bytes(length);
-    EXPECT_NE(png_image_write_to_memory(&head, bytes.data(), &length, 0, image.pixels.data(), 0, nullptr), 0);
-    bytes.resize(length);
-    return bytes;
+inline Bytes MakePng(ImageSize size) {
+    return EncodePng(DrawCoverImage(size, "name", "artist"));
 }
 
 /// A PNG with a sound head that claims `size`, and next to nothing behind it.
-inline Bytes MakePngClaiming(PictureSize size) {
+inline Bytes MakePngClaiming(ImageSize size) {
     Bytes bytes = MakePng({1, 1});
     const auto put = [&bytes](std::size_t at, std::uint32_t value) {
         for (int shift = 24; shift >= 0; shift -= 8) {

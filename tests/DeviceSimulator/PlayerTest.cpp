@@ -1,4 +1,4 @@
-#include "DeviceSimulator/Player.h"
+#include "DeviceSimulator/device/Player.h"
 
 #include <numeric>
 #include <set>

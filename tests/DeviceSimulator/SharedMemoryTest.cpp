@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "DeviceSimulator/Artwork.h"
+#include "DeviceSimulator/device/Artwork.h"
 #include "ScratchFolder.h"
 #include "SimulatorFixture.h"
 

@@ -12,11 +12,11 @@
 #include <string>
 #include <vector>
 
-#include "DeviceSimulator/Engine.h"
-#include "DeviceSimulator/Environment.h"
-#include "DeviceSimulator/EventNames.h"
-#include "DeviceSimulator/LibraryBuilder.h"
-#include "DeviceSimulator/Simulator.h"
+#include "DeviceSimulator/control/EventNames.h"
+#include "DeviceSimulator/embedded/Simulator.h"
+#include "DeviceSimulator/music/LibraryBuilder.h"
+#include "DeviceSimulator/run/Engine.h"
+#include "DeviceSimulator/run/Environment.h"
 
 namespace DeviceSimulator::Test {
 
@@ -32,7 +32,7 @@ inline std::shared_ptr<const Library> MakeTestLibrary() {
         return kind + std::string(number < 10 ? " 0" : " ") + std::to_string(number);
     };
     LibraryBuilder builder;
-    const auto covers = std::make_shared<MemoryCovers>();
+    const auto covers = std::make_shared<CoverFolder>("", false);
     ItemList backwards;
     for (std::uint32_t t = 0; t < kTracks; ++t) {
         TrackTags tags;
@@ -45,8 +45,9 @@ inline std::shared_ptr<const Library> MakeTestLibrary() {
         const auto added = builder.Add(tags);
         backwards.insert(backwards.begin(), added.track);
         if (t >= 3) {
-            const auto number = static_cast<std::uint8_t>(t / 3);
-            builder.SetCover(added.album, covers->Keep({}, {{0xFF, 0xD8, number}, 2, 3}));
+            const CoverKey key{std::to_string(t / 3), 2, 3};
+            covers->Keep(key, std::string("\xFF\xD8") + static_cast<char>(t / 3));
+            builder.SetCover(added.album, covers->Number(key));
         }
     }
     builder.AddPlaylist("Backwards", backwards);

@@ -2,10 +2,12 @@
 
 #include <arpa/inet.h>
 #include <sys/un.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdlib>
 #include <sstream>
 #include <system_error>
 
@@ -18,8 +20,8 @@ bool IsNotification(const Json::Value& value) {
 }
 
 template <typename Address>
-UniqueFd Connect(const Address& to, int family, int receiveBuffer) {
-    UniqueFd fd(socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0));
+Descriptor Connect(const Address& to, int family, int receiveBuffer) {
+    Descriptor fd(socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0));
     // A receive or a send that takes longer fails with EAGAIN.
     const timeval patience{
         std::chrono::duration_cast<std::chrono::seconds>(kPatience).count() * TEST_TIME_SCALE, 0};
@@ -32,13 +34,26 @@ UniqueFd Connect(const Address& to, int family, int receiveBuffer) {
     return fd;
 }
 
-UniqueFd Connect(const std::string& address, int receiveBuffer) {
+Descriptor Connect(const std::string& address, int receiveBuffer) {
     if (address.front() != '/')
         return Connect(ServiceAddress(address), AF_INET, receiveBuffer);
     sockaddr_un path{};
     path.sun_family = AF_UNIX;
     address.copy(path.sun_path, sizeof path.sun_path - 1);
     return Connect(path, AF_UNIX, receiveBuffer);
+}
+
+/// Not open unless IPOD_WIRE_FOLDER is set and the connection is one to the service.
+std::ofstream OpenRecord(const std::string& address) {
+    std::ofstream record;
+    const char* folder = std::getenv("IPOD_WIRE_FOLDER");
+    if (folder != nullptr && address.front() != '/') {
+        // Process ids are not unique: every sandbox has its own.
+        std::string path = std::string(folder) + "/wire-XXXXXX";
+        close(mkstemp(path.data()));
+        record.open(path, std::ios::binary);
+    }
+    return record;
 }
 
 }  // namespace
@@ -77,7 +92,8 @@ std::string Request(const std::string& method, int id, const std::string& params
     return ToLine(request);
 }
 
-Client::Client(const std::string& address, int receiveBuffer) : m_fd(Connect(address, receiveBuffer)) {}
+Client::Client(const std::string& address, int receiveBuffer)
+    : m_fd(Connect(address, receiveBuffer)), m_record(OpenRecord(address)) {}
 
 Json::Value Client::Call(const std::string& method, const std::string& params) {
     const int id = ++m_lastId;
@@ -125,6 +141,7 @@ Json::Value Client::NextMessage(Clock::time_point deadline) {
 }
 
 void Client::Send(std::string_view bytes) {
+    Record('>', bytes);
     while (!bytes.empty()) {
         const ssize_t sent = send(m_fd.Get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
         if (sent < 0 && errno == EAGAIN)
@@ -147,7 +164,8 @@ bool Client::WaitForHangUp() {
 
 void Client::Skip(std::size_t bytes) {
     std::string dropped(bytes, '\0');
-    recv(m_fd.Get(), dropped.data(), dropped.size(), MSG_DONTWAIT);
+    const ssize_t got = recv(m_fd.Get(), dropped.data(), dropped.size(), MSG_DONTWAIT);
+    Record('<', std::string_view(dropped).substr(0, static_cast<std::size_t>(std::max<ssize_t>(got, 0))));
 }
 
 bool Client::Receive() {
@@ -155,15 +173,24 @@ bool Client::Receive() {
     const ssize_t got = recv(m_fd.Get(), buffer.data(), buffer.size(), 0);
     if (got < 0 && errno == EAGAIN)
         throw std::runtime_error("timed out receiving; so far: " + m_received.substr(0, 200));
-    if (got > 0)
-        m_received.append(buffer.data(), static_cast<std::size_t>(got));
-    return got > 0;
+    if (got <= 0)
+        return false;
+    const std::string_view bytes(buffer.data(), static_cast<std::size_t>(got));
+    Record('<', bytes);
+    m_received.append(bytes);
+    return true;
+}
+
+/// A direction and a length on a line, then the bytes.
+void Client::Record(char direction, std::string_view bytes) {
+    if (m_record.is_open())
+        m_record << direction << bytes.size() << '\n' << bytes;
 }
 
 void Client::Abort() {
     const linger reset{1, 0};
     setsockopt(m_fd.Get(), SOL_SOCKET, SO_LINGER, &reset, sizeof reset);
-    m_fd = UniqueFd();
+    m_fd = Descriptor();
 }
 
 }  // namespace EndToEnd

@@ -5,17 +5,17 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 
+#include <fstream>
 #include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "DeviceSimulator/UniqueFd.h"
+#include "ServiceUtil/Descriptor.h"
 #include "tests/Support/Deadline.h"
 
 namespace EndToEnd {
 
-using DeviceSimulator::UniqueFd;
 using std::chrono::milliseconds;
 using TestSupport::Clock;
 using TestSupport::In;
@@ -36,7 +36,8 @@ std::string ToLine(const Json::Value& value);
 /// The text of a request, without a newline. `params`: as for Quoted.
 std::string Request(const std::string& method, int id, const std::string& params = "null");
 
-/// Every wait throws std::runtime_error at its deadline.
+/// Every wait throws std::runtime_error at its deadline. With IPOD_WIRE_FOLDER in the environment, what goes
+/// to and fro on a connection to the service is kept in a file there.
 class Client {
   public:
     /// A TCP client of an address, or a client of the Unix socket at a path. Throws std::system_error when
@@ -75,8 +76,10 @@ class Client {
     Json::Value NextMessage(Clock::time_point deadline);
     /// False at the end of the stream.
     bool Receive();
+    void Record(char direction, std::string_view bytes);
 
-    UniqueFd m_fd;
+    Descriptor m_fd;
+    std::ofstream m_record;
     std::string m_received;
     std::vector<std::string> m_history;
     std::size_t m_nextAsked = 0;  // in m_history

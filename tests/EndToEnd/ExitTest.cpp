@@ -94,7 +94,7 @@ class StuckOutput {
     StuckOutput() {
         std::filesystem::remove(ServiceProcess::kStandardOutput);
         mkfifo(ServiceProcess::kStandardOutput, 0600);
-        m_pipe = UniqueFd(open(ServiceProcess::kStandardOutput, O_RDWR | O_NONBLOCK | O_CLOEXEC));
+        m_pipe = Descriptor(open(ServiceProcess::kStandardOutput, O_RDWR | O_NONBLOCK | O_CLOEXEC));
     }
     ~StuckOutput() { std::filesystem::remove(ServiceProcess::kStandardOutput); }
     StuckOutput(const StuckOutput&) = delete;
@@ -106,14 +106,10 @@ class StuckOutput {
     }
 
   private:
-    UniqueFd m_pipe;
+    Descriptor m_pipe;
 };
 
 TEST(ExitTest, SecondSignalEndsAServiceWhoseLogIsStuck) {
-#ifdef __SANITIZE_THREAD__
-    GTEST_SKIP()
-        << "under ThreadSanitizer's runtime the process does not end beside a thread stuck in a stream";
-#endif
     const StuckOutput output;
     ServiceProcess service({.arguments = {"--stdout"}});
     service.WaitForPort();
@@ -126,8 +122,8 @@ TEST(ExitTest, SecondSignalEndsAServiceWhoseLogIsStuck) {
     EXPECT_LT(Clock::now() - start, milliseconds{1'500} * TEST_TIME_SCALE);
 }
 
-UniqueFd OccupyPort() {
-    UniqueFd fd(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+Descriptor OccupyPort() {
+    Descriptor fd(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
     const int reuse = 1;
     setsockopt(fd.Get(), SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse);
     const sockaddr_in address = ServiceAddress(kLoopback);
@@ -138,11 +134,11 @@ UniqueFd OccupyPort() {
 }
 
 TEST(ExitTest, ServesOnceTheOccupiedPortIsFree) {
-    UniqueFd occupant = OccupyPort();
+    Descriptor occupant = OccupyPort();
     ServiceProcess service;
     Require("three tries", [&] { return CountEntries(ReadFile(kLogPath), "WARN ", kBindFailed) >= 3; });
     EXPECT_FALSE(service.Status().has_value());
-    occupant = UniqueFd();
+    occupant = Descriptor();
     Client client = service.WaitForPort();
     EXPECT_EQ(client.Result("isIpodConnected")["connected"], false);
     service.WaitForMainLoop();
@@ -150,19 +146,19 @@ TEST(ExitTest, ServesOnceTheOccupiedPortIsFree) {
 }
 
 TEST(ExitTest, SignalDuringTheTriesForThePortEndsTheServiceOnceItHasOne) {
-    UniqueFd occupant = OccupyPort();
+    Descriptor occupant = OccupyPort();
     ServiceProcess service;
     service.WaitForMainLoop();
     service.WaitForLog(kBindFailed);
     service.Signal(SIGTERM);
     service.WaitForLog("Exit signal caught: 15\n");
-    occupant = UniqueFd();
+    occupant = Descriptor();
     EXPECT_EQ(service.WaitForExit(), 0);
     EXPECT_TRUE(service.HasLogged(kOrderlyEnd));
 }
 
 TEST(ExitTest, GivesUpAfter33TriesForThePortAndStillStopsInOrder) {
-    const UniqueFd occupant = OccupyPort();
+    const Descriptor occupant = OccupyPort();
     ServiceProcess service;
     const Clock::time_point start = Clock::now();
     Require(

@@ -62,6 +62,18 @@ TEST(LogTest, SwitchesSayWhatGoesIntoIt) {
     }
 }
 
+TEST(LogTest, VersionAndHelpAnswerAloneAndStartNothing) {
+    for (const auto& [argument, answer] :
+         {std::pair("--version", "ipod-service 0."), {"--help", "Usage: "}}) {
+        std::ofstream(kLogPath) << "of an earlier run\n";
+        ServiceProcess asked({.arguments = {argument}});
+        EXPECT_EQ(asked.WaitForExit(), 0);
+        EXPECT_TRUE(ServiceProcess::StandardOutput().starts_with(answer)) << ServiceProcess::StandardOutput();
+        EXPECT_EQ(ReadFile(kLogPath), "of an earlier run\n");
+        EXPECT_NE(ShortRun({argument, "-l", "a"}).find(kOrderlyEnd), std::string::npos);
+    }
+}
+
 TEST(LogTest, GoesToStandardOutputOnRequestAndWithoutItsFolder) {
     EXPECT_EQ(ShortRun({"--stdout"}), "");
     std::string output = ServiceProcess::StandardOutput();

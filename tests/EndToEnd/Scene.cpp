@@ -1,5 +1,9 @@
 #include "tests/EndToEnd/Scene.h"
 
+#include <optional>
+#include <system_error>
+#include <utility>
+
 namespace EndToEnd {
 
 namespace {
@@ -7,15 +11,27 @@ namespace {
 Client ConnectTo(ServiceProcess& service) {
     Client client = service.WaitForPort();
     service.WaitForMainLoop();
-    // The control socket is there once the service has made its first device-manager call.
     client.Result("isIpodConnected");
     return client;
+}
+
+Client ConnectToControl() {
+    std::optional<Client> control;
+    Require("the player's control socket", [&] {
+        try {
+            control.emplace(kControlSocket);
+        } catch (const std::system_error&) {
+            return false;
+        }
+        return true;
+    });
+    return std::move(*control);
 }
 
 }  // namespace
 
 Scene::Scene(ServiceOptions options)
-    : service(std::move(options)), client(ConnectTo(service)), control(kControlSocket) {}
+    : service(std::move(options)), client(ConnectTo(service)), control(ConnectToControl()) {}
 
 void Scene::Do(const std::string& command) {
     const Json::Value answer = control.Exchange(ToLine(Quoted(command)) + "\n");

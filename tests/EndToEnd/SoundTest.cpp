@@ -113,7 +113,7 @@ TEST_F(SoundTest, PassesOverWhatBringsTheDecoderDown) {
     const Json::Value status = scene->control.Exchange("{\"command\":\"status\"}\n");
     EXPECT_EQ(status["devices"][0]["player"]["state"], "stopped");
     Heard("playFirst", 500);
-    EXPECT_EQ(CountErrors("cannot play /tmp/music/1.flac: the sound program has ended (signal 9)"), 1);
+    EXPECT_EQ(CountErrors("cannot play /tmp/music/1.flac: the media program has ended (signal 9)"), 1);
     EXPECT_EQ(CountErrors("cannot play"), 2);
 }
 
@@ -123,16 +123,48 @@ TEST_F(SoundTest, GivesUpASoundProgramThatDoesNotRun) {
     const fs::path folder = "/tmp/broken";
     fs::create_directories(folder);
     fs::copy_file(SIMULATOR_LIBRARY, folder / "libdevicemanager.so");
+    fs::copy_file(SIMULATED_PLAYER, folder / "simulated-player");
     setenv("LD_LIBRARY_PATH", folder.c_str(), 1);
-    std::ofstream(folder / "simulated-player-sound") << "#!/bin/sh\nexit 3\n";
-    fs::permissions(folder / "simulated-player-sound", fs::perms::owner_all);
+    const std::string program = fs::path(SIMULATOR_LIBRARY).replace_filename("simulated-player-media");
+    std::ofstream(folder / "simulated-player-media")
+        << "#!/bin/sh\n[ $1 = sound ] && exit 3\nexec " << program << " $@\n";
+    fs::permissions(folder / "simulated-player-media", fs::perms::owner_all);
     StartStream();
     scene->client.Result("playFirst");
     EXPECT_TRUE(WaitUntil([] { return CountErrors("no sound from now on") == 1; }));
     scene->client.Result("next");
-    EXPECT_EQ(CountErrors("device simulator: the sound program has ended (status 3)"), 4)
+    EXPECT_EQ(CountErrors("device simulator: the media program has ended (status 3)"), 4)
         << "no track's fault";
     unsetenv("LD_LIBRARY_PATH");
+}
+
+TEST_F(SoundTest, SoundsOnAfterXrunsOfACardThatDrifts) {
+    MakeToneFile("1.flac", 44100, 500, 900);
+    StartStream();
+    scene->Do("{'command':'sound','ppm':20000}");
+    scene->client.Result("stop");
+    scene->client.Result("start");
+    Heard("playFirst", 500);
+    for (const std::string device : {"capture", "playback"}) {
+        scene->Do("{'command':'sound','xrun':'" + device + "'}");
+        Require("the xrun", [&] { return !fs::exists("/tmp/sound/" + device + ".xrun"); });
+        WaitForTone(500);
+    }
+    Heard("pause", 0);
+    Heard("play", 500);
+}
+
+TEST_F(SoundTest, FallsSilentAtARateThatTheCardRefusesAndSoundsAtTheNext) {
+    MakeToneFile("1.flac", 44100, 500, 500);
+    MakeToneFile("2.flac", 48000, 700, 700);
+    StartStream();
+    scene->Do("{'command':'sound','refuse':48000}");
+    Heard("playFirst", 500);
+    scene->client.Result("next");
+    EXPECT_TRUE(WaitUntil([] { return ReadFile(kLogPath).find("Error: ") != std::string::npos; }));
+    Heard("previous", 500);
+    scene->Do("{'command':'sound','refuse':0}");
+    Heard("next", 700);
 }
 
 TEST_F(SoundTest, NamesAFolderThatIsMissing) {

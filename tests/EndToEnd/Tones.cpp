@@ -47,7 +47,10 @@ void WaitForTone(double hertz) {
 std::vector<pid_t> SoundPrograms() {
     std::vector<pid_t> found;
     for (const fs::directory_entry& process : fs::directory_iterator("/proc")) {
-        if (ReadFile(process.path() / "comm").starts_with("simulated-playe"))
+        const std::string words = ReadFile(process.path() / "cmdline");
+        const bool isZombie =
+            words.empty() && ReadFile(process.path() / "comm").starts_with("simulated-playe");
+        if (isZombie || words.find(std::string("simulated-player-media\0sound", 28)) != std::string::npos)
             found.push_back(std::stoi(process.path().filename()));
     }
     return found;

@@ -3,7 +3,8 @@
 #
 # Inside, / and /home/root are empty, private and writable, and the network is a loopback of its own, so that
 # port 8883 is free and several sandboxes run side by side. The source tree can be read, and the build folder
-# written: the nearest folder above COMMAND that holds a CMakeCache.txt. COMMAND's exit status is passed on.
+# written: SANDBOX_BUILD, else the nearest folder above COMMAND that holds a CMakeCache.txt. COMMAND's exit status
+# is passed on.
 # Signals sent to this script are not: what sends them has to run inside.
 #
 # Status 77, with the reason on standard output, where the system refuses the namespaces.
@@ -11,7 +12,7 @@ set -eu
 
 source_root=$(cd "$(dirname "$0")/../.." && pwd -P)
 command_path=$(readlink -f "$(command -v "${1:?COMMAND is missing}")")
-build_folder=$(dirname "$command_path")
+build_folder=${SANDBOX_BUILD:-$(dirname "$command_path")}
 while [ "$build_folder" != / ] && [ ! -e "$build_folder/CMakeCache.txt" ]; do
     build_folder=$(dirname "$build_folder")
 done

@@ -1,5 +1,8 @@
 #include "IpodControl/Client.h"
 
+#include <sys/resource.h>
+
+#include "IpodControl/terminal/Connector.h"
 #include "tests/IpodControl/FakeService.h"
 
 namespace IpodControl {
@@ -63,6 +66,18 @@ TEST(ClientTest, WhatIsNoServiceIsToldInTime) {
         ASSERT_FALSE(reply) << each.sent.substr(0, 40);
         EXPECT_EQ(reply.Why().kind, each.kind) << reply.Why().text;
     }
+}
+
+TEST(ClientTest, AViewThatCannotWaitForItsConnectionIsToldSo) {
+    rlimit before{};
+    getrlimit(RLIMIT_NOFILE, &before);
+    const rlimit none{0, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    PlayerView::Connector connector;
+    const auto started = connector.Start({"127.0.0.1", 1}, kShort);
+    setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_FALSE(started);
+    EXPECT_FALSE(connector.IsRunning()) << "it would connect for ever";
 }
 
 }  // namespace

@@ -1,7 +1,11 @@
 // ipodctl's words, what it makes of answers, and how it ends.
 
-#include "IpodControl/ctl/CommandLine.h"
-#include "IpodControl/ctl/Output.h"
+#include <algorithm>
+#include <cstdlib>
+#include <sstream>
+
+#include "IpodControl/commands/CommandLine.h"
+#include "ServiceUtil/JsonText.h"
 #include "tests/IpodControl/FakeService.h"
 
 namespace IpodControl {
@@ -32,13 +36,22 @@ std::vector<std::string> Words(const std::string& line, const FakeService* servi
 int TypeTo(const std::function<std::string(const Json::Value&)>& result, std::vector<std::string> words,
            Json::Value& request) {
     const FakeService service([&](int connection) {
+        const auto answer = [&](const Json::Value& asked) {
+            // The last one where something is refused is why.
+            request = request.isNull() || asked["method"] != "isIpodConnected" ? asked : request;
+            return "{\"id\":" + WriteJson(asked["id"]) + ",\"jsonrpc\":\"2.0\",\"result\":" + result(asked) +
+                   "}";
+        };
         for (Json::Value asked; !(asked = ReadRequest(connection)).isNull();) {
-            request = asked;
-            Send(connection, "{\"id\":" + ToLine(asked["id"]) +
-                                 ",\"jsonrpc\":\"2.0\",\"result\":" + result(asked) + "}\n");
+            std::string line = asked.isArray() ? "" : answer(asked);
+            for (Json::ArrayIndex i = 0; asked.isArray() && i < asked.size(); ++i) {
+                line += (i == 0 ? "[" : ",") + answer(asked[i]) + (i + 1 == asked.size() ? "]" : "");
+            }
+            Send(connection, line + "\n");
         }
     });
     words.insert(words.begin(), {"--port", std::to_string(service.Port())});
+    request = {};
     const int status = Type(words);
     // One sentence, whenever it is no mere answer.
     EXPECT_LE(std::count(complaint.begin(), complaint.end(), '\n'), 1) << complaint;
@@ -90,7 +103,7 @@ TEST(CommandsTest, EveryMethodIsAskedAndJudged) {
         const auto& each = cases[i];
         EXPECT_EQ(TypeTo(each.done, Words(each.words), request), kDone) << each.words;
         EXPECT_EQ(request["method"], std::string(Methods()[i].name));
-        EXPECT_EQ(ToLine(request["params"]), each.params) << each.words;
+        EXPECT_EQ(WriteJson(request["params"]), each.params) << each.words;
         EXPECT_EQ(TypeTo(each.refused, Words(each.words), request), kRefused) << each.words;
         EXPECT_EQ(TypeTo("5", Words(each.words), request), kNoService) << each.words;
     }
@@ -98,9 +111,9 @@ TEST(CommandsTest, EveryMethodIsAskedAndJudged) {
     EXPECT_EQ(TypeTo("7", {"wait", "connected"}, request), kNoService);
 }
 
-/// A root with Songs and nothing else, and 2500 songs; item ids are their positions, and pages
-/// go round.
-struct Library {
+/// A root with Songs and nothing else, and 2500 songs; item ids are their positions, and pages go round.
+/// Whenever a page has been read, another client opens Songs.
+struct SongLibrary {
     Json::Value Answer(const std::string& method, const Json::Value& params) {
         Json::Value result;
         if (method == "resetBrowseList") {
@@ -109,17 +122,18 @@ struct Library {
             played = isRoot ? played : params["itemId"].asInt();
             result = std::exchange(isRoot, false) ? "browsing" : "success";
         } else {
-            ++pages;
+            pages += method == "getBrowseList" ? 1 : 0;
             const int start = params["startIndex"].asInt(), count = params["itemCount"].asInt();
             const int total = isRoot ? 1 : 2500;
             for (int i = start; i < start + (isRoot ? 1 : count); ++i) {
-                const std::string name = i == 5 ? "LANTERN" : "x" + std::to_string(i % total);
+                const std::string name = i == 5 ? "LANTERN" : "x" + std::to_string(i == 8 ? 7 : i % total);
                 Json::Value& item = result["categoryItems"].append(Json::objectValue);
                 item["itemId"] = i % total;
                 item["itemName"] = isRoot ? "Songs" : i == 1000 ? "Lantern" : name;
             }
             result["totalCount"] = total;
             result["isLastCategory"] = !isRoot;
+            isRoot = false;
         }
         return result;
     }
@@ -137,14 +151,18 @@ TEST(CommandsTest, NamesLeadThroughTheLibrary) {
         {"browse --play Songs Lantern", kDone, 1000, 3, "playing Lantern\n"},
         {"browse --play songs lanterN", kDone, 5, 4, "playing LANTERN\n"},
         {"browse --play Songs", kDone, 0, 2, "playing x0\n"},
+        {"browse --play Songs x7", kDone, 7, 2, "playing x7\n"},
+        {"browse --play Songs x7#2", kDone, 8, 4, "playing x7\n"},
+        {"browse --play Songs x7#3", kRefused, -1, 4, "near it: \"x7\", \"x73\", \"x703\".\n"},
+        {"complete -- browse Songs X249", kDone, -1, 4, "x2498\nx2499\n"},
         {"browse Songs", kDone, -1, 4, "2499  x2499\n"},
         {"browse Songs Lanter", kRefused, -1, 4, "near it: \"LANTERN\", \"Lantern\".\n"},
         {"browse --play Songs Lantern x1", kRefused, -1, 3, "nothing below it.\n"},
     };
     for (const auto& each : cases) {
-        Library library;
+        SongLibrary library;
         const auto answer = [&](const Json::Value& asked) {
-            return ToLine(library.Answer(asked["method"].asString(), asked["params"]));
+            return WriteJson(library.Answer(asked["method"].asString(), asked["params"]));
         };
         Json::Value request;
         EXPECT_EQ(TypeTo(answer, Words(each.words), request), each.status) << each.words;
@@ -153,11 +171,91 @@ TEST(CommandsTest, NamesLeadThroughTheLibrary) {
     }
 }
 
+TEST(CommandsTest, AListDoesNotBeginAgainAtItsEnd) {
+    const struct {
+        const char *words, *params, *printed;
+    } cases[] = {
+        {"list --start 2 --count 5", R"({"itemCount":1,"startIndex":2})", "(1 of 3, from 2)\n"},
+        {"list --start 9", R"({"itemCount":0,"startIndex":9})", "(0 of 3, from 9)\n"},
+        {"list --start -1 --count 2", R"({"itemCount":2,"startIndex":-1})", "(2 of 3, from -1)\n"},
+    };
+    for (const auto& each : cases) {
+        const auto answer = [](const Json::Value& asked) {
+            Json::Value list;
+            list["categoryItems"] = Json::arrayValue;
+            list["categoryItems"].resize(asked["params"]["itemCount"].asUInt());
+            list["currIndex"] = asked["params"]["startIndex"];
+            list["totalCount"] = 3;
+            return WriteJson(list);
+        };
+        Json::Value request;
+        EXPECT_EQ(TypeTo(answer, Words(each.words), request), kDone);
+        EXPECT_EQ(WriteJson(request["params"]), each.params);
+        EXPECT_TRUE(printed.ends_with(each.printed)) << printed;
+    }
+}
+
+TEST(CommandsTest, WithoutAPlayerThatIsTheReason) {
+    for (const char* line : {"pause", "list", "browse Songs", "art /nowhere", "shuffle on", "stop"}) {
+        const auto answer = [](const Json::Value& asked) {
+            const std::string method = asked["method"].asString();
+            return method == "isIpodConnected"   ? R"({"connected":false})"
+                   : method == "resetBrowseList" ? R"({"resetSuccess":false})"
+                   : method == "enableShuffle"   ? R"({"enabled":false})"
+                   : method == "stop"            ? R"("failure")"
+                   : method == "getBrowseList"   ? "null"
+                                                 : R"({"success":false,"albumArt":""})";
+        };
+        Json::Value request;
+        EXPECT_EQ(TypeTo(answer, Words(line), request), kRefused) << line;
+        EXPECT_EQ(complaint, "ipodctl: no player is connected.\n") << line;
+    }
+}
+
+TEST(CommandsTest, TellsAboutItselfAndWhatCanBeTyped) {
+    const struct {
+        std::vector<std::string> words;
+        const char* printed;
+    } cases[] = {
+        {{"help"}, "\nExit status: 0 done;"},
+        {{"help", "browse"}, "Walk the library"},
+        {{"help", "playPause"}, "Play when paused"},
+        {{"complete", "--", "fa"}, "fast-forward\t"},
+        {{"complete", "--", "--json", "--host", "x", "repeat", "a"}, "all\n"},
+        {{"complete", "--", "watch", "--co"}, "--count\t"},
+        {{"complete", "--", "help", "bro"}, "browse\t"},
+        {{"completion", "bash"}, "complete -F _ipodctl ipodctl\n"},
+    };
+    for (const auto& each : cases) {
+        EXPECT_EQ(Type(each.words), kDone);
+        EXPECT_NE(printed.find(each.printed), std::string::npos) << each.words.back() << ": " << printed;
+    }
+    EXPECT_EQ(Type({"help", "explode"}), kUsage);
+    Type({"complete", "--", "repeat", "--port", ""});
+    EXPECT_EQ(printed, "") << "a number is to come";
+}
+
+TEST(CommandsTest, TheServiceMayBeNamedByTheEnvironment) {
+    const FakeService service([](int connection) {
+        const Json::Value id = ReadRequest(connection)["id"];
+        Send(connection, "{\"id\":" + WriteJson(id) +
+                             R"(,"result":{"success":true}})"
+                             "\n");
+    });
+    setenv("IPODCTL_PORT", std::to_string(service.Port()).c_str(), 1);
+    EXPECT_EQ(Type({"next"}), kDone) << complaint;
+    setenv("IPODCTL_HOST", "no host", 1);
+    EXPECT_EQ(Type({"next"}), kNoService);
+    EXPECT_EQ(Type({"--host", "127.0.0.1", "next"}), kDone) << complaint;
+    unsetenv("IPODCTL_HOST");
+    unsetenv("IPODCTL_PORT");
+}
+
 TEST(CommandsTest, WatchWaitsForAServiceThatHasAnsweredToComeBack) {
     int clients = 0;
     const FakeService service([&clients](int connection) {
         const Json::Value id = ReadRequest(connection)["id"];
-        Send(connection, "{\"id\":" + ToLine(id) + ",\"result\":{}}\n{\"method\":\"come" +
+        Send(connection, "{\"id\":" + WriteJson(id) + ",\"result\":{}}\n{\"method\":\"come" +
                              std::to_string(++clients) + "\"}\n");
     });
     EXPECT_EQ(Type(Words("watch --count 2", &service)), kDone);
@@ -180,7 +278,7 @@ TEST(CommandsTest, WordsBecomeRequests) {
     Json::Value request;
     for (const auto& each : cases) {
         TypeTo("null", each.words, request);
-        EXPECT_EQ(ToLine(request["params"]), each.params);
+        EXPECT_EQ(WriteJson(request["params"]), each.params);
     }
     for (const Method& method : Methods())
         EXPECT_EQ(Type({std::string(method.name), "--help"}), kDone) << method.name;

@@ -122,6 +122,7 @@ TEST_F(AlbumArtTest, LargerPictureIsShrunkByWholeFactors) {
         EXPECT_EQ(Size(picture.width(), picture.height()), shrunk);
         EXPECT_THAT(picture.getpoint(99, 99), testing::Pointwise(testing::DoubleNear(6), kColour));
     }
+    EXPECT_EQ(vips_cache_get_max(), 0) << "every picture would stay in memory";
 }
 
 TEST_F(AlbumArtTest, DamageIsAPartialPictureOrAFailure) {
@@ -234,7 +235,9 @@ TEST_F(AlbumArtTest, ImmediateFetchLeavesItsArgumentsAloneWithoutAPicture) {
         EXPECT_EQ(std::tie(m_text, m_width, m_height), std::tuple("as it was", 7u, 8u));
     }
     m_size = {2, 400};
+    TakeLog();
     EXPECT_THROW(m_manager->GetPlayingTrackAlbumArt(m_text, m_width, m_height), vips::VError);
+    EXPECT_THAT(TakeLog(), testing::HasSubstr("[WARN ] Album art of 2 x 400 cannot be converted: "));
     EXPECT_THAT(RequestAndPass(), ElementsAre("art 2136 2x400 5")) << "as it is when delayed";
 }
 

@@ -5,9 +5,9 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class BrowseMethods : public BrowseFixture {
+class BrowseMethodsTest : public BrowseFixture {
   protected:
-    BrowseMethods() { m_manager->ResetDatabase(); }
+    BrowseMethodsTest() { m_manager->ResetDatabase(); }
 
     Json::Value Page(const std::string& start, const std::string& count) {
         return Result(&Handler::GetBrowseList, "{'startIndex':" + start + ",'itemCount':" + count + "}");
@@ -28,7 +28,7 @@ class BrowseMethods : public BrowseFixture {
     }
 };
 
-TEST_F(BrowseMethods, ListTheSixTopCategoriesAtTheRoot) {
+TEST_F(BrowseMethodsTest, ListTheSixTopCategoriesAtTheRoot) {
     m_masks[DEV_MGR_CATEGORY_TOP_LEVEL] =
         DEV_MGR_CATEGORY_ARTIST | DEV_MGR_CATEGORY_TRACK | DEV_MGR_CATEGORY_PODCAST;
     const Json::Value root = Result(&Handler::GetBrowseList, "[]");
@@ -39,7 +39,7 @@ TEST_F(BrowseMethods, ListTheSixTopCategoriesAtTheRoot) {
     EXPECT_EQ(items.str(), "2Playlists0 4Artists1 32Songs1 8Albums0 16Genres0 64Composers0 ");
 }
 
-TEST_F(BrowseMethods, PageThroughALevelCircularly) {
+TEST_F(BrowseMethodsTest, PageThroughALevelCircularly) {
     m_names[DEV_MGR_CATEGORY_TRACK][3] += "\xE9";  // mended for the wire
     EXPECT_EQ(Select("32"), "browsing");
     const Json::Value page = Page("3", "4");
@@ -57,7 +57,7 @@ TEST_F(BrowseMethods, PageThroughALevelCircularly) {
     EXPECT_THAT(Names("0", "2"), IsEmpty());
 }
 
-TEST_F(BrowseMethods, SelectWhatTheDeviceOffersAndSayWhenItFails) {
+TEST_F(BrowseMethodsTest, SelectWhatTheDeviceOffersAndSayWhenItFails) {
     m_masks[DEV_MGR_CATEGORY_TOP_LEVEL] = DEV_MGR_CATEGORY_ARTIST;
     for (const char* id : {"0", "8", "1024", "2147483648"}) {
         EXPECT_EQ(Select(id), "failure") << id;
@@ -79,7 +79,7 @@ TEST_F(BrowseMethods, SelectWhatTheDeviceOffersAndSayWhenItFails) {
     }
 }
 
-TEST_F(BrowseMethods, ListAllSongsFromTheRootOnly) {
+TEST_F(BrowseMethodsTest, ListAllSongsFromTheRootOnly) {
     const Json::Value songs = Result(&Handler::GetSongList);
     EXPECT_EQ(songs["categoryItems"].size(), 5u);
     EXPECT_EQ(songs["categoryItems"][4]["itemName"], "Whistle");
@@ -92,7 +92,7 @@ TEST_F(BrowseMethods, ListAllSongsFromTheRootOnly) {
     EXPECT_TRUE(Result(&Handler::GetSongList).isNull());
 }
 
-TEST_F(BrowseMethods, PageThroughAFilteredLevel) {
+TEST_F(BrowseMethodsTest, PageThroughAFilteredLevel) {
     EXPECT_EQ(Filter("w"), "failure");
     m_names[DEV_MGR_CATEGORY_TRACK] = {"b", "xa0", "XA1", "c", "xa2", "xA3", "xa4"};
     EXPECT_EQ(Select("32"), "browsing");

@@ -18,7 +18,7 @@ std::vector<std::int64_t> PageItems(const PagePlan& plan, u32 total) {
     return items;
 }
 
-TEST(PlanPage, TakesEveryPageCircularly) {
+TEST(PlanPageTest, TakesEveryPageCircularly) {
     for (u32 total = 0; total <= 11; ++total) {
         for (i32 start = -25; start <= 25; ++start) {
             for (i32 count = -1; count <= 13; ++count) {
@@ -34,7 +34,7 @@ TEST(PlanPage, TakesEveryPageCircularly) {
     }
 }
 
-TEST(PlanPage, SurvivesTheLimitsOfItsNumbers) {
+TEST(PlanPageTest, SurvivesTheLimitsOfItsNumbers) {
     const struct {
         u32 total;
         i32 start;
@@ -54,7 +54,7 @@ TEST(PlanPage, SurvivesTheLimitsOfItsNumbers) {
     }
 }
 
-TEST(FilteredPositions, WrapShortPagesAndShowTheWholeListForLongOnes) {
+TEST(FilteredPositionsTest, WrapShortPagesAndShowTheWholeListForLongOnes) {
     using Positions = std::vector<std::size_t>;
     EXPECT_EQ(FilteredPositions(5, INT_MIN, 3), (Positions{2, 3, 4}));
     EXPECT_EQ(FilteredPositions(5, -1, 2), (Positions{4, 0}));

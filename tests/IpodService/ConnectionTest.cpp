@@ -104,6 +104,11 @@ TEST_F(ConnectionTest, DatabaseNamesAreExtendedOnceAndNeverOverrun) {
         m_simulator.Unplug(handle);
         m_simulator.Drain();
     }
+    Plug(DEV_MGR_DEVICE_TYPE_IAP2_2WIRE, "Phone");
+    Plug(DEV_MGR_DEVICE_TYPE_USB_FAT_32, "Last of the list");
+    m_manager->UpdateConnection();
+    EXPECT_EQ(m_simulator.Calls("eDevMgriPodStartBuildingDatabase").back().text,
+              "./root/iap2db/Last of the list.db");
 }
 
 TEST_F(ConnectionTest, ListsThatLieStayInsideTheirArray) {
@@ -191,6 +196,20 @@ TEST_F(ConnectionTest, ASessionThatCannotBeOpenedIsRecoveredOnceAndThenTheDevice
     EXPECT_EQ(m_manager->State(), ConnectionState::Registered);
     EXPECT_FALSE(m_manager->IsDeviceConnected());
     EXPECT_THAT(m_notifications.Take(), IsEmpty());
+}
+
+TEST_F(ConnectionTest, ALibraryThatGrantsASessionWithoutADeviceIsSearchedOn) {
+    ASSERT_TRUE(StepUntil(ConnectionState::Registered));
+    m_standIns.eDevMgriPodOpenMdBrowseSession = Answering(DEV_MGR_SUCCESS);
+    m_standIns.eDevMgriPodSelectCategorizedIndex = Answering(DEV_MGR_SUCCESS);
+    m_standIns.eDevMgriPodPlay = Answering(DEV_MGR_SUCCESS);
+    UseStandIns();
+    m_manager->PlayFirstTrack();
+    m_manager->GetHasPlayableData();
+    EXPECT_EQ(m_manager->State(), ConnectionState::Registered);
+    Plug(DEV_MGR_DEVICE_TYPE_IAP_2WIRE);
+    EXPECT_TRUE(StepUntil(ConnectionState::BrowseReady));
+    EXPECT_TRUE(m_manager->IsDeviceConnected());
 }
 
 TEST_F(ConnectionTest, ADisconnectIsActedOnInTheNextPass) {

@@ -240,6 +240,20 @@ TEST_F(EventsTest, TrackAndContextEventsAskForOneTrackInfoEach) {
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(990));
 }
 
+TEST_F(EventsTest, TheLoopSleepsNoLongerThanUntilTheNextStep) {
+    using std::chrono::milliseconds;
+    EXPECT_EQ(m_manager->TimeToNextStep(), milliseconds(1000));
+    Connect();
+    m_manager->UpdatePlayStatus();
+    EXPECT_EQ(m_manager->TimeToNextStep(), milliseconds(1000));
+    m_manager->RequestDelayedAlbumArt();
+    EXPECT_EQ(m_manager->TimeToNextStep(), milliseconds(25));
+    m_manager->ProcessDelayedAlbumArt();
+    Fire({DEV_MGR_EVENT_IPOD_PLAY_CONTEXT_SETTING, 1});
+    m_manager->UpdatePlayStatus();
+    EXPECT_TRUE(TestSupport::WaitUntil([&] { return m_manager->TimeToNextStep() < milliseconds(900); }));
+}
+
 TEST_F(EventsTest, AManagerCanGoWhileEventsCome) {
     std::atomic<bool> done{false};
     std::thread storm([&] {

@@ -23,7 +23,7 @@ struct Steps {
     std::string taken;
 };
 
-TEST(GuardedSteps, AreAllTakenInTheirOrder) {
+TEST(GuardedStepsTest, AreAllTakenInTheirOrder) {
     Steps steps;
     TakeSteps(steps, {&Steps::First, &Steps::Second, &Steps::Third});
     EXPECT_EQ(steps.taken, "abc");

@@ -40,7 +40,7 @@ struct NameList {
     int fetches = 0;  ///< of the last jump
 };
 
-TEST(LetterJump, FindsTheNeighbouringLetters) {
+TEST(LetterJumpTest, FindsTheNeighbouringLetters) {
     const Names bands = {"Amber", "AB/CD", "The Brooks", "Bluff"};
     const struct {
         Names names;
@@ -75,7 +75,7 @@ TEST(LetterJump, FindsTheNeighbouringLetters) {
     }
 }
 
-TEST(LetterJump, EndsWhateverTheDeviceDelivers) {
+TEST(LetterJumpTest, EndsWhateverTheDeviceDelivers) {
     int fetches = 0;
     i32 most = kAlphaPageSize;  // that are delivered
     const auto fetch = [&](i32, i32 count) {
@@ -93,7 +93,7 @@ TEST(LetterJump, EndsWhateverTheDeviceDelivers) {
     EXPECT_EQ(PreviousInitialIndex({300, fetch}, 250), 0);
 }
 
-TEST(InitialKey, IsTheByteBehindALeadingArticle) {
+TEST(InitialKeyTest, IsTheByteBehindALeadingArticle) {
     const std::pair<const char*, char> cases[] = {
         {"amber", 'a'},       {"The Brooks", 'B'}, {"tHE brooks", 'b'},   {"The ", 'T'},
         {"Them", 'T'},        {"The  Gap", ' '},   {"The 45s", '4'},      {"99", '9'},
@@ -104,7 +104,7 @@ TEST(InitialKey, IsTheByteBehindALeadingArticle) {
     EXPECT_EQ(InitialKey(""), std::nullopt);
 }
 
-TEST(LetterJump, AgreesWithAWalkOverTheWholeList) {
+TEST(LetterJumpTest, AgreesWithAWalkOverTheWholeList) {
     std::mt19937 random(1);
     const std::pair<i32, i32> sizesAndRuns[] = {{1, 1},    {2, 1},    {98, 30},   {99, 30},  {100, 30},
                                                 {101, 30}, {199, 60}, {200, 120}, {350, 120}};

@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "DeviceSimulator/Simulator.h"
+#include "DeviceSimulator/embedded/Simulator.h"
 #include "IpodService/IIpodNotifications.h"
 #include "IpodService/IpodManager.h"
 #include "IpodService/IpodRequestHandler.h"

@@ -191,6 +191,9 @@ TEST_F(PlaybackTest, TrackInfoComesFromFourQueriesAndSurvivesTheirFailure) {
                                          "eDevMgriPodGetPlayingTrackMetaData()",
                                          "eDevMgriPodGetPlayingTrackElapsedAndTotaltime()"));
     const Json::Value onTheWire = Result(&Handler::GetCurrentTrackInfo)["trackInfo"];
+    m_notifications.Take();
+    m_manager->UpdatePlayStatus();
+    EXPECT_THAT(m_notifications.Take(), testing::SizeIs(1)) << "what the answer leaves out follows";
     EXPECT_EQ(onTheWire["trackArtist"].asString(), "caf\xEF\xBF\xBD!");
     m_simulator.SetStandIns({});
     for (const char* name :

@@ -1,5 +1,5 @@
 // The audio stream over the simulated sound card: its life, its threads, and what comes out of it.
-#include <glib.h>
+#include <gst/gst.h>
 
 #include <algorithm>
 #include <atomic>
@@ -182,6 +182,20 @@ TEST_F(StreamTest, ARateEventRestartsTheStreamAndMendsABrokenOne) {
     }
     m_manager->ProcessDelayedStreamRestart();
     EXPECT_EQ(TakeLog(), "") << "no restart without its being asked for";
+}
+
+TEST_F(StreamTest, AMissingElementIsNamed) {
+    gst_init(nullptr, nullptr);
+    GstRegistry* const registry = gst_registry_get();
+    // Loaded first: a plugin brings all of its elements back when it is.
+    gst_object_unref(gst_element_factory_make("alsasink", nullptr));
+    GstPluginFeature* const feature = gst_registry_lookup_feature(registry, "alsasink");
+    ASSERT_NE(feature, nullptr);
+    gst_registry_remove_feature(registry, feature);
+    m_manager->StartStream();
+    EXPECT_THAT(TakeLog(), testing::HasSubstr("[WARN ] GStreamer has no element 'alsasink'"));
+    gst_registry_add_feature(registry, feature);
+    gst_object_unref(feature);
 }
 
 TEST_F(StreamTest, UnpluggedCardBreaksTheStreamUntilItIsStopped) {

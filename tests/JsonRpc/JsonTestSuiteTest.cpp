@@ -59,7 +59,7 @@ std::string RepliesTo(const RunningServer& server, const std::string& name, cons
     return replies;
 }
 
-TEST(JsonTestSuite, IsTakenOrRefusedAsItSaysAndTheConnectionLivesOn) {
+TEST(JsonTestSuiteTest, IsTakenOrRefusedAsItSaysAndTheConnectionLivesOn) {
     RunningServer server;
     int files = 0;
     for (const auto& entry : std::filesystem::directory_iterator(JSON_TEST_SUITE)) {

@@ -43,7 +43,7 @@ const std::pair<Kind, std::string> kMalformed{Kind::Malformed, ""};
 const std::pair<Kind, std::string> kHttp{Kind::Http, ""};
 const std::pair<Kind, std::string> kObject{Kind::Request, "{}"};
 
-TEST(MessageScanner, TextsAreTheSameHoweverTheStreamIsSplit) {
+TEST(MessageScannerTest, TextsAreTheSameHoweverTheStreamIsSplit) {
     const std::vector<std::pair<std::string, Texts>> cases{
         {" \r\n\t{}[] \n{\n\"a\":[1,{}]\n}\n \n ",
          {kObject, {Kind::Batch, "[]"}, {Kind::Request, "{\n\"a\":[1,{}]\n}"}}},
@@ -81,7 +81,7 @@ TEST(MessageScanner, TextsAreTheSameHoweverTheStreamIsSplit) {
     }
 }
 
-TEST(MessageScanner, LargestRequestPassesAndNoLarger) {
+TEST(MessageScannerTest, LargestRequestPassesAndNoLarger) {
     const std::size_t limit = kLimits.requestBytes;
     const std::string longest = "[\"" + std::string(limit - 4, 'x') + "\"]";
     std::string most = "[0";
@@ -99,7 +99,7 @@ TEST(MessageScanner, LargestRequestPassesAndNoLarger) {
     }
 }
 
-TEST(MessageScanner, KeepsNothingOfWhatIsRefused) {
+TEST(MessageScannerTest, KeepsNothingOfWhatIsRefused) {
     MessageScanner scanner(kLimits);
     for (const char* piece : {"[!", "\"xxxxxxxx", "yyyy\"", "{"}) {
         scanner.Append(piece);

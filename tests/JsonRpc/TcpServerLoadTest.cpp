@@ -35,7 +35,7 @@ std::string Note(int number, std::size_t size) {
     return std::to_string(number) + std::string(size, 'n') + "\n";
 }
 
-TEST(TcpServerLoad, SlowReaderGetsItsAnswerWholeWithNotificationsBehindIt) {
+TEST(TcpServerLoadTest, SlowReaderGetsItsAnswerWholeWithNotificationsBehindIt) {
     constexpr std::size_t kAnswer = 20000000;
     RunningServer server(Impatient());
     TestClient slow(server, 300000);
@@ -54,7 +54,7 @@ TEST(TcpServerLoad, SlowReaderGetsItsAnswerWholeWithNotificationsBehindIt) {
     EXPECT_EQ(slow.ReadLine(), kEchoReply);
 }
 
-TEST(TcpServerLoad, ThoseThatTakeTooLittleAreDisconnectedAndNobodyWaitsForThem) {
+TEST(TcpServerLoadTest, ThoseThatTakeTooLittleAreDisconnectedAndNobodyWaitsForThem) {
     RunningServer server(Impatient());
     TestClient stuck(server, 4096);
     TestClient trickling(server, 4096);
@@ -80,7 +80,7 @@ TEST(TcpServerLoad, ThoseThatTakeTooLittleAreDisconnectedAndNobodyWaitsForThem) 
     EXPECT_TRUE(server.HasClients(1) && waiting.Answers());
 }
 
-TEST(TcpServerLoad, WhatIsLeftOfABroadcastLeavesAlthoughNothingElseHappens) {
+TEST(TcpServerLoadTest, WhatIsLeftOfABroadcastLeavesAlthoughNothingElseHappens) {
     Json::Rpc::Limits limits;
     limits.notificationBytes = 30000000;
     RunningServer server(limits);
@@ -96,7 +96,7 @@ TEST(TcpServerLoad, WhatIsLeftOfABroadcastLeavesAlthoughNothingElseHappens) {
     EXPECT_TRUE(client.SeesEnd());
 }
 
-TEST(TcpServerLoad, NothingIsReadFromAClientThatHasNotTakenItsAnswer) {
+TEST(TcpServerLoadTest, NothingIsReadFromAClientThatHasNotTakenItsAnswer) {
     RunningServer server;
     TestClient client(server, 4096);
     TestClient other(server);
@@ -112,7 +112,7 @@ TEST(TcpServerLoad, NothingIsReadFromAClientThatHasNotTakenItsAnswer) {
     EXPECT_EQ(client.ReadLine(), kEchoReply);
 }
 
-TEST(TcpServerLoad, SleeperLosesItsConnectionAndTheOthersNoNotification) {
+TEST(TcpServerLoadTest, SleeperLosesItsConnectionAndTheOthersNoNotification) {
     constexpr int kNotes = 200;
     Json::Rpc::Limits limits;
     limits.notificationBytes = 1000000;
@@ -128,7 +128,7 @@ TEST(TcpServerLoad, SleeperLosesItsConnectionAndTheOthersNoNotification) {
     EXPECT_TRUE(server.HasClients(1));
 }
 
-TEST(TcpServerLoad, RepliesAndTextsOfOtherThreadsNeverMixAndBroadcastsKeepOneOrder) {
+TEST(TcpServerLoadTest, RepliesAndTextsOfOtherThreadsNeverMixAndBroadcastsKeepOneOrder) {
     constexpr int kEach = 200;
     RunningServer server;
     TestClient client(server);
@@ -167,7 +167,7 @@ TEST(TcpServerLoad, RepliesAndTextsOfOtherThreadsNeverMixAndBroadcastsKeepOneOrd
     }
 }
 
-TEST(TcpServerLoad, ClientsComeAndGoUnderBroadcasts) {
+TEST(TcpServerLoadTest, ClientsComeAndGoUnderBroadcasts) {
     RunningServer server;
     std::atomic<bool> done{false};
     std::thread broadcaster([&] {
@@ -189,7 +189,7 @@ TEST(TcpServerLoad, ClientsComeAndGoUnderBroadcasts) {
     EXPECT_EQ(server.tcp.Broadcast("{}\n"), 0U);
 }
 
-TEST(TcpServerLoad, EndWaitsAMomentForThoseThatTakeWhatTheyAreOwed) {
+TEST(TcpServerLoadTest, EndWaitsAMomentForThoseThatTakeWhatTheyAreOwed) {
     constexpr std::size_t kAnswer = 30000000;
     Json::Rpc::Limits limits;
     limits.flushTime = std::chrono::milliseconds(2000);

@@ -24,7 +24,7 @@ Limits ShortDrain() {
     return limits;
 }
 
-TEST(TcpServer, BindsNumericAddressesThatAreFreeAndTellsWhyNot) {
+TEST(TcpServerTest, BindsNumericAddressesThatAreFreeAndTellsWhyNot) {
     kServerThread.Assert();
     for (const char* address : {"", "localhost", "--stdout", "127.0.0.1:80", "256.0.0.1"}) {
         Json::Rpc::TcpServer tcp(address, 0);
@@ -38,7 +38,7 @@ TEST(TcpServer, BindsNumericAddressesThatAreFreeAndTellsWhyNot) {
     EXPECT_EQ(second.GetBindError(), "Address already in use");
 }
 
-TEST(TcpServer, EverythingIsAnsweredBeforeTheConnectionEnds) {
+TEST(TcpServerTest, EverythingIsAnsweredBeforeTheConnectionEnds) {
     RunningServer server(ShortDrain());
     TestClient halfClosed(server);
     TestClient oversized(server);
@@ -60,7 +60,7 @@ TEST(TcpServer, EverythingIsAnsweredBeforeTheConnectionEnds) {
     EXPECT_TRUE(server.HasClients(0));
 }
 
-TEST(TcpServer, HalfClosedClientGetsALongAnswerWholeAndThenTheEnd) {
+TEST(TcpServerTest, HalfClosedClientGetsALongAnswerWholeAndThenTheEnd) {
     RunningServer server;
     TestClient client(server, 4096);
     client.Send("{\"jsonrpc\":\"2.0\",\"method\":\"fill\",\"params\":{\"size\":9000000},\"id\":1}");
@@ -74,7 +74,7 @@ TEST(TcpServer, HalfClosedClientGetsALongAnswerWholeAndThenTheEnd) {
     EXPECT_TRUE(server.HasClients(0));
 }
 
-TEST(TcpServer, PortIsFreeAtOnceAfterAStopWithClientsConnected) {
+TEST(TcpServerTest, PortIsFreeAtOnceAfterAStopWithClientsConnected) {
     kServerThread.Assert();
     RunningServer server;
     const std::uint16_t port = server.tcp.GetPort();
@@ -87,7 +87,7 @@ TEST(TcpServer, PortIsFreeAtOnceAfterAStopWithClientsConnected) {
     EXPECT_TRUE(next.Bind() && next.Listen());
 }
 
-TEST(TcpServer, RequestsMayArriveInAnyPiecesAndBadOnesCostNoConnection) {
+TEST(TcpServerTest, RequestsMayArriveInAnyPiecesAndBadOnesCostNoConnection) {
     RunningServer server;
     TestClient client(server);
     const std::string params = R"({"a":"}]\"{\\"})";
@@ -105,7 +105,7 @@ TEST(TcpServer, RequestsMayArriveInAnyPiecesAndBadOnesCostNoConnection) {
     }
 }
 
-TEST(TcpServer, HttpExecutesNothingAndIsClosed) {
+TEST(TcpServerTest, HttpExecutesNothingAndIsClosed) {
     RunningServer server(ShortDrain());
     TestClient browser(server);
     for (const std::string& piece : {std::string("PO"), "ST /" + kEcho, " HTTP/1.1\r\n\r\n" + kEcho}) {
@@ -118,7 +118,7 @@ TEST(TcpServer, HttpExecutesNothingAndIsClosed) {
     EXPECT_TRUE(server.HasClients(0));
 }
 
-TEST(TcpServer, DrainAfterAnOversizedRequestAnswersNothingAndEnds) {
+TEST(TcpServerTest, DrainAfterAnOversizedRequestAnswersNothingAndEnds) {
     const Limits limits = ShortDrain();
     RunningServer server(limits);
     TestClient other(server);
@@ -137,7 +137,7 @@ TEST(TcpServer, DrainAfterAnOversizedRequestAnswersNothingAndEnds) {
     EXPECT_TRUE(server.HasClients(1));
 }
 
-TEST(TcpServer, RequestThatIsNotEndedInTimeCostsTheConnectionAndASilentClientStays) {
+TEST(TcpServerTest, RequestThatIsNotEndedInTimeCostsTheConnectionAndASilentClientStays) {
     Limits limits = ShortDrain();
     limits.requestTime = std::chrono::milliseconds(200);
     RunningServer server(limits);
@@ -155,7 +155,7 @@ TEST(TcpServer, RequestThatIsNotEndedInTimeCostsTheConnectionAndASilentClientSta
     EXPECT_TRUE(silent.Answers());
 }
 
-TEST(TcpServer, UnfinishedRequestsTogetherAreBoundedAndTheOldestGoes) {
+TEST(TcpServerTest, UnfinishedRequestsTogetherAreBoundedAndTheOldestGoes) {
     Limits limits = ShortDrain();
     limits.unfinishedBytes = 100000;
     RunningServer server(limits);
@@ -180,7 +180,7 @@ TEST(TcpServer, UnfinishedRequestsTogetherAreBoundedAndTheOldestGoes) {
     EXPECT_EQ(server.tcp.GetClients().size(), 3U);
 }
 
-TEST(TcpServer, FullTableDropsTheOldestUnfinishedRequestElseTheNewcomer) {
+TEST(TcpServerTest, FullTableDropsTheOldestUnfinishedRequestElseTheNewcomer) {
     Limits limits;
     RunningServer server(limits);
     std::vector<std::unique_ptr<TestClient>> clients;
@@ -204,7 +204,7 @@ TEST(TcpServer, FullTableDropsTheOldestUnfinishedRequestElseTheNewcomer) {
     EXPECT_TRUE(clients[0]->Answers());
 }
 
-TEST(TcpServer, DoesNotSpinWhenDescriptorsRunOut) {
+TEST(TcpServerTest, DoesNotSpinWhenDescriptorsRunOut) {
     RunningServer server;
     TestClient connected(server);
     ASSERT_TRUE(connected.Answers());

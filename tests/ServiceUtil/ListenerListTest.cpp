@@ -12,7 +12,7 @@ namespace {
 
 struct Listener {};
 
-TEST(ListenerList, CallsInOrderOfTheLastAddAndLeavesOutWhoIsRemovedMeanwhile) {
+TEST(ListenerListTest, CallsInOrderOfTheLastAddAndLeavesOutWhoIsRemovedMeanwhile) {
     ListenerList<Listener> list;
     Listener a;
     Listener b;
@@ -31,7 +31,7 @@ TEST(ListenerList, CallsInOrderOfTheLastAddAndLeavesOutWhoIsRemovedMeanwhile) {
     EXPECT_EQ(called, (std::vector<const Listener*>{&b, &a, &a}));
 }
 
-TEST(ListenerList, RemoveWaitsForCallsOfThatListenerOnOtherThreads) {
+TEST(ListenerListTest, RemoveWaitsForCallsOfThatListenerOnOtherThreads) {
     for (int round = 0; round < 200; ++round) {
         ListenerList<Listener> list;
         Listener removed;
@@ -60,7 +60,7 @@ TEST(ListenerList, RemoveWaitsForCallsOfThatListenerOnOtherThreads) {
     }
 }
 
-TEST(ListenerList, RemoveDoesNotWaitForOtherListenersNorForCallsThatRemoveTheSame) {
+TEST(ListenerListTest, RemoveDoesNotWaitForOtherListenersNorForCallsThatRemoveTheSame) {
     ListenerList<Listener> list;
     Listener twice;
     Listener other;
@@ -87,7 +87,7 @@ TEST(ListenerList, RemoveDoesNotWaitForOtherListenersNorForCallsThatRemoveTheSam
     EXPECT_FALSE(list.Close());
 }
 
-TEST(ListenerList, CloseEmptiesTheListAndTellsWhetherACallIsUnderWay) {
+TEST(ListenerListTest, CloseEmptiesTheListAndTellsWhetherACallIsUnderWay) {
     ListenerList<Listener> list;
     Listener listener;
     Listener later;

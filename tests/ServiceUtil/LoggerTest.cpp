@@ -1,6 +1,7 @@
 #include "ServiceUtil/Logger.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
@@ -23,6 +24,7 @@ class LoggerTest : public testing::Test {
     void TearDown() override {
         CLogger::Instance().Close();
         CLogger::Instance().SetLevel(LogLevel::kAll);
+        unlink(m_path.c_str());
     }
 
     /// What has been written since the last call.
@@ -34,8 +36,9 @@ class LoggerTest : public testing::Test {
         return text;
     }
 
-    const std::string m_path =
-        testing::TempDir() + testing::UnitTest::GetInstance()->current_test_info()->name() + ".log";
+    const std::string m_path = testing::TempDir() +
+                               testing::UnitTest::GetInstance()->current_test_info()->name() + "." +
+                               std::to_string(getpid()) + ".log";
     std::streamoff m_seen = 0;
 };
 

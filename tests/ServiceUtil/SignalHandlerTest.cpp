@@ -99,7 +99,7 @@ TEST(SignalHandlerDeathTest, ExitWaitsForLateSignalsAndBringsTheDefaultActionsBa
     EXPECT_EXIT(ExitBehindSignals(), testing::ExitedWithCode(kExitAsPlanned), "");
 }
 
-TEST(SignalHandler, CallsListenersInOrderOfTheirLastRegistration) {
+TEST(SignalHandlerTest, CallsListenersInOrderOfTheirLastRegistration) {
     CSignalHandler& handler = CSignalHandler::Instance();
     std::vector<int> calls;
     Listener later([&calls](int number) { calls.push_back(number); });
@@ -119,7 +119,7 @@ TEST(SignalHandler, CallsListenersInOrderOfTheirLastRegistration) {
     EXPECT_EQ(calls, (std::vector<int>{107, 7, 108}));
 }
 
-TEST(SignalHandler, NextSignalIsToldBesideAListenerThatHangsButNotSooner) {
+TEST(SignalHandlerTest, NextSignalIsToldBesideAListenerThatHangsButNotSooner) {
     using Clock = std::chrono::steady_clock;
     Clock::time_point begin;
     std::atomic<int> calls{0};
@@ -148,7 +148,7 @@ TEST(SignalHandler, NextSignalIsToldBesideAListenerThatHangsButNotSooner) {
     CSignalHandler::Instance().Unregister(&listener);
 }
 
-TEST(SignalHandler, SignalsPouringInReachNoListenerThatIsGone) {
+TEST(SignalHandlerTest, SignalsPouringInReachNoListenerThatIsGone) {
     CSignalHandler& handler = CSignalHandler::Instance();
     const auto start = std::chrono::steady_clock::now();
     std::atomic<bool> done{false};

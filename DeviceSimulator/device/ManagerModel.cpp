@@ -1,0 +1,264 @@
+#include "DeviceSimulator/device/ManagerModel.h"
+
+#include <algorithm>
+
+namespace DeviceSimulator {
+
+void ManagerModel::Reset(SimulatorOptions options) {
+    m_options = std::move(options);
+    m_plugAt.reset();
+    m_hasPlugged = false;
+    m_processes.Clear();
+    m_memory.FreeAll();
+    m_devices.clear();
+    m_nextHandle = 1;
+    m_pending.clear();
+    m_toldSampleRate = 0;
+}
+
+DevMgrResult ManagerModel::Register(std::shared_ptr<EventListener> listener, std::uint32_t& process,
+                                    TimePoint now) {
+    if (listener == nullptr) {
+        return DEV_MGR_WRONG_PARAMS;
+    }
+    const std::uint32_t handle = m_processes.Add(std::move(listener));
+    if (handle == 0) {
+        return DEV_MGR_NO_MORE_PROCESS_ALLOWED;
+    }
+    process = handle;
+    if (!m_hasPlugged && !m_plugAt) {
+        m_plugAt = now + m_options.plugDelay;
+    }
+    return DEV_MGR_SUCCESS;
+}
+
+DevMgrResult ManagerModel::Deregister(std::uint32_t process, TimePoint now) {
+    if (!m_processes.Remove(process)) {
+        return DEV_MGR_PROCESS_NOT_REGISTERED;
+    }
+    m_memory.FreeAll(process);
+    for (const auto& device : m_devices) {
+        device->Close(process, now);
+    }
+    return DEV_MGR_SUCCESS;
+}
+
+void ManagerModel::Abandon(std::uint32_t process, TimePoint now) {
+    if (!m_processes.Remove(process)) {
+        return;
+    }
+    m_memory.FreeAll(process);
+    for (const auto& device : m_devices) {
+        device->Abandon(process, now);
+    }
+    // Who opens a device next has heard of no rate yet.
+    m_toldSampleRate = 0;
+}
+
+DevMgrResult ManagerModel::AllocateMemory(std::uint32_t process, std::uint32_t size, const MapBlock& map,
+                                          std::uint32_t& block) {
+    return m_processes.Contains(process) ? m_memory.Allocate(process, size, map, block)
+                                         : DEV_MGR_PROCESS_NOT_REGISTERED;
+}
+
+DevMgrResult ManagerModel::FreeMemory(std::uint32_t process, std::uint32_t block) {
+    return m_processes.Contains(process) ? m_memory.Free(process, block) : DEV_MGR_PROCESS_NOT_REGISTERED;
+}
+
+std::vector<const Device*> ManagerModel::Listed() const {
+    std::vector<const Device*> listed;
+    for (const auto& device : m_devices) {
+        if (IsListed(device->identity.type)) {
+            listed.push_back(device.get());
+        }
+    }
+    return listed;
+}
+
+DevMgrResult ManagerModel::Open(std::uint32_t process, std::uint32_t handle) {
+    Device* device = nullptr;
+    const DevMgrResult result = FindListed(process, handle, device);
+    if (result != DEV_MGR_SUCCESS) {
+        return result;
+    }
+    if (device->isLocked && !device->IsOpenedBy(process)) {
+        return DEV_MGR_DEVICE_NOT_READY;
+    }
+    const bool isNew = device->openings.try_emplace(process).second;
+    // Only a player's session is one at a time: a stick may be opened over and over.
+    return isNew || !IsPlayer(device->identity.type) ? DEV_MGR_SUCCESS : DEV_MGR_DEVICE_ALREADY_OPENED;
+}
+
+DevMgrResult ManagerModel::Close(std::uint32_t process, std::uint32_t handle, TimePoint now) {
+    Device* device = nullptr;
+    const DevMgrResult result = FindOpened(process, handle, device);
+    if (result == DEV_MGR_SUCCESS) {
+        device->Close(process, now);
+    }
+    return result;
+}
+
+DevMgrResult ManagerModel::StartDatabase(std::uint32_t process, std::uint32_t handle,
+                                         std::shared_ptr<const BuildProgress> progress, TimePoint now) {
+    Device* device = nullptr;
+    const DevMgrResult result = FindPlayer(process, handle, device);
+    if (result != DEV_MGR_SUCCESS) {
+        return result;
+    }
+    if (!IsIap2(device->identity.type)) {
+        return DEV_MGR_OPERATION_NOT_SUPPORTED_BY_DEVICE;
+    }
+    if (device->database.IsRunning()) {
+        return DEV_MGR_IAP_DB_BUILDING_IN_PROGRESS;
+    }
+    const auto buildTime = device->character.databaseBuildTime.value_or(m_options.databaseBuildTime);
+    device->database.Start(buildTime, std::move(progress), now);
+    return DEV_MGR_SUCCESS;
+}
+
+DevMgrResult ManagerModel::OpenSession(std::uint32_t process, std::uint32_t handle) {
+    Device* device = nullptr;
+    const DevMgrResult result = FindPlayer(process, handle, device);
+    if (result != DEV_MGR_SUCCESS) {
+        return result;
+    }
+    if (device->database.IsRunning()) {
+        return DEV_MGR_IAP_DB_BUILDING_IN_PROGRESS;
+    }
+    auto& session = device->openings[process].session;
+    if (session) {
+        return DEV_MGR_MD_BROWSE_SESSION_ALREADY_OPENED;
+    }
+    session.emplace();
+    return DEV_MGR_SUCCESS;
+}
+
+DevMgrResult ManagerModel::CloseSession(std::uint32_t process, std::uint32_t handle) {
+    BrowseSession* session = nullptr;
+    const DevMgrResult result = FindSession(process, handle, session);
+    if (result == DEV_MGR_SUCCESS) {
+        Find(handle)->openings[process].session.reset();
+    }
+    return result;
+}
+
+DevMgrResult ManagerModel::FindPlayer(std::uint32_t process, std::uint32_t handle, Device*& device) {
+    Device* found = nullptr;
+    const DevMgrResult result = FindOpened(process, handle, found);
+    if (result != DEV_MGR_SUCCESS) {
+        return result;
+    }
+    if (!IsPlayer(found->identity.type)) {
+        return DEV_MGR_OPERATION_NOT_SUPPORTED_BY_DEVICE;
+    }
+    device = found;
+    return DEV_MGR_SUCCESS;
+}
+
+DevMgrResult ManagerModel::FindSession(std::uint32_t process, std::uint32_t handle, BrowseSession*& session) {
+    Device* device = nullptr;
+    const DevMgrResult result = FindPlayer(process, handle, device);
+    if (result != DEV_MGR_SUCCESS) {
+        return result;
+    }
+    auto& found = device->openings[process].session;
+    if (!found) {
+        return DEV_MGR_MD_BROWSE_SESSION_NOT_OPENED;
+    }
+    session = &*found;
+    return DEV_MGR_SUCCESS;
+}
+
+bool ManagerModel::Fire(const DeviceEvent& event) {
+    if (m_pending.size() + m_processes.Waiting() >= kMostWaiting) {
+        return false;
+    }
+    Push(event, 0);
+    return true;
+}
+
+void ManagerModel::TellSampleRate(const Device& device) {
+    const std::uint32_t rate = device.player.CurrentSound().rate;
+    if (rate != 0 && rate != m_toldSampleRate) {
+        Push(MakePlayerEvent({DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE, rate}, device.identity.handle),
+             device.instance);
+    }
+}
+
+void ManagerModel::Advance(TimePoint now) {
+    PlugPlanned(now);
+    for (const auto& device : m_devices) {
+        for (const DeviceEvent& event : device->TakeEvents(now)) {
+            Push(event, device->instance);
+        }
+    }
+}
+
+std::optional<TimePoint> ManagerModel::NextDue() const {
+    std::optional<TimePoint> next = m_plugAt;
+    for (const auto& device : m_devices) {
+        const auto due = device->NextDue();
+        if (due && (!next || *due < *next)) {
+            next = due;
+        }
+    }
+    return next;
+}
+
+PendingEvent ManagerModel::TakePending() {
+    PendingEvent pending = m_pending.front();
+    m_pending.pop_front();
+    return pending;
+}
+
+std::vector<std::uint32_t> ManagerModel::Targets(const PendingEvent& pending) const {
+    if (pending.instance == 0) {
+        return m_processes.Handles();
+    }
+    std::vector<std::uint32_t> targets;
+    for (const auto& device : m_devices) {
+        if (device->instance == pending.instance) {
+            for (const auto& opening : device->openings) {
+                targets.push_back(opening.first);
+            }
+        }
+    }
+    return targets;
+}
+
+DevMgrResult ManagerModel::FindListed(std::uint32_t process, std::uint32_t handle, Device*& device) const {
+    if (!m_processes.Contains(process)) {
+        return DEV_MGR_PROCESS_NOT_REGISTERED;
+    }
+    Device* found = Find(handle);
+    if (found != nullptr && found->identity.type == DEV_MGR_DEVICE_TYPE_NO_MEDIUM) {
+        return DEV_MGR_DEVICE_NOT_MOUNTED;
+    }
+    if (found == nullptr || !IsListed(found->identity.type)) {
+        return DEV_MGR_INVALID_DEVICE_HANDLE;
+    }
+    device = found;
+    return DEV_MGR_SUCCESS;
+}
+
+DevMgrResult ManagerModel::FindOpened(std::uint32_t process, std::uint32_t handle, Device*& device) const {
+    Device* found = nullptr;
+    const DevMgrResult result = FindListed(process, handle, found);
+    if (result != DEV_MGR_SUCCESS) {
+        return result;
+    }
+    if (!found->IsOpenedBy(process)) {
+        return DEV_MGR_DEVICE_NOT_OPENED;
+    }
+    device = found;
+    return DEV_MGR_SUCCESS;
+}
+
+void ManagerModel::Push(const DeviceEvent& event, std::uint64_t instance) {
+    m_pending.push_back({event, instance, ++m_lastSequence});
+    if (instance != 0 && event.words[0] == DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE) {
+        m_toldSampleRate = event.words[1];
+    }
+}
+
+}  // namespace DeviceSimulator

@@ -1,0 +1,173 @@
+#include "DeviceSimulator/media/MusicTags.h"
+
+#include <attachedpictureframe.h>
+#include <fileref.h>
+#include <flacfile.h>
+#include <id3v2tag.h>
+#include <mp4file.h>
+#include <mpegfile.h>
+#include <tfilestream.h>
+#include <tpropertymap.h>
+#include <wavfile.h>
+#include <xiphcomment.h>
+
+#include <cerrno>
+#include <charconv>
+#include <exception>
+#include <utility>
+
+namespace DeviceSimulator {
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// Collects pictures, a front cover in front.
+class Pictures {
+  public:
+    void Add(const TagLib::ByteVector& data, bool isFront) {
+        const char* const first = data.data();
+        Bytes bytes(first, first + data.size());
+        if (isFront && !m_hasFront) {
+            m_pictures.insert(m_pictures.begin(), std::move(bytes));
+            m_hasFront = true;
+        } else {
+            m_pictures.push_back(std::move(bytes));
+        }
+    }
+
+    void AddFrom(const TagLib::ID3v2::Tag* tag) {
+        if (tag == nullptr) {
+            return;
+        }
+        for (const auto* frame : tag->frameList("APIC")) {
+            if (const auto* picture = dynamic_cast<const TagLib::ID3v2::AttachedPictureFrame*>(frame)) {
+                Add(picture->picture(), picture->type() == TagLib::ID3v2::AttachedPictureFrame::FrontCover);
+            }
+        }
+    }
+
+    void AddFrom(const TagLib::List<TagLib::FLAC::Picture*>& pictures) {
+        for (const auto* picture : pictures) {
+            Add(picture->data(), picture->type() == TagLib::FLAC::Picture::FrontCover);
+        }
+    }
+
+    void AddFrom(const TagLib::MP4::Tag& tag) {
+        for (const auto& picture : tag.item("covr").toCoverArtList()) {
+            Add(picture.data(), false);
+        }
+    }
+
+    std::vector<Bytes> Take() { return std::move(m_pictures); }
+
+  private:
+    std::vector<Bytes> m_pictures;
+    bool m_hasFront = false;
+};
+
+/// Each format keeps its pictures in a place of its own.
+std::vector<Bytes> PicturesOf(TagLib::File& file) {
+    Pictures pictures;
+    if (auto* mpeg = dynamic_cast<TagLib::MPEG::File*>(&file)) {
+        pictures.AddFrom(mpeg->ID3v2Tag());
+    } else if (auto* wav = dynamic_cast<TagLib::RIFF::WAV::File*>(&file)) {
+        pictures.AddFrom(wav->ID3v2Tag());
+    } else if (auto* flac = dynamic_cast<TagLib::FLAC::File*>(&file)) {
+        pictures.AddFrom(flac->pictureList());
+    } else if (auto* xiph = dynamic_cast<TagLib::Ogg::XiphComment*>(file.tag())) {
+        pictures.AddFrom(xiph->pictureList());
+    } else if (auto* mp4 = dynamic_cast<TagLib::MP4::Tag*>(file.tag())) {
+        pictures.AddFrom(*mp4);
+    }
+    return pictures.Take();
+}
+
+std::string Name(const TagLib::String& text) {
+    return text.to8Bit(true).substr(0, kMostScanTextBytes);
+}
+
+/// The number in front, as of "3" or "3/12"; 0 when there is none.
+std::uint32_t Number(const TagLib::StringList& values) {
+    if (values.isEmpty()) {
+        return 0;
+    }
+    const std::string text = values.front().to8Bit(true);
+    std::uint32_t number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+TrackTags TagsOf(const TagLib::PropertyMap& properties) {
+    const auto all = [&properties](const char* key) { return Name(properties[key].toString(", ")); };
+    const auto first = [&properties](const char* key) {
+        const auto& values = properties[key];
+        return values.isEmpty() ? std::string() : Name(values.front());
+    };
+    TrackTags tags;
+    tags.title = all("TITLE");
+    tags.artist = all("ARTIST");
+    tags.album = first("ALBUM");
+    tags.albumArtist = all("ALBUMARTIST");
+    tags.genre = first("GENRE");
+    tags.composer = all("COMPOSER");
+    tags.disc = Number(properties["DISCNUMBER"]);
+    tags.track = Number(properties["TRACKNUMBER"]);
+    tags.compilation = Number(properties["COMPILATION"]) != 0 ? 1 : 0;
+    return tags;
+}
+
+/// The tag library looks for the beginning of the sound for as long as there are bytes, be they terabytes, in
+/// small blocks.
+class BoundedStream : public TagLib::FileStream {
+  public:
+    explicit BoundedStream(const char* path) : FileStream(path, true) {}
+
+    TagLib::ByteVector readBlock(unsigned long length) override {
+        unsigned long& left = length <= kSearchedBlock ? m_leftToSearch : m_leftToRead;
+        if (length > left) {
+            left = 0;
+            return {};
+        }
+        left -= length;
+        return FileStream::readBlock(length);
+    }
+
+  private:
+    static constexpr unsigned long kSearchedBlock = 1024;
+
+    unsigned long m_leftToSearch = 4UL << 20;
+    unsigned long m_leftToRead = 128UL << 20;
+};
+
+void Read(const std::string& path, MusicFile& file) {
+    BoundedStream stream(path.c_str());
+    if (!stream.isOpen()) {
+        file.facts.error = static_cast<std::uint32_t>(errno);
+        return;
+    }
+    const TagLib::FileRef reference(&stream);
+    const TagLib::AudioProperties* const sound = reference.audioProperties();
+    if (sound == nullptr || sound->sampleRate() <= 0 || sound->lengthInMilliseconds() <= 0) {
+        return;
+    }
+    file.facts.tags = TagsOf(reference.file()->properties());
+    file.facts.tags.durationMs = static_cast<std::uint32_t>(sound->lengthInMilliseconds());
+    file.facts.tags.sampleRate = static_cast<std::uint32_t>(sound->sampleRate());
+    file.pictures = PicturesOf(*reference.file());
+    file.facts.isMusic = 1;
+}
+
+}  // namespace
+
+MusicFile ReadMusicFile(const std::string& path) {
+    MusicFile file;
+    try {
+        Read(path, file);
+    } catch (const std::exception&) {
+        file = {};  // whatever a damaged file led the tag library into
+    }
+    return file;
+}
+
+}  // namespace DeviceSimulator

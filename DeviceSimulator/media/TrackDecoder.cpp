@@ -1,0 +1,223 @@
+#include "DeviceSimulator/media/TrackDecoder.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace DeviceSimulator {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr guint kQueuedBuffers = 16;
+/// As long as this, decoding on is at least as quick as a seek.
+constexpr std::int64_t kSeekBeyondSeconds = 2;
+/// Of a file that neither decodes nor fails.
+constexpr auto kPatience = 10s;
+/// Between two looks at the clock.
+constexpr int kMostPulls = 64;
+
+GstElement* Add(GstElement* bin, const char* factory) {
+    GstElement* const element = gst_element_factory_make(factory, nullptr);
+    if (element != nullptr) {
+        gst_bin_add(GST_BIN(bin), element);
+    }
+    return element;
+}
+
+Owned<GstCaps> PcmCaps(std::uint32_t rate) {
+    return Owned<GstCaps>(gst_caps_new_simple("audio/x-raw", "format", G_TYPE_STRING, "S16LE", "rate",
+                                              G_TYPE_INT, static_cast<int>(rate), "channels", G_TYPE_INT, 2,
+                                              "layout", G_TYPE_STRING, "interleaved", nullptr));
+}
+
+}  // namespace
+
+TrackDecoder::TrackDecoder(std::string file, std::uint32_t rate) : m_file(std::move(file)), m_rate(rate) {
+    Build();
+}
+
+TrackDecoder::~TrackDecoder() {
+    m_pipeline.reset();  // first: its threads call back
+}
+
+void TrackDecoder::Build() {
+    m_isReady = false;
+    m_isBroken = false;
+    ExpectFrom(0);
+    m_pipeline.reset(GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr))));
+    m_bus.reset(gst_element_get_bus(m_pipeline.get()));
+    GstElement* const source = Add(m_pipeline.get(), "filesrc");
+    GstElement* const decoder = Add(m_pipeline.get(), "decodebin");
+    m_entry = Add(m_pipeline.get(), "audioconvert");
+    GstElement* const resampler = Add(m_pipeline.get(), "audioresample");
+    m_sink = Add(m_pipeline.get(), "appsink");
+    if (source == nullptr || decoder == nullptr || m_entry == nullptr || resampler == nullptr ||
+        m_sink == nullptr) {
+        Fail("GStreamer's base plugins are missing");
+        return;
+    }
+    const Owned<GstCaps> anySound(gst_caps_new_empty_simple("audio/x-raw"));
+    const Owned<GstCaps> pcm = PcmCaps(m_rate);
+    g_object_set(source, "location", m_file.c_str(), nullptr);
+    // A picture in the file is not decoded.
+    g_object_set(decoder, "caps", anySound.get(), "expose-all-streams", FALSE, nullptr);
+    g_object_set(m_sink, "caps", pcm.get(), "sync", FALSE, "max-buffers", kQueuedBuffers, nullptr);
+    gst_element_link(source, decoder);
+    gst_element_link_many(m_entry, resampler, m_sink, nullptr);
+    g_signal_connect(decoder, "pad-added",
+                     G_CALLBACK(+[](GstElement*, GstPad* pad, TrackDecoder* self) { self->Connect(pad); }),
+                     this);
+    gst_element_set_state(m_pipeline.get(), GST_STATE_PLAYING);
+}
+
+/// On one of GStreamer's threads. Of several streams the first one sounds.
+void TrackDecoder::Connect(GstPad* pad) {
+    const Owned<GstPad> entry(gst_element_get_static_pad(m_entry, "sink"));
+    if (gst_pad_is_linked(entry.get()) == FALSE) {
+        gst_pad_link(pad, entry.get());
+    }
+}
+
+int TrackDecoder::MessageFd() const {
+    GPollFD poll{};
+    gst_bus_get_pollfd(m_bus.get(), &poll);
+    return poll.fd;
+}
+
+void TrackDecoder::HandleMessages() {
+    while (const Owned<GstMessage> message{gst_bus_pop(m_bus.get())}) {
+        Handle(message.get());
+    }
+    if (!m_hasSound && Clock::now() - m_began > kPatience) {
+        Fail("nothing comes out of the decoder");
+    }
+}
+
+void TrackDecoder::Handle(GstMessage* message) {
+    switch (GST_MESSAGE_TYPE(message)) {
+        case GST_MESSAGE_ASYNC_DONE:
+            HandlePreroll();
+            break;
+        case GST_MESSAGE_ERROR:
+            HandleError(message);
+            break;
+        case GST_MESSAGE_EOS:
+            if (!m_hasSound && !Pull()) {
+                Fail("there is no sound in it");
+            }
+            break;
+        default:
+            break;
+    }
+}
+
+void TrackDecoder::HandlePreroll() {
+    m_isReady = true;
+    GstSample* preroll = nullptr;
+    g_signal_emit_by_name(m_sink, "try-pull-preroll", GstClockTime{0}, &preroll);
+    m_hasSound = m_hasSound || preroll != nullptr;
+    if (preroll != nullptr) {
+        gst_sample_unref(preroll);
+    }
+    if (m_seekLater) {
+        Seek(*std::exchange(m_seekLater, std::nullopt));
+    }
+}
+
+/// What has been decoded before a damaged place is played.
+void TrackDecoder::HandleError(GstMessage* message) {
+    GError* parsed = nullptr;
+    gst_message_parse_error(message, &parsed, nullptr);
+    const Owned<GError> error(parsed);
+    m_isBroken = true;
+    if (!m_hasSound && !Pull()) {
+        Fail(error->message);
+    }
+}
+
+/// Forgets what has been decoded; what comes next is to begin about there.
+void TrackDecoder::ExpectFrom(std::int64_t frame) {
+    m_expected = frame;
+    m_first.reset();
+    m_frames.clear();
+}
+
+void TrackDecoder::Fail(std::string reason) {
+    if (m_failure.empty()) {
+        m_failure = std::move(reason);
+    }
+}
+
+void TrackDecoder::GoTo(std::int64_t frame) {
+    const std::int64_t first = m_first.value_or(m_expected);
+    const std::int64_t end = first + static_cast<std::int64_t>(m_frames.size());
+    const bool isNear = frame >= first && frame < end + kSeekBeyondSeconds * m_rate;
+    if (isNear && !m_seekLater) {
+        return;
+    }
+    if (m_isReady) {
+        Seek(frame);
+    } else {
+        m_seekLater = frame;
+    }
+}
+
+void TrackDecoder::Seek(std::int64_t frame) {
+    const auto time = gst_util_uint64_scale(static_cast<guint64>(frame), GST_SECOND, m_rate);
+    const auto flags = static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE);
+    if (!m_isBroken && gst_element_seek_simple(m_pipeline.get(), GST_FORMAT_TIME, flags,
+                                               static_cast<gint64>(time)) != FALSE) {
+        ExpectFrom(frame);
+    } else if (frame < m_first.value_or(m_expected)) {
+        Build();  // what cannot seek begins anew
+    }
+}
+
+std::span<const SoundFrame> TrackDecoder::Frames(std::int64_t from, std::size_t most) {
+    for (int pulls = 0; pulls < kMostPulls; ++pulls) {
+        const auto before = static_cast<std::ptrdiff_t>(
+            std::clamp<std::int64_t>(from - m_first.value_or(from), 0, std::ssize(m_frames)));
+        m_frames.erase(m_frames.begin(), m_frames.begin() + before);
+        if (m_first) {
+            *m_first += before;
+        }
+        if (m_frames.size() >= most || !Pull()) {
+            break;
+        }
+    }
+    return m_first == from ? std::span<const SoundFrame>(m_frames).first(std::min(most, m_frames.size()))
+                           : std::span<const SoundFrame>();
+}
+
+bool TrackDecoder::Pull() {
+    GstSample* pulled = nullptr;
+    g_signal_emit_by_name(m_sink, "try-pull-sample", GstClockTime{0}, &pulled);
+    const Owned<GstSample> sample(pulled);
+    if (sample) {
+        m_hasSound = true;
+        Append(sample.get());
+    }
+    return sample != nullptr;
+}
+
+void TrackDecoder::Append(GstSample* sample) {
+    if (!m_first) {
+        m_first = FirstFrame(sample);
+    }
+    GstBuffer* const buffer = gst_sample_get_buffer(sample);
+    const std::size_t old = m_frames.size();
+    const std::size_t bytes = gst_buffer_get_size(buffer);
+    m_frames.resize(old + bytes / sizeof(SoundFrame));
+    gst_buffer_extract(buffer, 0, m_frames.data() + old, bytes / sizeof(SoundFrame) * sizeof(SoundFrame));
+}
+
+std::int64_t TrackDecoder::FirstFrame(GstSample* sample) const {
+    const guint64 time = gst_segment_to_stream_time(gst_sample_get_segment(sample), GST_FORMAT_TIME,
+                                                    GST_BUFFER_PTS(gst_sample_get_buffer(sample)));
+    return time == GST_CLOCK_TIME_NONE
+               ? 0
+               : static_cast<std::int64_t>(gst_util_uint64_scale_round(time, m_rate, GST_SECOND));
+}
+
+}  // namespace DeviceSimulator

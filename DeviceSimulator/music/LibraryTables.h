@@ -1,0 +1,61 @@
+// The one form in which every library is held: numbered tracks and groups, in the player's order.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "DeviceSimulator/music/CoverFolder.h"
+#include "DeviceSimulator/music/Library.h"
+#include "DeviceSimulator/music/LibraryText.h"
+
+namespace DeviceSimulator {
+
+/// What tracks are grouped by. A track belongs to at most one group of each kind.
+enum GroupKind : std::uint8_t { kArtists, kAlbums, kGenres, kComposers, kGroupKinds };
+
+/// In place of a group's or playlist's or track's number.
+constexpr std::uint32_t kNone = UINT32_MAX;
+
+/// Tracks are numbered by title.
+struct TrackRow {
+    std::string_view title;
+    std::string_view file;
+    std::array<std::uint32_t, kGroupKinds> groups;
+    std::uint32_t durationMs = 0;
+    std::uint32_t sampleRate = 0;
+};
+
+/// Groups are numbered by name.
+struct GroupTable {
+    std::vector<std::string_view> names;
+    std::vector<std::uint32_t> starts;  ///< of each group in `tracks`; one more for the end
+    /// Group after group: an artist's and an album's tracks by album, disc and track number, others by title.
+    std::vector<std::uint32_t> tracks;
+
+    std::span<const std::uint32_t> TracksOf(std::uint32_t group) const {
+        return std::span(tracks).subspan(starts[group], starts[group + 1] - starts[group]);
+    }
+};
+
+struct PlaylistRow {
+    std::string_view name;
+    ItemList tracks;
+};
+
+struct LibraryTables {
+    TextPool texts;
+    std::vector<TrackRow> tracks;
+    std::array<GroupTable, kGroupKinds> groups;
+    std::vector<std::string_view> albumOwners;  ///< an album's artist, by album
+    std::vector<PlaylistRow> playlists;
+    std::shared_ptr<const CoverFolder> coverFolder;  ///< null: covers are drawn
+    std::vector<std::uint32_t> covers;               ///< by album, numbers of the folder's; kNoCover: none
+};
+
+std::unique_ptr<Library> MakeTableLibrary(LibraryTables tables);
+
+}  // namespace DeviceSimulator

@@ -1,0 +1,238 @@
+#include "DeviceSimulator/music/MusicIndex.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+#include <utility>
+
+#include "DeviceSimulator/music/LibraryText.h"
+
+namespace DeviceSimulator {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// The number counts up with every change of what is kept, and of what is read of a file.
+constexpr std::string_view kHead = "The simulated player's music, version 1.\n";
+constexpr std::size_t kMostRecord = 65536;
+constexpr std::size_t kMostUnwritten = 65536;
+constexpr std::chrono::milliseconds kMostUnwrittenTime{500};
+
+/// FNV-1a.
+std::uint32_t Checksum(std::string_view bytes) {
+    std::uint32_t sum = 0x811C9DC5;
+    for (const char c : bytes) {
+        sum = (sum ^ static_cast<unsigned char>(c)) * 0x01000193;
+    }
+    return sum;
+}
+
+template <typename Pack, typename Record>
+void PackRecord(Pack& packer, Record& record) {
+    packer(record.stamp.size);
+    packer(record.stamp.modified);
+    packer(record.isMusic);
+    packer(record.failure);
+    PackTags(packer, record.tags, record.cover);
+}
+
+std::optional<MusicRecord> RecordOf(std::string_view packed) {
+    MusicRecord record;
+    Unpacker unpacker(packed);
+    PackRecord(unpacker, record);
+    return unpacker.IsOver() ? std::optional(std::move(record)) : std::nullopt;
+}
+
+/// A checksum, then path and rest; a vanished file's has none.
+std::string Packed(std::string_view path, std::string_view rest) {
+    std::string payload;
+    Packer packer(payload);
+    packer(path);
+    payload += rest;
+    std::string record;
+    Packer outer(record);
+    outer(Checksum(payload));
+    outer(std::string_view(payload));
+    return record;
+}
+
+std::uint32_t NumberAt(std::string_view text, std::size_t at) {
+    std::uint32_t number = 0;
+    std::memcpy(&number, text.data() + at, sizeof number);
+    return number;
+}
+
+/// Takes the next record's payload off the front of `text`; empty when it is not whole.
+std::string_view TakePayload(std::string_view& text) {
+    constexpr std::size_t kHeadBytes = 2 * sizeof(std::uint32_t);
+    if (text.size() < kHeadBytes) {
+        return {};
+    }
+    const std::size_t size = NumberAt(text, sizeof(std::uint32_t));
+    if (size < sizeof(std::uint32_t) || size > kMostRecord || size > text.size() - kHeadBytes) {
+        return {};
+    }
+    const std::string_view payload = text.substr(kHeadBytes, size);
+    if (Checksum(payload) != NumberAt(text, 0) || NumberAt(payload, 0) > size - sizeof(std::uint32_t)) {
+        return {};
+    }
+    text.remove_prefix(kHeadBytes + size);
+    return payload;
+}
+
+std::string ReadFile(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+bool IsBelow(std::string_view path, const std::string& folder) {
+    return path.starts_with(folder) && (folder.ends_with('/') || path.substr(folder.size()).starts_with('/'));
+}
+
+}  // namespace
+
+std::unique_ptr<MusicIndex> MusicIndex::Open(const fs::path& folder, std::string& error) {
+    std::error_code code;
+    fs::create_directories(folder, code);
+    std::unique_ptr<MusicIndex> index(new MusicIndex(folder / "music.index"));
+    errno = 0;
+    const bool isWritable = index->OpenForWriting();
+    const int failure = errno;
+    const std::size_t good = index->Load();
+    if (isWritable && good < index->m_text.size()) {
+        // Nobody else writes: it has been cut short or damaged, or is of another version.
+        index->m_hasFailed = ftruncate(index->m_file.Get(), static_cast<off_t>(good)) != 0;
+    }
+    if (isWritable && good == 0) {
+        index->m_unwritten = kHead;
+    }
+    if (!isWritable && good == 0 && failure != EWOULDBLOCK) {
+        error = code ? code.message() : std::generic_category().message(failure);
+        return nullptr;
+    }
+    return index;
+}
+
+bool MusicIndex::OpenForWriting() {
+    constexpr mode_t kMode = 0644;
+    m_lock = Descriptor(open((m_path.native() + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kMode));
+    if (!m_lock.IsOpen() || flock(m_lock.Get(), LOCK_EX | LOCK_NB) != 0) {
+        return false;
+    }
+    m_file = Descriptor(open(m_path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kMode));
+    return m_file.IsOpen();
+}
+
+/// Returns how much of the file is good.
+std::size_t MusicIndex::Load() {
+    m_text = ReadFile(m_path);
+    m_known.clear();
+    m_records = 0;
+    std::string_view rest = m_text;
+    if (!rest.starts_with(kHead)) {
+        return 0;
+    }
+    rest.remove_prefix(kHead.size());
+    for (auto payload = TakePayload(rest); !payload.empty(); payload = TakePayload(rest)) {
+        const auto path = payload.substr(sizeof(std::uint32_t), NumberAt(payload, 0));
+        const auto record = payload.substr(sizeof(std::uint32_t) + path.size());
+        m_known.erase(path);
+        if (!record.empty()) {
+            m_known.emplace(path, record);
+        }
+        ++m_records;
+    }
+    return m_text.size() - rest.size();
+}
+
+std::optional<MusicRecord> MusicIndex::Find(const std::string& path, const FileStamp& stamp) const {
+    const auto known = m_known.find(path);
+    auto record = known != m_known.end() ? RecordOf(known->second) : std::nullopt;
+    return record && record->stamp == stamp ? std::move(record) : std::nullopt;
+}
+
+void MusicIndex::Put(const std::string& path, const MusicRecord& record) {
+    std::string rest;
+    Packer packer(rest);
+    PackRecord(packer, record);
+    Append(path, rest);
+}
+
+void MusicIndex::Append(std::string_view path, std::string_view rest) {
+    if (!IsWritable()) {
+        return;
+    }
+    m_isChanged = true;
+    m_unwritten += Packed(path, rest);
+    if (m_unwritten.size() > kMostUnwritten || Clock::now() - m_flushed > kMostUnwrittenTime) {
+        Flush();
+    }
+}
+
+void MusicIndex::Flush() {
+    m_flushed = Clock::now();
+    if (!IsWritable() || m_hasFailed || m_unwritten.empty()) {
+        return;
+    }
+    m_hasFailed = write(m_file.Get(), m_unwritten.data(), m_unwritten.size()) != std::ssize(m_unwritten);
+    m_unwritten.clear();
+}
+
+bool MusicIndex::Close(const std::string& folder, const std::unordered_set<std::string_view>* found,
+                       const CoverFolder& covers) {
+    if (found != nullptr) {
+        for (const auto& known : m_known) {
+            if (IsBelow(known.first, folder) && !found->contains(known.first)) {
+                Append(known.first, {});
+            }
+        }
+    }
+    Flush();
+    if (m_isChanged && !m_hasFailed) {
+        Tidy(covers);
+    }
+    m_known = {};
+    m_text = {};
+    m_file.Close();
+    m_lock.Close();
+    return !m_hasFailed;
+}
+
+void MusicIndex::Tidy(const CoverFolder& covers) {
+    Load();
+    if (m_records > m_known.size() + m_known.size() / 4) {
+        Rewrite();
+    }
+    std::unordered_set<std::string> digests;
+    for (const auto& known : m_known) {
+        if (auto record = RecordOf(known.second)) {
+            digests.insert(std::move(record->cover.digest));
+        }
+    }
+    covers.RemoveOthers(digests);
+}
+
+/// Without what has been written over. Whoever reads the old file at this moment reads on in that.
+void MusicIndex::Rewrite() {
+    const fs::path fresh = m_path.native() + ".new";
+    std::ofstream file(fresh, std::ios::binary);
+    file << kHead;
+    for (const auto& [path, rest] : m_known) {
+        file << Packed(path, rest);
+    }
+    file.close();
+    std::error_code error;
+    if (file) {
+        fs::rename(fresh, m_path, error);
+    }
+    m_hasFailed = !file || error;
+}
+
+}  // namespace DeviceSimulator

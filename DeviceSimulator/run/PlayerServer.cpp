@@ -1,0 +1,217 @@
+#include "DeviceSimulator/run/PlayerServer.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <exception>
+#include <new>
+#include <utility>
+
+#include "DeviceSimulator/run/Engine.h"
+#include "DeviceSimulator/wire/Arguments.h"
+#include "DeviceSimulator/wire/FunctionId.h"
+#include "DeviceSimulator/wire/Stream.h"
+#include "DeviceSimulator/wire/Thread.h"
+
+namespace DeviceSimulator {
+
+namespace {
+
+/// After a failed accept, for want of descriptors or memory.
+constexpr int kAcceptPauseMs = 100;
+
+struct RemoteCall {
+    RemoteClient& client;
+    Wire::Taker arguments;
+    Wire::Bytes& answer;
+    Descriptor memory;  ///< what goes to the client beside the answer
+};
+
+using CarriedResult = std::optional<std::uint32_t>;
+
+template <typename... Arguments>
+CarriedResult CarryTo(std::uint32_t (*function)(Arguments...), RemoteCall& call) {
+    return Wire::Carry<Arguments...>(function, call.arguments, call.answer);
+}
+
+CarriedResult CarryRegister(RemoteCall& call) {
+    return Wire::Carry<u32*, DeviceEventCallback>(
+        [&](u32* process, DeviceEventCallback callback) { return call.client.Register(process, callback); },
+        call.arguments, call.answer);
+}
+
+CarriedResult CarryAllocate(RemoteCall& call) {
+    return Wire::Carry<u32, u32*, u32*>(
+        [&](u32 process, u32* size, u32* block) {
+            return call.client.Allocate(process, size, block, call.memory);
+        },
+        call.arguments, call.answer);
+}
+
+using Carrier = CarriedResult (*)(RemoteCall&);
+
+constexpr std::array<Carrier, kFunctionCount> MakeCarriers() {
+    std::array<Carrier, kFunctionCount> carriers = {
+#define DEVICE_SIMULATOR_CARRIER(function, parameters) \
+    [](RemoteCall& call) { return CarryTo(&::function, call); },
+        DEVICE_MANAGER_FUNCTIONS(DEVICE_SIMULATOR_CARRIER)
+#undef DEVICE_SIMULATOR_CARRIER
+    };
+    carriers[IndexOf(FunctionId::eDevMgrRegisterProcess)] = CarryRegister;
+    carriers[IndexOf(FunctionId::eDevMgrAllocateSharedMemory)] = CarryAllocate;
+    return carriers;
+}
+
+/// Room for the head, then what the call gives. False when the call makes no sense.
+bool Answer(RemoteClient& client, std::span<const std::byte> message, Wire::Bytes& answer,
+            Descriptor& memory) {
+    static constexpr auto kCarriers = MakeCarriers();
+    Wire::Taker taker(message);
+    const auto head = taker.Take<Wire::CallHead>();
+    if (head.function >= kFunctionCount) {
+        return false;
+    }
+    CallLog::SetCaller(head.thread);
+    answer.assign(sizeof(Wire::AnswerHead), {});
+    RemoteCall call{client, taker, answer, Descriptor{}};
+    const CarriedResult result = kCarriers[head.function](call);
+    if (!result) {
+        return false;
+    }
+    const Wire::AnswerHead answerHead{static_cast<std::uint32_t>(answer.size() - sizeof(Wire::AnswerHead)),
+                                      *result};
+    std::memcpy(answer.data(), &answerHead, sizeof(answerHead));
+    if (*result == DEV_MGR_SUCCESS) {
+        memory = std::move(call.memory);
+    }
+    return true;
+}
+
+bool IsHello(const Wire::Hello& hello) {
+    return hello.magic == Wire::kMagic && hello.version == Wire::kVersion &&
+           hello.firstProcess <= Wire::kLastFirstProcess;
+}
+
+}  // namespace
+
+void PlayerServer::Run() {
+    for (;;) {
+        Descriptor socket(accept4(m_listener.Get(), nullptr, nullptr, SOCK_CLOEXEC));
+        if (socket.IsOpen()) {
+            Start(std::move(socket));
+        } else if (errno != EINTR && errno != ECONNABORTED) {
+            poll(nullptr, 0, kAcceptPauseMs);
+        }
+    }
+}
+
+void PlayerServer::Start(Descriptor socket) {
+    Enter();
+    if (++m_connections <= kMostConnections && Wire::IsOwnUser(socket.Get())) {
+        try {
+            // In a holder that can be copied, as a thread's function must be able to be.
+            auto shared = std::make_shared<Descriptor>(std::move(socket));
+            StartThread("devmgr-client", [this, shared] { Serve(std::move(*shared)); }).detach();
+            return;
+        } catch (const std::exception& error) {
+            std::fprintf(stderr, "device simulator: a client is turned away: %s\n", error.what());
+        }
+    }
+    --m_connections;
+    Leave();
+}
+
+void PlayerServer::Serve(Descriptor socket) {
+    Wire::Hello hello;
+    Wire::LimitTime(socket.Get(), true);
+    const bool isKnown = Wire::ReceiveFlat(socket.Get(), hello) && IsHello(hello);
+    const bool isClient = hello.kind == Wire::ConnectionKind::Events;
+    bool serves = false;
+    try {
+        if (isKnown && isClient) {
+            ServeClient(std::move(socket), hello);
+        } else {
+            // To one of another version too, which then knows why.
+            serves =
+                Wire::SendFlat(socket.Get(), Wire::HelloAnswer{.isWelcome = isKnown ? 1U : 0U}) && isKnown;
+            Wire::LimitTime(socket.Get(), false);
+        }
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "device simulator: a client is turned away: %s\n", error.what());
+    }
+    Leave();
+    if (serves) {
+        ServeCalls(socket, hello.client);
+    }
+    --m_connections;
+}
+
+void PlayerServer::ServeClient(Descriptor socket, const Wire::Hello& hello) {
+    const int descriptor = socket.Get();
+    const auto client = std::make_shared<RemoteClient>(std::move(socket));
+    if (!client->IsGood()) {
+        return;
+    }
+    Engine::Instance().Loop().Locked(
+        [&](ManagerModel& model, TimePoint) { model.SkipProcessesTo(hello.firstProcess); });
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!m_clients.try_emplace(hello.client, client).second) {
+            return;
+        }
+    }
+    // Known first: its connections for calls may come as soon as it is welcome.
+    if (Wire::SendFlat(descriptor, Wire::HelloAnswer{.isWelcome = 1})) {
+        Wire::LimitTime(descriptor, false);
+        client->SendEvents();
+    }
+    const std::lock_guard lock(m_mutex);
+    m_clients.erase(hello.client);
+}
+
+void PlayerServer::ServeCalls(const Descriptor& socket, std::uint64_t number) {
+    std::shared_ptr<RemoteClient> client;
+    {
+        const std::lock_guard lock(m_mutex);
+        const auto found = m_clients.find(number);
+        client = found != m_clients.end() ? found->second : nullptr;
+    }
+    Wire::Bytes buffer;
+    Wire::Bytes answer;
+    Descriptor none;
+    try {
+        while (client != nullptr) {
+            const auto message =
+                Wire::ReceiveMessage(socket.Get(), buffer, sizeof(Wire::CallHead), Wire::kLongestCall, none);
+            Descriptor memory;
+            if (message.empty() || !Answer(*client, message, answer, memory)) {
+                return;
+            }
+            const bool isSent = memory.IsOpen() ? Wire::SendWith(socket.Get(), answer, memory.Get())
+                                                : SendAll(socket.Get(), answer);
+            if (!isSent) {
+                return;
+            }
+        }
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "device simulator: a connection ends: %s\n", error.what());
+    }
+}
+
+/// A client that comes while the player ends finds its connection closed, and starts another player.
+void PlayerServer::Leave() {
+    if (--m_holders != 0 || m_isStaying) {
+        return;
+    }
+    pollfd waiting{m_listener.Get(), POLLIN, 0};
+    if (poll(&waiting, 1, 0) <= 0) {
+        // Nothing is to be saved, and threads may be at work anywhere.
+        _exit(0);
+    }
+}
+
+}  // namespace DeviceSimulator

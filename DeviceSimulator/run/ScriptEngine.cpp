@@ -1,0 +1,81 @@
+#include "DeviceSimulator/run/ScriptEngine.h"
+
+namespace DeviceSimulator {
+
+namespace {
+
+bool Use(std::uint32_t& times) {
+    if (times == 0) {
+        return false;
+    }
+    if (times != ScriptEngine::kForEver) {
+        --times;
+    }
+    return true;
+}
+
+}  // namespace
+
+void ScriptEngine::Fail(FunctionId function, std::uint32_t code, std::uint32_t times) {
+    const std::lock_guard lock(m_mutex);
+    m_scripts[IndexOf(function)].failCode = code;
+    m_scripts[IndexOf(function)].failTimes = times;
+}
+
+void ScriptEngine::Delay(FunctionId function, std::chrono::milliseconds time, std::uint32_t times) {
+    const std::lock_guard lock(m_mutex);
+    m_scripts[IndexOf(function)].delay = time;
+    m_scripts[IndexOf(function)].delayTimes = times;
+}
+
+void ScriptEngine::SetArtwork(ArtworkScript script) {
+    const std::lock_guard lock(m_mutex);
+    m_artwork = script;
+}
+
+void ScriptEngine::SetLargestBlock(std::uint32_t size) {
+    const std::lock_guard lock(m_mutex);
+    m_largestBlock = size;
+}
+
+std::uint32_t ScriptEngine::LargestBlock() {
+    const std::lock_guard lock(m_mutex);
+    return m_largestBlock;
+}
+
+ArtworkScript ScriptEngine::Artwork() {
+    const std::lock_guard lock(m_mutex);
+    return m_artwork;
+}
+
+std::array<CallScript, kFunctionCount> ScriptEngine::Active() {
+    const std::lock_guard lock(m_mutex);
+    return m_scripts;
+}
+
+void ScriptEngine::Clear() {
+    const std::lock_guard lock(m_mutex);
+    m_scripts = {};
+    m_artwork = {};
+    m_largestBlock = UINT32_MAX;
+    ++m_generation;
+    m_cleared.notify_all();
+}
+
+void ScriptEngine::ApplyDelay(FunctionId function) {
+    std::unique_lock lock(m_mutex);
+    CallScript& script = m_scripts[IndexOf(function)];
+    if (Use(script.delayTimes)) {
+        const auto until = std::chrono::steady_clock::now() + script.delay;
+        m_cleared.wait_until(lock, until,
+                             [this, generation = m_generation] { return m_generation != generation; });
+    }
+}
+
+std::optional<std::uint32_t> ScriptEngine::NextFailure(FunctionId function) {
+    const std::lock_guard lock(m_mutex);
+    CallScript& script = m_scripts[IndexOf(function)];
+    return Use(script.failTimes) ? std::optional(script.failCode) : std::nullopt;
+}
+
+}  // namespace DeviceSimulator

@@ -1,0 +1,233 @@
+// How the arguments of a device-manager function travel, by their types alone:
+//
+// clang-format off
+//     integer                in
+//     u8*, u32*              in and out
+//     record*                out; of BrowseItem and DeviceRecord a list, as long as the function's u32* says
+//     char*, char**          a text in; a text out, the caller's to free()
+//     DeviceEventCallback    whether there is one: it is the client's
+// clang-format on
+//
+// A null pointer arrives as one. What goes out is sent after a success only.
+#pragma once
+
+#include <algorithm>
+#include <concepts>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <string>
+#include <tuple>
+
+#include "DeviceManager/DeviceManager.h"
+#include "DeviceSimulator/wire/Bytes.h"
+#include "DeviceSimulator/wire/Protocol.h"
+
+namespace DeviceSimulator::Wire {
+
+template <typename T>
+concept Number = std::integral<T> && !std::same_as<T, char>;
+template <typename T>
+concept ListRecord = std::same_as<T, BrowseItem> || std::same_as<T, DeviceRecord>;
+template <typename T>
+concept Record = Flat<T> && std::is_class_v<T> && !ListRecord<T>;
+
+inline void PutFlag(Bytes& bytes, bool flag) {
+    Put(bytes, static_cast<std::uint8_t>(flag));
+}
+inline bool TakeFlag(Taker& taker) {
+    return taker.Take<std::uint8_t>() != 0;
+}
+/// Of a null pointer, an empty one.
+inline void PutText(Bytes& bytes, const char* text) {
+    const auto length = text != nullptr ? static_cast<std::uint32_t>(strnlen(text, kLongestText)) : 0;
+    Put(bytes, length);
+    PutBytes(bytes, text, length);
+}
+inline std::string TakeText(Taker& taker) {
+    const auto bytes = taker.TakeBytes(taker.Take<std::uint32_t>());
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+// At the client: Send puts what goes in, Receive takes what came out.
+
+template <Number T>
+void Send(Bytes& bytes, T value) {
+    Put(bytes, value);
+}
+template <typename T>
+void Send(Bytes& bytes, T* pointer) {
+    PutFlag(bytes, pointer != nullptr);
+    if constexpr (Number<T>) {
+        // It may be meant to be written alone, and then be of any value.
+        Put(bytes, pointer != nullptr ? *pointer : T{});
+    }
+}
+inline void Send(Bytes& bytes, char* text) {
+    PutFlag(bytes, text != nullptr);
+    PutText(bytes, text);
+}
+
+/// How many records a list has room for.
+template <typename T>
+std::uint32_t Room(const T& argument) {
+    if constexpr (std::is_same_v<T, u32*>) {
+        return argument != nullptr ? *argument : 0;
+    }
+    return 0;
+}
+
+inline void Receive(Taker&, std::integral auto, std::uint32_t) {}
+inline void Receive(Taker&, DeviceEventCallback, std::uint32_t) {}
+inline void Receive(Taker&, char*, std::uint32_t) {}
+template <Flat T>
+void Receive(Taker& taker, T* pointer, std::uint32_t room) {
+    if (pointer == nullptr) {
+        return;
+    }
+    if constexpr (ListRecord<T>) {
+        const auto bytes =
+            taker.TakeBytes(sizeof(T) * std::size_t{std::min(taker.Take<std::uint32_t>(), room)});
+        if (!bytes.empty()) {
+            std::memcpy(pointer, bytes.data(), bytes.size());
+        }
+    } else {
+        *pointer = taker.Take<T>();
+    }
+}
+inline void Receive(Taker& taker, char** pointer, std::uint32_t) {
+    if (pointer == nullptr) {
+        return;
+    }
+    const bool isThere = TakeFlag(taker);
+    *pointer = isThere ? strdup(TakeText(taker).c_str()) : nullptr;
+}
+
+// At the player: what a call works on in the caller's place.
+
+template <typename T>
+struct Held;
+
+template <Number T>
+struct Held<T> {
+    T value{};
+    void Read(Taker& taker) { value = taker.Take<T>(); }
+    T Get(std::uint32_t) { return value; }
+    void Answer(Bytes&, std::uint32_t) const {}
+};
+
+template <typename T>
+requires(Number<T> || Record<T>) struct Held<T*> {
+    bool isThere = false;
+    T value{};
+    void Read(Taker& taker) {
+        isThere = TakeFlag(taker);
+        if constexpr (Number<T>) {
+            value = taker.Take<T>();
+        }
+    }
+    T* Get(std::uint32_t) { return isThere ? &value : nullptr; }
+    void Answer(Bytes& bytes, std::uint32_t) const {
+        if (isThere) {
+            Put(bytes, value);
+        }
+    }
+};
+
+template <ListRecord T>
+struct Held<T*> {
+    bool isThere = false;
+    std::unique_ptr<T[]> records;
+    void Read(Taker& taker) { isThere = TakeFlag(taker); }
+    T* Get(std::uint32_t room) {
+        if (isThere) {
+            // Not cleared: of a large room most is never touched.
+            records = std::make_unique_for_overwrite<T[]>(std::size_t{room} + 1);
+        }
+        return records.get();
+    }
+    void Answer(Bytes& bytes, std::uint32_t count) const {
+        if (isThere) {
+            Put(bytes, count);
+            PutBytes(bytes, records.get(), sizeof(T) * std::size_t{count});
+        }
+    }
+};
+
+template <>
+struct Held<char*> {
+    bool isThere = false;
+    std::string text;
+    void Read(Taker& taker) {
+        isThere = TakeFlag(taker);
+        text = TakeText(taker);
+    }
+    char* Get(std::uint32_t) { return isThere ? text.data() : nullptr; }
+    void Answer(Bytes&, std::uint32_t) const {}
+};
+
+template <>
+struct Held<char**> {
+    bool isThere = false;
+    char* text = nullptr;
+    Held() = default;
+    void Read(Taker& taker) { isThere = TakeFlag(taker); }
+    ~Held() { std::free(text); }
+    Held(const Held&) = delete;
+    Held& operator=(const Held&) = delete;
+    char** Get(std::uint32_t) { return isThere ? &text : nullptr; }
+    void Answer(Bytes& bytes, std::uint32_t) const {
+        if (isThere) {
+            PutFlag(bytes, text != nullptr);
+            if (text != nullptr) {
+                PutText(bytes, text);
+            }
+        }
+    }
+};
+
+inline void Ignore(const DeviceEvent*, u32) {}
+
+template <>
+struct Held<DeviceEventCallback> {
+    bool isThere = false;
+    void Read(Taker& taker) { isThere = TakeFlag(taker); }
+    /// What it is called for is the client's; this one stands for "not null".
+    DeviceEventCallback Get(std::uint32_t) { return isThere ? &Ignore : nullptr; }
+    void Answer(Bytes&, std::uint32_t) const {}
+};
+
+template <typename... Arguments>
+constexpr bool kHasList = (ListRecord<std::remove_pointer_t<Arguments>> || ...);
+
+/// Calls `function` with what has come from the client, and puts what it gives into `answer`. None: what came
+/// is not what goes in.
+template <typename... Arguments, typename Function>
+std::optional<std::uint32_t> Carry(Function function, Taker& taker, Bytes& answer) {
+    std::tuple<Held<Arguments>...> held;
+    std::apply([&](auto&... each) { (each.Read(taker), ...); }, held);
+    if (!taker.IsDone()) {
+        return std::nullopt;
+    }
+    return std::apply(
+        [&](auto&... each) {
+            std::uint32_t* count = nullptr;
+            if constexpr (kHasList<Arguments...>) {
+                count = std::get<Held<u32*>>(held).Get(0);
+            }
+            if (count != nullptr) {
+                *count = std::min(*count, kMostRecords);
+            }
+            const std::uint32_t room = count != nullptr ? *count : 0;
+            const std::uint32_t result = function(each.Get(room)...);
+            if (result == DEV_MGR_SUCCESS) {
+                (each.Answer(answer, count != nullptr ? std::min(*count, room) : 0), ...);
+            }
+            return result;
+        },
+        held);
+}
+
+}  // namespace DeviceSimulator::Wire

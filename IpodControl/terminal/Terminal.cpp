@@ -1,0 +1,218 @@
+#include "IpodControl/terminal/Terminal.h"
+
+#include <langinfo.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <clocale>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+#include "ServiceUtil/Utf8.h"
+// ncurses declares its functions for wide characters when it is asked to, and macros with common names.
+#define NCURSES_WIDECHAR 1
+#define NCURSES_NOMACROS 1
+#include <curses.h>
+
+namespace IpodControl::PlayerView {
+
+struct Terminal::Screen {
+    explicit Screen(SCREEN* opened) : screen(opened) {}
+    ~Screen() {
+        endwin();
+        delscreen(screen);
+    }
+    Screen(const Screen&) = delete;
+    Screen& operator=(const Screen&) = delete;
+
+    SCREEN* const screen;
+};
+
+namespace {
+
+/// So long an escape sequence may take to come; longer than the pause within one over a slow line.
+constexpr int kEscapeMilliseconds = 40;
+
+Charset LocaleCharset() {
+    return std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0 ? Charset::Utf8 : Charset::Ascii;
+}
+
+/// As ncurses counts: 0, 8 or 256. Where it counts more, a number means other colours than the palette's.
+int CountColours(bool wantsColours) {
+    if (!wantsColours || !has_colors() || start_color() != OK || use_default_colors() != OK) {
+        return 0;
+    }
+    if (COLORS == 256) {
+        return 256;
+    }
+    return COLORS >= 8 ? 8 : 0;
+}
+
+attr_t Attributes(const Style& style) {
+    return (style.isBold ? A_BOLD : A_NORMAL) | (style.isDim ? A_DIM : A_NORMAL) |
+           (style.isReverse ? A_REVERSE : A_NORMAL);
+}
+
+bool CanPlaceCursor() {
+    char name[] = "cup";
+    const char* const capability = tigetstr(name);
+    // -1 for what is no text, which this one is.
+    return capability != nullptr && reinterpret_cast<std::intptr_t>(capability) != -1;
+}
+
+constexpr std::array<std::pair<wint_t, KeyKind>, 11> kNamedKeys{{
+    {KEY_ENTER, KeyKind::Enter},
+    {KEY_BACKSPACE, KeyKind::Backspace},
+    {KEY_LEFT, KeyKind::Left},
+    {KEY_RIGHT, KeyKind::Right},
+    {KEY_UP, KeyKind::Up},
+    {KEY_DOWN, KeyKind::Down},
+    {KEY_PPAGE, KeyKind::PageUp},
+    {KEY_NPAGE, KeyKind::PageDown},
+    {KEY_HOME, KeyKind::Home},
+    {KEY_END, KeyKind::End},
+    {KEY_REFRESH, KeyKind::Redraw},
+}};
+
+std::optional<Key> NamedKey(wint_t code) {
+    const auto* const named = std::find_if(kNamedKeys.begin(), kNamedKeys.end(),
+                                           [code](const auto& entry) { return entry.first == code; });
+    return named == kNamedKeys.end() ? std::nullopt : std::optional(Key{named->second});
+}
+
+Key CharacterKey(wint_t character) {
+    switch (character) {
+        case '\r':
+        case '\n':
+            return {KeyKind::Enter};
+        case '\b':
+        case 0x7F:
+            return {KeyKind::Backspace};
+        case 0x1B:
+            return {KeyKind::Escape};
+        case 0x0C:
+            return {KeyKind::Redraw};
+        default:
+            return {KeyKind::Character, static_cast<char32_t>(character)};
+    }
+}
+
+}  // namespace
+
+std::unique_ptr<Terminal> Terminal::Open(bool wantsColours, std::string& why) {
+    std::setlocale(LC_ALL, "");
+    if (isatty(STDIN_FILENO) == 0 || isatty(STDOUT_FILENO) == 0) {
+        why = "The player view needs a terminal to read keys from and to draw on.";
+        return nullptr;
+    }
+    const char* const name = std::getenv("TERM");
+    SCREEN* const screen = newterm(nullptr, stdout, stdin);
+    if (screen != nullptr) {
+        auto owned = std::make_unique<Screen>(screen);
+        if (CanPlaceCursor()) {
+            return std::unique_ptr<Terminal>(new Terminal(std::move(owned), wantsColours));
+        }
+    }
+    why = std::string("The player view cannot draw on the terminal type \"") + (name == nullptr ? "" : name) +
+          "\" (TERM).";
+    return nullptr;
+}
+
+Terminal::Terminal(std::unique_ptr<Screen> screen, bool wantsColours)
+    : m_screen(std::move(screen)), m_charset(LocaleCharset()), m_colours(CountColours(wantsColours)) {
+    cbreak();
+    noecho();
+    nonl();
+    curs_set(0);
+    set_escdelay(kEscapeMilliseconds);
+    keypad(stdscr, TRUE);
+    nodelay(stdscr, TRUE);
+    // Reading keys must not draw.
+    leaveok(stdscr, TRUE);
+    refresh();
+}
+
+Terminal::~Terminal() = default;
+
+Size Terminal::Extent() const {
+    return {LINES, COLS};
+}
+
+void Terminal::Resize() {
+    winsize size{};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 0 && size.ws_col > 0) {
+        resizeterm(size.ws_row, size.ws_col);
+        Redraw();
+    }
+}
+
+void Terminal::Redraw() {
+    m_shown.reset();
+    clearok(stdscr, TRUE);
+}
+
+void Terminal::Show(const Canvas& canvas) {
+    if (m_shown == canvas) {
+        return;
+    }
+    const bool isWhole = !m_shown || m_shown->Extent() != canvas.Extent();
+    const Size size = canvas.Extent();
+    for (int row = 0; row < size.rows; ++row) {
+        for (int column = 0; column < size.columns; ++column) {
+            const Cell& cell = canvas.At(row, column);
+            // A cell beside a glyph of two columns changes with it.
+            const bool isSame = !isWhole && column > 0 && cell == m_shown->At(row, column) &&
+                                canvas.At(row, column - 1) == m_shown->At(row, column - 1);
+            if (!isSame) {
+                ShowCell(row, column, cell);
+            }
+        }
+    }
+    m_shown = canvas;
+    refresh();
+}
+
+void Terminal::ShowCell(int row, int column, const Cell& cell) {
+    if (cell.text.empty()) {
+        return;
+    }
+    std::array<wchar_t, CCHARW_MAX + 1> text{};
+    std::size_t count = 0;
+    for (std::string_view rest = cell.text; !rest.empty() && count < CCHARW_MAX;) {
+        text[count++] = static_cast<wchar_t>(TakeCharacter(rest));
+    }
+    int pair = 0;
+    if (m_colours > 0 && (cell.style.foreground >= 0 || cell.style.background >= 0)) {
+        pair = std::max(alloc_pair(cell.style.foreground, cell.style.background), 0);
+    }
+    cchar_t shown{};
+    setcchar(&shown, text.data(), Attributes(cell.style), 0, &pair);
+    mvwadd_wch(stdscr, row, column, &shown);
+}
+
+std::vector<Key> Terminal::ReadKeys() {
+    constexpr std::size_t kMost = 256;
+    std::vector<Key> keys;
+    wint_t code = 0;
+    while (keys.size() < kMost) {
+        const int kind = wget_wch(stdscr, &code);
+        if (kind == ERR) {
+            break;
+        }
+        if (kind == KEY_CODE_YES) {
+            if (const auto key = NamedKey(code)) {
+                keys.push_back(*key);
+            }
+        } else {
+            keys.push_back(CharacterKey(code));
+        }
+    }
+    return keys;
+}
+
+}  // namespace IpodControl::PlayerView

@@ -1,0 +1,108 @@
+// The browse list: a window on the one list that the service has open for all its clients.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "IpodControl/view/ListPages.h"
+#include "IpodControl/view/ViewContext.h"
+
+namespace IpodControl::PlayerView {
+
+class Browser {
+  public:
+    explicit Browser(ViewContext& context) : m_context(context) {}
+
+    /// Reads the list that is open, whichever that is.
+    void Start();
+    /// Nothing is known, and nothing can be opened.
+    void Stop();
+    void Tick();
+    /// When Tick has something to do; none when it has not.
+    std::optional<Time> NextWake() const;
+    /// How many items the view shows.
+    void SetRows(int rows);
+
+    void Move(std::int64_t distance) { MoveTo(m_cursor + distance); }
+    void MoveTo(std::int64_t index);
+    void Enter();
+    /// Enter, unless that would play.
+    void EnterDeeper();
+    void Back();
+    void Jump(bool isForward);
+    /// Shows the items whose names contain `text`; an empty one all. At the root it goes to the first
+    /// category that begins with `text` instead.
+    void Filter(std::string text);
+    void Reread();
+    /// Takes back what would stay behind at the service: filters.
+    void Leave();
+
+    bool IsKnown() const { return m_isKnown; }
+    bool IsRoot() const { return m_isRoot; }
+    std::int64_t Total() const { return m_pages.Total(); }
+    std::int64_t Cursor() const { return m_cursor; }
+    std::int64_t Top() const { return m_top; }
+    int Rows() const { return m_rows; }
+    const Item* At(std::int64_t index) const { return m_pages.At(index); }
+    const std::string& FilterText() const { return m_wantedFilter; }
+    /// Where in the library, for example "Artists > Nerea Vale".
+    std::string Path() const;
+
+  private:
+    struct Step {
+        Item item;
+        std::int64_t cursor = 0;
+        std::string filter;
+    };
+
+    bool IsReady();
+    void Forget();
+    /// For the answer to what moves the service's position, or depends on it: until then nothing else does.
+    template <typename Answer>
+    std::function<void(const Answer&)> AsStep(std::function<void(const Answer&)> handler);
+    void Take(const char* method, Json::Value params, Calls::Handler handler);
+    void Open(std::int64_t cursor);
+    void Adopt(const Reply& reply, std::int64_t cursor);
+    void Fetch();
+    bool FetchOneOf(std::int64_t first, std::int64_t last);
+    void FetchPage(std::int64_t page);
+    /// Whether an answer comes from the list that is shown.
+    static Json::Value PageParams(std::int64_t start, std::int64_t count);
+    bool Fits(const Json::Value& list) const;
+    void Changed();
+    std::vector<Request> Way() const;
+    void Choose(const Item& item);
+    void Selected(const Item& item, const Reply& reply);
+    void ApplyFilter();
+    void GoToCategory(std::string_view begin);
+    void KeepCursorShown();
+    bool OffersNothing() const;
+
+    ViewContext& m_context;
+    ListPages m_pages;
+    bool m_isRunning = false;
+    bool m_isKnown = false;
+    bool m_isRoot = false;
+    bool m_isLast = false;
+    bool m_isBusy = false;     ///< a step is under way
+    bool m_isOpening = false;  ///< the list shown is about to be replaced
+    bool m_wantsToEnter = false;
+    int m_rows = 1;
+    std::int64_t m_cursor = 0;
+    std::int64_t m_top = 0;
+    unsigned m_generation = 0;  ///< of the list shown: answers of an older one are dropped
+    std::vector<std::int64_t> m_inFlight;
+    std::optional<Time> m_rereadDue;
+    Time m_lastReread{};
+
+    unsigned m_epoch = 0;  ///< of the position: answers to steps from an older one are dropped
+    bool m_isPathKnown = false;
+    std::vector<Step> m_path;
+    std::string m_wantedFilter;
+    std::string m_filter;  ///< that the service has
+};
+
+}  // namespace IpodControl::PlayerView

@@ -1,0 +1,321 @@
+// The model with a service of a few lines behind it: what is asked, and what is known then.
+#include "IpodControl/view/ViewModel.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <clocale>
+#include <functional>
+#include <map>
+#include <memory>
+#include <tuple>
+
+#include "IpodControl/view/Canvas.h"
+#include "IpodControl/view/View.h"
+#include "ServiceUtil/JsonText.h"
+
+namespace IpodControl::PlayerView {
+namespace {
+
+/// Albums with songs, and one position in it for all.
+struct SharedLibrary {
+    Json::Value Answer(const std::string& method, const Json::Value& params) {
+        const auto id = params["itemId"].asInt64();
+        filter = method == "getBrowseList" ? filter : "";
+        if (method == "resetBrowseList") {
+            way.clear();
+            return Params("resetSuccess", true);
+        }
+        if (method == "selectBrowseBack") {
+            way.pop_back();
+            return "success";
+        }
+        if (method == "filterBrowseList") {
+            filter = params["searchText"].asString();
+            return "success";
+        }
+        if (method == "selectBrowseItem" && IsSongs()) {
+            played.push_back(way.back() * 1000 + id);
+            way.clear();
+            return "success";
+        }
+        if (method == "selectBrowseItem") {
+            way.push_back(id);
+            return "browsing";
+        }
+        return List(params["startIndex"].asInt64(), params["itemCount"].asInt64());
+    }
+    bool IsSongs() const { return way.size() == 2 || (way.size() == 1 && way[0] == kSongs); }
+    Json::Value List(std::int64_t start, std::int64_t count) const {
+        Json::Value list;
+        list["isRootCategory"] = way.empty();
+        list["isLastCategory"] = IsSongs();
+        list["totalCount"] = way.empty() ? 2 : 5;
+        for (auto i = start; i < std::min(start + count, list["totalCount"].asInt64()); ++i) {
+            Json::Value& item = list["categoryItems"].append(Json::objectValue);
+            item["itemId"] = Json::Int64{way.empty() ? (i == 0 ? kAlbums : kSongs) : i};
+            item["itemName"] = (IsSongs()     ? "Song "
+                                : way.empty() ? "Category "
+                                              : "Album ") +
+                               std::to_string(i);
+        }
+        return list;
+    }
+
+    static constexpr std::int64_t kAlbums = 8;
+    static constexpr std::int64_t kSongs = 32;
+    std::vector<std::int64_t> way;
+    std::string filter;
+    std::vector<std::int64_t> played;  ///< list * 1000 + song
+};
+
+class ViewModelTest : public testing::Test {
+  protected:
+    ViewModelTest() {
+        Pass(0);
+        model.SetListRows(10);
+        model.Connected();
+        Run();
+    }
+    /// What every request gets that has no answer of its own: a page of a list of `total` songs.
+    std::string List(const Json::Value& params) const {
+        Json::Value list;
+        list["isRootCategory"] = isRoot;
+        list["totalCount"] = total;
+        Json::Value& items = list["categoryItems"] = Json::arrayValue;
+        for (int i = params["startIndex"].asInt(), n = params["itemCount"].asInt(); n > 0; ++i, --n) {
+            Json::Value& item = items.append(Json::objectValue);
+            item["itemId"] = i;
+            item["itemName"] = prefix + std::to_string(i);
+        }
+        return "\"result\":" + WriteJson(list);
+    }
+    void Say(const std::string& members) {
+        model.Take(Message::Parse("{\"jsonrpc\":\"2.0\"," + members + "}").value());
+    }
+    std::string Answer(const Json::Value& request) {
+        const std::string method = request["method"].asString();
+        ++asked[method];
+        const std::string& own = answers[method];
+        std::string answer = own.empty() ? List(request["params"]) : own;
+        if (library && method.find("rowse") != std::string::npos) {
+            answer = "\"result\":" + WriteJson(library->Answer(method, request["params"]));
+        }
+        isRoot = isRoot && method != "selectBrowseItem";
+        return "\"id\":" + request["id"].asString() + "," + answer;
+    }
+    /// Answers until nothing more is asked.
+    void Run() {
+        for (auto lines = model.TakeLines(); !lines.empty(); lines = model.TakeLines()) {
+            mostAtOnce = std::max(mostAtOnce, lines.size());
+            for (const std::string& line : lines) {
+                const Json::Value request = ReadJson(line).value();
+                if (meanwhile && request.isArray()) {
+                    meanwhile();
+                }
+                if (!request.isArray()) {
+                    Say(Answer(request));
+                    continue;
+                }
+                std::string batch;
+                for (const Json::Value& each : request) {
+                    batch += (batch.empty() ? "[{" : ",{") + Answer(each) + "}";
+                }
+                model.Take(Message::Parse(batch + "]").value());
+            }
+        }
+    }
+    void Press(KeyKind kind, char32_t character = 0) {
+        model.Press({kind, character});
+        Run();
+    }
+    void Type(const std::u32string& text) {
+        for (const char32_t c : text) {
+            Press(KeyKind::Character, c);
+        }
+    }
+    void Pass(int milliseconds) { model.SetTime(now += std::chrono::milliseconds(milliseconds)); }
+
+    Time now{std::chrono::hours(1)};
+    int total = 100'000;
+    bool isRoot = false;
+    std::string prefix = "Song ";
+    std::map<std::string, std::string> answers{{"isIpodConnected", R"("result":{"connected":true})"},
+                                               {"filterBrowseList", R"("result":"success")"}};
+    std::map<std::string, int> asked;
+    std::unique_ptr<SharedLibrary> library;  ///< answers about browsing where there is one
+    std::function<void()> meanwhile;         ///< comes in just before a batch
+    std::size_t mostAtOnce = 0;
+    ViewModel model;
+};
+
+TEST_F(ViewModelTest, FetchesWhatIsShownOfALongListAndNoticesAnotherClient) {
+    for (int i = 0; i < 2000; ++i) {
+        model.Press({KeyKind::PageDown});
+    }
+    mostAtOnce = 0;
+    Press(KeyKind::End);
+    EXPECT_EQ(model.List().At(99'999)->name, "Song 99999");
+    EXPECT_LE(mostAtOnce, 2U);
+    prefix = "Other ";
+    Press(KeyKind::Enter);
+    EXPECT_EQ(asked["selectBrowseItem"], 0) << "it would have played another song";
+    EXPECT_NE(model.Status().find("Another client"), std::string::npos);
+    for (int i = 0; i < 50; ++i, total += 1000) {
+        Pass(40);
+        Press(KeyKind::End);
+    }
+    EXPECT_LE(asked["getBrowseList"], 14) << "not more than one new start a second";
+}
+
+TEST_F(ViewModelTest, SendsOneFilterAtATimeAndThenTheLastOne) {
+    for (const char32_t c : std::u32string(U"/äbc")) {
+        model.Press({KeyKind::Character, c});
+    }
+    Run();
+    EXPECT_EQ(asked["filterBrowseList"], 2);
+    EXPECT_EQ(model.List().FilterText(), "äbc");
+}
+
+TEST_F(ViewModelTest, KeepsItsPlaceThroughFiltersJumpsAndPlaying) {
+    library = std::make_unique<SharedLibrary>();
+    Press(KeyKind::Redraw);
+    Type(U"/cATEGORY 1");
+    EXPECT_EQ(model.List().Cursor(), 1) << "the first category that begins so";
+    Press(KeyKind::Enter);
+    answers["getNextAlphaNumericIndex"] = R"("result":{"itemIndex":3})";
+    Press(KeyKind::Enter);
+    Type(U"]");
+    EXPECT_EQ(model.List().At(model.List().Cursor())->name, "Song 3");
+    Type(U"/x");
+    Press(KeyKind::Enter);
+    Type(U"]");
+    EXPECT_NE(model.Status().find("take the filter off"), std::string::npos);
+    Press(KeyKind::Down);
+    Press(KeyKind::Enter);
+    EXPECT_EQ(library->played, std::vector<std::int64_t>{SharedLibrary::kSongs * 1000 + 1});
+    EXPECT_EQ(model.List().Cursor(), 1);
+    EXPECT_EQ(model.List().Path() + "/" + model.List().FilterText(), "Category 1/x");
+    EXPECT_EQ(library->filter, "x") << "walked back";
+    Press(KeyKind::Left);
+    EXPECT_EQ(model.List().Path() + std::to_string(model.List().Cursor()), "Library1");
+}
+
+// The position is shared: an item's number means another item wherever another client has gone.
+TEST_F(ViewModelTest, PlaysNothingUnaskedWhereAnotherClientMovesThePosition) {
+    library = std::make_unique<SharedLibrary>();
+    Press(KeyKind::Redraw);
+    Press(KeyKind::Enter);
+    meanwhile = [this] { library->way = {SharedLibrary::kSongs}; };
+    Press(KeyKind::Down);
+    Press(KeyKind::Enter);
+    EXPECT_EQ(library->played, std::vector<std::int64_t>());
+    EXPECT_EQ(model.List().Path(), "Category 0 > Album 1");
+    Press(KeyKind::Down);
+    Press(KeyKind::Down);
+    Press(KeyKind::Enter);
+    EXPECT_EQ(library->played, std::vector<std::int64_t>{1002}) << "the song that was chosen";
+    EXPECT_EQ(library->way, (std::vector<std::int64_t>{SharedLibrary::kAlbums, 1}))
+        << "and still in its list";
+    EXPECT_EQ(model.List().Cursor(), 2);
+}
+
+TEST_F(ViewModelTest, SaysThatASongPlaysWhereNoWayWasKnown) {
+    library = std::make_unique<SharedLibrary>();
+    library->way = {SharedLibrary::kAlbums};
+    Press(KeyKind::Redraw);
+    meanwhile = [this] { library->way = {SharedLibrary::kSongs}; };
+    Press(KeyKind::Enter);
+    EXPECT_NE(model.Status().find("a song of it plays now"), std::string::npos) << model.Status();
+    EXPECT_EQ(model.List().Path(), "Library");
+}
+
+TEST_F(ViewModelTest, TakesItsFilterBackWhenItLeaves) {
+    library = std::make_unique<SharedLibrary>();
+    Press(KeyKind::Redraw);
+    Press(KeyKind::Enter);
+    Type(U"/x");
+    EXPECT_EQ(library->filter, "x");
+    model.Leave();
+    Run();
+    EXPECT_EQ(library->way, std::vector<std::int64_t>{SharedLibrary::kAlbums});
+    EXPECT_EQ(library->filter, "") << "the way there is gone without it";
+}
+
+// No notification tells that the player has stopped.
+TEST_F(ViewModelTest, NoticesThatNothingPlaysAnyMore) {
+    Say(R"("method":"trackInfoNotification","params":{"trackInfo":{"isPlaying":true,"trackTitle":"a"}})");
+    Run();
+    const int before = asked["getCurrentTrackInfo"];
+    Pass(3000);
+    Say(R"("method":"trackTimeNotification","params":{"trackTime":3000})");
+    Pass(3000);
+    Run();
+    EXPECT_EQ(asked["getCurrentTrackInfo"], before);
+    Pass(2000);
+    Run();
+    EXPECT_EQ(asked["getCurrentTrackInfo"], before + 1);
+    answers["isTrackPaused"] = R"("result":{"isPaused":false})";
+    Say(R"("method":"trackInfoNotification","params":{"trackInfo":{"isPlaying":false}})");
+    Run();
+    EXPECT_EQ(model.Playing().State(), PlayState::Stopped);
+}
+
+TEST_F(ViewModelTest, ShowsHowToQuitInASmallWindow) {
+    for (const bool hasHelp : {false, true}) {
+        if (hasHelp) {
+            Type(U"?");
+        }
+        Canvas canvas({12, 40});
+        Draw(canvas, model, {0, "somewhere"});
+        std::string shown;
+        for (int row = 0; row < 12; ++row) {
+            shown += canvas.Row(row) + "\n";
+        }
+        EXPECT_NE(shown.find(" quit"), std::string::npos) << shown;
+    }
+}
+
+TEST_F(ViewModelTest, SaysWhyAKeyDoesNothing) {
+    const std::vector<std::array<const char*, 4>> cases{
+        {"n", "next", R"("error":{"message":"Oh."})", "The service could not change the track: Oh."},
+        {"s", "enableShuffle", R"("result":{"enabled":false})", "The player keeps shuffle off"},
+        {"a", "start", R"("result":"failure")", "The sound was on already"},
+    };
+    for (const auto& [key, method, answer, status] : cases) {
+        answers[method] = answer;
+        Press(KeyKind::Character, static_cast<char32_t>(*key));
+        EXPECT_EQ(model.Status(), status);
+    }
+}
+
+TEST_F(ViewModelTest, MovesOnBetweenNotifications) {
+    Say(R"("method":"trackInfoNotification","params":{"trackInfo":{"isPlaying":true,"trackTime":1000}})");
+    Pass(1500);
+    Say(R"("method":"trackTimeNotification","params":{"trackTime":2000})");
+    EXPECT_EQ(model.Playing().Position(), 2500) << "it waits for a clock that lags";
+    Say(R"("method":"trackTimeNotification","params":{"trackTime":500})");
+    Say(R"("method":"trackPausedNotification","params":{"isTrackPaused":true})");
+    Pass(5000);
+    EXPECT_EQ(model.Playing().Position(), 500) << "the track had begun anew";
+}
+
+TEST_F(ViewModelTest, MakesNamesHarmlessAndCutsThem) {
+    ASSERT_NE(std::setlocale(LC_ALL, "C.UTF-8"), nullptr);
+    const std::vector<std::tuple<Charset, const char*, const char*>> cases{
+        {Charset::Utf8, "\x1b[31mred\x07\xC2\x9b a\u202Eb\u2066", "[31mred…"},
+        {Charset::Utf8, "月見坂楽団", "月見坂…"},
+        {Charset::Utf8, "e\u0301\u0301\u0301\u0301\u0301!", "e\u0301\u0301\u0301!"},
+        {Charset::Utf8, "\xC3(\xF5\xED\xA0\x80", "\uFFFD(\uFFFD\uFFFD\uFFFD\uFFFD"},
+        {Charset::Ascii, "e\u0301月\x1b[456789", "e?[4567~"},
+    };
+    for (const auto& [charset, text, shown] : cases) {
+        Canvas canvas({1, 8}, charset);
+        canvas.Write(0, 0, 8, text);
+        EXPECT_EQ(canvas.Row(0), shown);
+    }
+}
+
+}  // namespace
+}  // namespace IpodControl::PlayerView
