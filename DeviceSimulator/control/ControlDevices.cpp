@@ -1,207 +1,182 @@
-// Control commands: devices that come and go.
+// Control commands: devices that come and go, that are locked and unlocked.
 #include <algorithm>
-#include <array>
 
-#include "DeviceSimulator/control/ControlHandlers.h"
-#include "DeviceSimulator/device/DeviceTypes.h"
-#include "DeviceSimulator/run/Engine.h"
-#include "DeviceSimulator/sound/SoundPresence.h"
+#include "DeviceSimulator/control/ControlCommand.h"
 
 namespace DeviceSimulator {
 
 namespace {
 
-constexpr auto kDeviceMembers =
-    std::to_array<std::string_view>({"type", "handle", "name", "product", "vendor", "hub", "locked", "music",
-                                     "tracks", "sort", "seed", "build", "ids", "page", "covers"});
 constexpr auto kSortWords = std::to_array<std::string_view>({"no-article", "article", "bytes"});
 constexpr auto kIdWords = std::to_array<std::string_view>({"positions", "stable"});
 constexpr auto kCoverWords = std::to_array<std::string_view>({"stored", "wanted", "length"});
-constexpr auto kPresenceWords = std::to_array<std::string_view>({"gone", "there"});
-constexpr auto kXrunWords = std::to_array<std::string_view>({"capture", "playback"});
+
+std::string MustBeNewHandle(const Json::Value& value) {
+    const std::string wrong = MustBeNumber(value);
+    return wrong.empty() && value.asUInt() == 0 ? "must not be 0" : wrong;
+}
+
+constexpr std::array<Member, 16> kPlugMembers{
+    {{"type", "iap2 (default), iap, stick, mtp, unknown, hub, no-medium, unsupported or a number",
+      MustBeType},
+     {"handle", "the next free one", MustBeNewHandle},
+     {"name", "one that fits the type", MustBeText},
+     {"product", "ID", MustBeNumber},
+     {"vendor", "ID", MustBeNumber},
+     {"hub", "the handle of the hub that it hangs on", MustBeNumber},
+     {"locked", "of a player: true; it cannot be opened until it is unlocked", MustBeFlag},
+     {"music", "of a player: the folder of its music; else the environment's", MustBeText},
+     {"tracks", "instead: so many made-up tracks", MustBeAtMost<kMostSyntheticTracks>},
+     {"sort", "no-article (default: a leading The does not count), article or bytes", MustBeWord<kSortWords>},
+     {"seed", "of its shuffle; another one each time", MustBeNumber},
+     {"build", "ms that an iap2 takes to build its database; 1000", MustBeNumber},
+     {"ids", "of items: positions (default), or stable, which are none", MustBeWord<kIdWords>},
+     {"page", "most items that one call delivers; any number", MustBeNumber},
+     {"covers", "stored (default), wanted (made to fit), or length (a height of 0)", MustBeWord<kCoverWords>},
+     {"devices", "several at once, each an object of these members: all or none", MustBeObjects}}};
+/// All but "devices".
+constexpr auto kDeviceMembers = std::span(kPlugMembers).first<kPlugMembers.size() - 1>();
 
 /// The value of the word's place; the first when the member is absent.
 template <typename Value>
-Value ReadWord(ControlFields& fields, std::string_view member, std::span<const std::string_view> words) {
-    return static_cast<Value>(fields.Word(member, words).value_or(0));
+Value ValueOf(const Json::Value& value, std::span<const std::string_view> words) {
+    return static_cast<Value>(PlaceOf(value, words).value_or(0));
 }
 
-Character ReadCharacter(ControlFields& fields) {
-    Character character;
-    character.music.folder = fields.Text("music", "");
-    character.music.tracks = fields.OptionalNumber("tracks");
-    character.music.sorting = ReadWord<Sorting>(fields, "sort", kSortWords);
-    character.seed = fields.OptionalNumber("seed");
-    if (const auto build = fields.OptionalNumber("build")) {
+/// `members` are those of kDeviceMembers.
+DeviceDescription ReadDescription(const Json::Value& members) {
+    DeviceDescription device;
+    const Json::Value& type = members["type"];
+    device.type = type.isUInt() ? type.asUInt() : FindDeviceType(type.asString()).value_or(device.type);
+    device.handle = OptionalNumber(members["handle"]);
+    device.name = members["name"].asString();
+    device.productId = OptionalNumber(members["product"]);
+    device.vendorId = OptionalNumber(members["vendor"]);
+    device.hub = members["hub"].asUInt();
+    device.isLocked = members["locked"].asBool();
+    Character& character = device.character;
+    character.music.folder = members["music"].asString();
+    character.music.tracks = OptionalNumber(members["tracks"]);
+    character.music.sorting = ValueOf<Sorting>(members["sort"], kSortWords);
+    character.seed = OptionalNumber(members["seed"]);
+    if (const auto build = OptionalNumber(members["build"])) {
         character.databaseBuildTime = std::chrono::milliseconds(*build);
     }
-    character.ids = ReadWord<ItemIds>(fields, "ids", kIdWords);
-    character.pageLimit = fields.Number("page", 0);
-    character.covers = ReadWord<CoverSize>(fields, "covers", kCoverWords);
-    if (!character.music.folder.empty() && character.music.tracks) {
-        fields.Refuse("only one of \"music\" and \"tracks\" can say what it holds");
-    }
-    if (character.music.tracks.value_or(0) > kMostSyntheticTracks) {
-        fields.Complain("tracks", "is at most " + std::to_string(kMostSyntheticTracks));
-    }
-    return character;
-}
-
-DeviceDescription ReadDescription(ControlFields& fields) {
-    DeviceDescription device;
-    device.type = fields.Type("type", device.type);
-    device.handle = fields.OptionalNumber("handle");
-    device.name = fields.Text("name", "");
-    device.productId = fields.OptionalNumber("product");
-    device.vendorId = fields.OptionalNumber("vendor");
-    device.hub = fields.Number("hub", 0);
-    device.isLocked = fields.Flag("locked", false);
-    device.character = ReadCharacter(fields);
-    if (device.handle == 0U) {
-        fields.Complain("handle", "must not be 0");
-    }
+    character.ids = ValueOf<ItemIds>(members["ids"], kIdWords);
+    character.pageLimit = members["page"].asUInt();
+    character.covers = ValueOf<CoverSize>(members["covers"], kCoverWords);
     return device;
 }
 
-/// One device from the command's own members, or those of "devices".
-std::vector<DeviceDescription> ReadDescriptions(ControlFields& fields) {
-    if (!fields.Has("devices")) {
-        return {ReadDescription(fields)};
+/// One device from the command's own members, or those of "devices". Returns what is wrong.
+std::string ReadDescriptions(const Json::Value& command, std::vector<DeviceDescription>& descriptions) {
+    for (const Member& member : kDeviceMembers) {
+        if (command.isMember("devices") && command.isMember(member.name)) {
+            return Complaint(member.name, "stands in \"devices\"");
+        }
     }
+    const auto add = [&](const Json::Value& members) -> std::string {
+        descriptions.push_back(ReadDescription(members));
+        const bool isTwice = members.isMember("tracks") && !members["music"].asString().empty();
+        return isTwice ? "only one of \"music\" and \"tracks\" can say what it holds" : "";
+    };
+    if (!command.isMember("devices")) {
+        return add(command);
+    }
+    for (const Json::Value& object : command["devices"]) {
+        const std::string number = std::to_string(descriptions.size());
+        const std::string wrong = WhatIsWrong(object, kDeviceMembers);
+        if (const std::string error = wrong.empty() ? add(object) : wrong; !error.empty()) {
+            return "\"devices\"[" + number + "]: " + error;
+        }
+    }
+    return {};
+}
+
+std::string Plug(ControlCall& call) {
     std::vector<DeviceDescription> descriptions;
-    for (const Json::Value& object : fields.Objects("devices")) {
-        ControlFields device(object);
-        device.AllowOnly(kDeviceMembers);
-        descriptions.push_back(ReadDescription(device));
-        if (!device.AreGood()) {
-            fields.Refuse("\"devices\"[" + std::to_string(descriptions.size() - 1) + "]: " + device.Error());
-        }
-    }
-    for (const std::string_view member : kDeviceMembers) {
-        if (fields.Has(member)) {
-            fields.Complain(member, "stands in \"devices\"");
-        }
-    }
-    return descriptions;
-}
-
-/// The handles that "handle", "handles" or "all" mean; without any of them, of the only device.
-std::vector<std::uint32_t> ReadHandles(ControlFields& fields, const ManagerModel& model) {
-    std::vector<std::uint32_t> all;
-    for (const auto& device : model.Devices()) {
-        all.push_back(device->identity.handle);
-    }
-    if (fields.Has("handle") + fields.Has("handles") + fields.Has("all") > 1) {
-        fields.Refuse("only one of \"handle\", \"handles\" and \"all\" can say which");
-    }
-    if (fields.Flag("all", false)) {
-        return all;
-    }
-    if (fields.Has("handles")) {
-        return fields.Numbers("handles");
-    }
-    if (fields.Has("handle")) {
-        return {fields.Number("handle")};
-    }
-    if (all.size() != 1) {
-        fields.Refuse("\"handle\" must say which: " + std::to_string(all.size()) + " devices are plugged in");
-    }
-    return all;
-}
-
-void SetLocked(ControlCall& call, bool isLocked) {
-    const std::uint32_t handle = call.fields.Number("handle", 0);
-    if (!call.fields.AreGood()) {
-        return;
-    }
-    Engine::Instance().Loop().Locked([&](ManagerModel& model, TimePoint) {
-        std::string error;
-        if (const Device* player = ChoosePlayer(model, handle, error)) {
-            model.SetLocked(player->identity.handle, isLocked);
-        }
-        call.fields.Refuse(error);
-    });
-}
-
-}  // namespace
-
-void ControlPlug(ControlCall& call) {
-    std::vector<DeviceDescription> descriptions = ReadDescriptions(call.fields);
-    if (!call.fields.AreGood()) {
-        return;
+    std::string error = ReadDescriptions(call.command, descriptions);
+    if (!error.empty()) {
+        return error;
     }
     for (const DeviceDescription& device : descriptions) {
         if (IsPlayer(device.type)) {
             Engine::Instance().Music(device.character.music)->Prepare();
         }
     }
-    const auto handles = Engine::Instance().Loop().Locked([&](ManagerModel& model, TimePoint) {
-        std::string error;
-        auto plugged = model.PlugAll(std::move(descriptions), error);
-        call.fields.Refuse(error);
-        return plugged;
-    });
-    if (!call.fields.Has("devices") && !handles.empty()) {
+    const auto handles =
+        Locked([&](ManagerModel& model, TimePoint) { return model.PlugAll(std::move(descriptions), error); });
+    if (!call.command.isMember("devices") && error.empty()) {
         call.answer["handle"] = handles.front();
-        return;
+        return {};
     }
     call.answer["handles"] = Json::arrayValue;
     for (const std::uint32_t handle : handles) {
         call.answer["handles"].append(handle);
     }
+    return error;
 }
 
-void ControlUnplug(ControlCall& call) {
-    Engine::Instance().Loop().Locked([&](ManagerModel& model, TimePoint) {
-        const auto handles = ReadHandles(call.fields, model);
-        for (const std::uint32_t handle : handles) {
-            if (model.Find(handle) == nullptr) {
-                call.fields.Refuse("no device has handle " + std::to_string(handle));
+std::string Unplug(ControlCall& call) {
+    const Json::Value& command = call.command;
+    if (command.isMember("handle") + command.isMember("handles") + command.isMember("all") > 1) {
+        return "only one of \"handle\", \"handles\" and \"all\" can say which";
+    }
+    return Locked([&](ManagerModel& model, TimePoint) -> std::string {
+        std::vector<std::uint32_t> handles = NumbersOf(command["handles"]);
+        if (command.isMember("handle")) {
+            handles.push_back(command["handle"].asUInt());
+        } else if (!command.isMember("handles")) {
+            for (const auto& device : model.Devices()) {
+                handles.push_back(device->identity.handle);
+            }
+            if (!command["all"].asBool() && handles.size() != 1) {
+                return "\"handle\" must say which: " + std::to_string(handles.size()) +
+                       " devices are plugged in";
             }
         }
-        if (call.fields.AreGood()) {
-            std::for_each(handles.begin(), handles.end(), [&](auto handle) { model.Unplug(handle); });
+        for (const std::uint32_t handle : handles) {
+            if (model.Find(handle) == nullptr) {
+                return "no device has handle " + std::to_string(handle);
+            }
         }
+        std::for_each(handles.begin(), handles.end(), [&](auto handle) { model.Unplug(handle); });
+        return {};
     });
 }
 
-void ControlDevices(ControlCall& call) {
-    call.answer["devices"] = Engine::Instance().Loop().Locked([](ManagerModel& model, TimePoint) {
-        Json::Value list(Json::arrayValue);
-        for (const auto& device : model.Devices()) {
-            list.append(DescribeDevice(*device));
+std::string SetLocked(ControlCall& call, bool isLocked) {
+    std::string error;
+    Locked([&](ManagerModel& model, TimePoint) {
+        if (const Device* player = ChoosePlayer(model, call.command["handle"].asUInt(), error)) {
+            model.SetLocked(player->identity.handle, isLocked);
         }
-        return list;
     });
+    return error;
 }
 
-void ControlLock(ControlCall& call) {
-    SetLocked(call, true);
+std::string Lock(ControlCall& call) {
+    return SetLocked(call, true);
 }
 
-void ControlUnlock(ControlCall& call) {
-    SetLocked(call, false);
+std::string Unlock(ControlCall& call) {
+    return SetLocked(call, false);
 }
 
-void ControlSound(ControlCall& call) {
-    const auto capture = call.fields.Word("capture", kPresenceWords);
-    const auto playback = call.fields.Word("playback", kPresenceWords);
-    const auto drift = call.fields.OptionalSigned("ppm", kMostDriftPpm);
-    const auto refused = call.fields.OptionalNumber("refuse");
-    const auto xrun = call.fields.Word("xrun", kXrunWords);
-    if (!call.fields.AreGood()) {
-        return;
-    }
-    SoundPresence presence = ReadSoundPresence().value_or(SoundPresence{});
-    presence.hasCapture = capture ? *capture == 1 : presence.hasCapture;
-    presence.hasPlayback = playback ? *playback == 1 : presence.hasPlayback;
-    presence.driftPpm = drift.value_or(presence.driftPpm);
-    presence.refusedHz = refused.value_or(presence.refusedHz);
-    call.fields.Refuse(SetSoundPresence(presence));
-    if (xrun && call.fields.AreGood()) {
-        call.fields.Refuse(CauseXrun(*xrun == 0));
-    }
-    call.answer["sound"] = DescribeSound();
+}  // namespace
+
+std::span<const ControlCommand> DeviceCommands() {
+    static constexpr auto kCommands = std::to_array<ControlCommand>(
+        {{"lock", "locks a player: it cannot be opened, who has it open keeps it", {{kHandle}}, Lock},
+         {"plug", "plugs a device in and answers its handle", kPlugMembers, Plug},
+         {"unlock", "unlocks a player", {{kHandle}}, Unlock},
+         {"unplug",
+          "unplugs a device; with a hub goes what hangs on it",
+          {{{"handle", "needed unless exactly one is plugged in", MustBeNumber},
+            {"handles", "several at once: all or none", MustBeNumbers},
+            {"all", "true: every one", MustBeFlag}}},
+          Unplug}});
+    return kCommands;
 }
 
 Device* ChoosePlayer(const ManagerModel& model, std::uint32_t handle, std::string& error) {
@@ -224,37 +199,6 @@ Device* ChoosePlayer(const ManagerModel& model, std::uint32_t handle, std::strin
     error = handle != 0 ? "no player has handle " + std::to_string(handle)
                         : "\"handle\" must say which: " + std::to_string(players) + " players are plugged in";
     return nullptr;
-}
-
-Json::Value DescribeDevice(const Device& device) {
-    Json::Value description;
-    description["handle"] = device.identity.handle;
-    description["type"] = device.identity.type;
-    description["kind"] = std::string(DeviceTypeWord(device.identity.type));
-    description["name"] = device.identity.name;
-    description["product"] = device.identity.productId;
-    description["vendor"] = device.identity.vendorId;
-    if (device.identity.hub != 0) {
-        description["hub"] = device.identity.hub;
-    }
-    return description;
-}
-
-Json::Value DescribeSound() {
-    const auto presence = ReadSoundPresence();
-    if (!presence) {
-        return {};
-    }
-    Json::Value sound;
-    sound["capture"] = std::string(kPresenceWords[presence->hasCapture ? 1 : 0]);
-    sound["playback"] = std::string(kPresenceWords[presence->hasPlayback ? 1 : 0]);
-    if (presence->driftPpm != 0) {
-        sound["ppm"] = presence->driftPpm;
-    }
-    if (presence->refusedHz != 0) {
-        sound["refuse"] = presence->refusedHz;
-    }
-    return sound;
 }
 
 }  // namespace DeviceSimulator

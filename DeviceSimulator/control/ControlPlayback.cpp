@@ -1,11 +1,9 @@
 // Control commands: a thumb on the player, and its now-playing queue.
 #include <algorithm>
-#include <array>
 #include <memory>
 #include <unordered_map>
 
-#include "DeviceSimulator/control/ControlHandlers.h"
-#include "DeviceSimulator/run/Engine.h"
+#include "DeviceSimulator/control/ControlCommand.h"
 #include "DeviceSimulator/run/PlayOn.h"
 
 namespace DeviceSimulator {
@@ -22,28 +20,23 @@ constexpr auto kThumbWords = std::to_array<std::string_view>(
     {"play", "toggle", "seek", "pause", "stop", "next", "previous", "forward", "rewind", "release"});
 enum Thumb : std::size_t { kPlay, kToggle, kSeek, kPause, kStop, kNext, kPrevious, kForward, kBack };
 
-struct ThumbOrder {
-    std::uint32_t handle = 0;
-    std::optional<std::size_t> thumb;
-    std::uint32_t time = 0;  ///< of a seek
-    bool isFromEnd = false;
-    std::optional<std::size_t> shuffle;
-    std::optional<std::size_t> repeat;
-};
-
-DevMgrResult Seek(Player& player, const ThumbOrder& order, TimePoint now) {
-    const std::uint32_t total = player.TotalMs();
-    if (order.isFromEnd && order.time > total && player.State() != E_DEVMGR_IPOD_PLAY_STOPPED) {
-        return DEV_MGR_IAP_INVALID_INDEX;
+DevMgrResult Seek(Player& player, const Json::Value& command, TimePoint now) {
+    std::uint32_t position = command["to"].asUInt();
+    if (command.isMember("left")) {
+        const std::uint32_t left = command["left"].asUInt();
+        const std::uint32_t total = player.TotalMs();
+        if (left > total && player.State() != E_DEVMGR_IPOD_PLAY_STOPPED) {
+            return DEV_MGR_IAP_INVALID_INDEX;
+        }
+        position = total - std::min(left, total);
     }
-    const std::uint32_t position = order.isFromEnd ? total - std::min(order.time, total) : order.time;
     return player.MoveWithin(std::chrono::milliseconds{position}, now);
 }
 
-DevMgrResult Press(Player& player, const ThumbOrder& order, TimePoint now) {
-    switch (*order.thumb) {
+DevMgrResult Press(Player& player, std::size_t thumb, const Json::Value& command, TimePoint now) {
+    switch (thumb) {
         case kSeek:
-            return Seek(player, order, now);
+            return Seek(player, command, now);
         case kPause:
         case kToggle:
             return player.Pause(now);
@@ -73,190 +66,178 @@ std::string Explain(DevMgrResult result, const Player& player) {
                : "the player is stopped";
 }
 
-void SetModes(Player& player, const ThumbOrder& order, TimePoint now) {
-    if (order.shuffle) {
-        player.SetShuffle(static_cast<DevMgrShuffleMode>(*order.shuffle), now);
+void SetModes(Player& player, const Json::Value& command, TimePoint now) {
+    if (const auto shuffle = PlaceOf(command["shuffle"], kShuffleWords)) {
+        player.SetShuffle(static_cast<DevMgrShuffleMode>(*shuffle), now);
     }
-    if (order.repeat) {
-        player.SetRepeat(static_cast<DevMgrRepeatMode>(*order.repeat));
+    if (const auto repeat = PlaceOf(command["repeat"], kRepeatWords)) {
+        player.SetRepeat(static_cast<DevMgrRepeatMode>(*repeat));
     }
 }
 
-/// `work`(player, now) says what is wrong.
+/// What `work`(device, now) says is wrong, or why no player is meant.
 template <typename Work>
-void OnPlayer(ControlCall& call, std::uint32_t handle, Work work) {
-    Engine::Instance().Loop().Locked([&](ManagerModel& model, TimePoint now) {
+std::string OnPlayer(const Json::Value& command, Work work) {
+    return Locked([&](ManagerModel& model, TimePoint now) {
         std::string error;
-        if (Device* device = ChoosePlayer(model, handle, error)) {
-            error = work(device->player, now);
-        }
-        call.fields.Refuse(error);
+        Device* const device = ChoosePlayer(model, command["handle"].asUInt(), error);
+        return device != nullptr ? std::string(work(*device, now)) : error;
     });
 }
 
-bool IsPlay(ControlCall& call, const ThumbOrder& order) {
-    bool isPlaying = false;
-    OnPlayer(call, order.handle, [&](const Player& player, TimePoint) {
-        isPlaying = player.State() == E_DEVMGR_IPOD_PLAY_PLAYING;
-        return std::string();
-    });
-    return order.thumb == kPlay || (order.thumb == kToggle && !isPlaying);
-}
-
-void PressPlay(ControlCall& call, const ThumbOrder& order) {
+std::string PressPlay(const Json::Value& command) {
     std::string error;
     const DevMgrResult result = PlayOn(Engine::Instance(), [&](ManagerModel& model, Device*& device) {
-        device = ChoosePlayer(model, order.handle, error);
+        device = ChoosePlayer(model, command["handle"].asUInt(), error);
         return device != nullptr ? DEV_MGR_SUCCESS : DEV_MGR_INVALID_DEVICE_HANDLE;
     });
-    call.fields.Refuse(error);
-    if (result != DEV_MGR_SUCCESS) {
-        call.fields.Refuse("the library holds no tracks");
-    }
+    return result == DEV_MGR_SUCCESS || !error.empty() ? error : "the library holds no tracks";
 }
 
-/// The library's tracks that "tracks" names by number or title.
-std::shared_ptr<const ItemList> FindTracks(ControlFields& fields, const Library& library) {
+std::string LeadPlayer(ControlCall& call) {
+    const Json::Value& command = call.command;
+    const auto thumb = PlaceOf(command["do"], kThumbWords);
+    const int times = command.isMember("to") + command.isMember("left");
+    if (thumb == kSeek && times == 0) {
+        return Complaint("to", MustBeNumber({}));
+    }
+    if (times > (thumb == kSeek ? 1 : 0)) {
+        return "\"to\" or \"left\" goes with \"do\":\"seek\"";
+    }
+    if (!thumb && !command.isMember("shuffle") && !command.isMember("repeat")) {
+        return "\"do\", \"shuffle\" or \"repeat\" must say what";
+    }
+    bool isPlay = thumb == kPlay;
+    std::string error = OnPlayer(command, [&](const Device& device, TimePoint) {
+        isPlay |= thumb == kToggle && device.player.State() != E_DEVMGR_IPOD_PLAY_PLAYING;
+        return "";
+    });
+    if (error.empty() && isPlay) {
+        error = PressPlay(command);
+    }
+    if (!error.empty()) {
+        return error;
+    }
+    return OnPlayer(command, [&](Device& device, TimePoint now) {
+        const DevMgrResult result =
+            thumb && !isPlay ? Press(device.player, *thumb, command, now) : DEV_MGR_SUCCESS;
+        if (result == DEV_MGR_SUCCESS) {
+            SetModes(device.player, command, now);
+        }
+        return Explain(result, device.player);
+    });
+}
+
+/// The library's tracks that `wanted` names by number or title. Returns what is wrong.
+std::string FindTracks(const Json::Value& wanted, const Library& library, ItemList& tracks) {
     const auto count = static_cast<std::uint32_t>(library.TrackCount());
-    const std::vector<Json::Value> wanted = fields.Items("tracks");
     std::unordered_map<std::string_view, std::uint32_t> byTitle;
     if (std::any_of(wanted.begin(), wanted.end(), [](const auto& item) { return item.isString(); })) {
         for (std::uint32_t track = 0; track < count; ++track) {
             byTitle.try_emplace(library.Track(track).title, track);
         }
     }
-    auto tracks = std::make_shared<ItemList>();
     for (const Json::Value& item : wanted) {
         if (item.isUInt() && item.asUInt() >= count) {
-            fields.Complain("tracks", "names track " + std::to_string(item.asUInt()) + " of " +
-                                          std::to_string(count) + " that the library holds, from 0");
-        } else if (item.isUInt()) {
-            tracks->push_back(item.asUInt());
-        } else if (const auto found = byTitle.find(item.asString()); found != byTitle.end()) {
-            tracks->push_back(found->second);
-        } else {
-            fields.Complain("tracks", "names \"" + item.asString().substr(0, kLongestQuote) +
-                                          "\", which the library does not hold");
+            return Complaint("tracks", "names track " + std::to_string(item.asUInt()) + " of " +
+                                           std::to_string(count) + " that the library holds, from 0");
         }
+        const auto found = item.isUInt() ? byTitle.end() : byTitle.find(item.asString());
+        if (item.isString() && found == byTitle.end()) {
+            return Complaint("tracks", "names \"" + item.asString().substr(0, kLongestQuote) +
+                                           "\", which the library does not hold");
+        }
+        tracks.push_back(item.isUInt() ? item.asUInt() : found->second);
     }
-    if (tracks->empty()) {
-        fields.Complain("tracks", "must not be empty");
-    }
-    return tracks;
+    return tracks.empty() ? Complaint("tracks", "must not be empty") : "";
 }
 
-struct QueueOrder {
-    std::uint32_t handle = 0;
+/// What a player is to play instead.
+struct NewQueue {
     std::shared_ptr<const Library> library;
-    std::shared_ptr<const ItemList> tracks;  // null: the present ones
-    std::optional<std::uint32_t> position;
-    std::uint32_t start = 0;
-    std::uint32_t count = kPage;
+    std::shared_ptr<ItemList> tracks;  ///< null: the present ones
 };
 
-MusicChoice ChoiceOf(ControlFields& fields, std::uint32_t handle) {
-    return Engine::Instance().Loop().Locked([&](ManagerModel& model, TimePoint) {
-        std::string error;
-        const Device* const player = ChoosePlayer(model, handle, error);
-        fields.Refuse(error);
-        return player != nullptr ? player->character.music : MusicChoice{};
+std::string FindNewQueue(const Json::Value& command, NewQueue& queue) {
+    if (!command.isMember("tracks")) {
+        return {};
+    }
+    MusicChoice choice;
+    const std::string error = OnPlayer(command, [&](const Device& device, TimePoint) {
+        choice = device.character.music;
+        return "";
     });
+    if (!error.empty()) {
+        return error;
+    }
+    queue = {Engine::Instance().Music(choice)->Get(), std::make_shared<ItemList>()};
+    return FindTracks(command["tracks"], *queue.library, *queue.tracks);
 }
 
-QueueOrder ReadQueueOrder(ControlFields& fields) {
-    QueueOrder order;
-    order.handle = fields.Number("handle", 0);
-    order.position = fields.OptionalNumber("position");
-    order.start = fields.Number("start", 0);
-    order.count = fields.Number("count", kPage);
-    if (order.count > kLargestPage) {
-        fields.Complain("count", "is at most 1000");
-    }
-    if (fields.Has("tracks") && fields.AreGood()) {
-        order.library = Engine::Instance().Music(ChoiceOf(fields, order.handle))->Get();
-        order.tracks = FindTracks(fields, *order.library);
-    }
-    return order;
-}
-
-std::string ChangeQueue(Player& player, const QueueOrder& order, TimePoint now) {
-    const std::size_t size = order.tracks != nullptr ? order.tracks->size() : player.Queue().Count();
-    if (order.position.value_or(0) >= size && (order.position || order.tracks != nullptr)) {
+std::string ChangeQueue(Player& player, const Json::Value& command, const NewQueue& queue, TimePoint now) {
+    const std::size_t size = queue.tracks != nullptr ? queue.tracks->size() : player.Queue().Count();
+    const auto position = OptionalNumber(command["position"]);
+    if (position.value_or(0) >= size && (position || queue.tracks != nullptr)) {
         return "\"position\" must be below " + std::to_string(size) + ", the queue's length";
     }
-    if (order.start > size) {
+    if (command["start"].asUInt() > size) {
         return "\"start\" must be at most " + std::to_string(size) + ", the queue's length";
     }
-    if (order.tracks != nullptr) {
-        player.Start(order.library, order.tracks, order.position.value_or(0), now);
-    } else if (order.position) {
-        player.Select(*order.position, now);
+    if (queue.tracks != nullptr) {
+        player.Start(queue.library, queue.tracks, position.value_or(0), now);
+    } else if (position) {
+        player.Select(*position, now);
     }
     return {};
 }
 
-void DescribeQueue(const PlayQueue& queue, const QueueOrder& order, Json::Value& answer) {
-    answer["count"] = queue.Count();
-    answer["position"] = queue.Position();
-    answer["tracks"] = Json::arrayValue;
-    for (std::uint32_t i = order.start; i < queue.Count() && i - order.start < order.count; ++i) {
-        Json::Value track = DescribeTrack(*queue.Music(), queue.TrackAt(i));
-        track["position"] = i;
-        answer["tracks"].append(track);
+std::string ShowQueue(ControlCall& call) {
+    const std::uint32_t start = call.command["start"].asUInt();
+    const std::uint32_t most = call.command.get("count", kPage).asUInt();
+    NewQueue wanted;
+    const std::string error = FindNewQueue(call.command, wanted);
+    if (!error.empty()) {
+        return error;
     }
+    return OnPlayer(call.command, [&](Device& device, TimePoint now) {
+        const PlayQueue& queue = device.player.Queue();
+        std::string wrong = ChangeQueue(device.player, call.command, wanted, now);
+        call.answer["count"] = queue.Count();
+        call.answer["position"] = queue.Position();
+        call.answer["tracks"] = Json::arrayValue;
+        for (std::uint32_t i = start; i < queue.Count() && i - start < most; ++i) {
+            Json::Value track = DescribeTrack(*queue.Music(), queue.TrackAt(i));
+            track["position"] = i;
+            call.answer["tracks"].append(track);
+        }
+        return wrong;
+    });
 }
 
 }  // namespace
 
-void ControlPlayer(ControlCall& call) {
-    ThumbOrder order;
-    order.handle = call.fields.Number("handle", 0);
-    order.thumb = call.fields.Word("do", kThumbWords);
-    order.shuffle = call.fields.Word("shuffle", kShuffleWords);
-    order.repeat = call.fields.Word("repeat", kRepeatWords);
-    order.isFromEnd = call.fields.Has("left");
-    const bool hasTime = order.isFromEnd || call.fields.Has("to");
-    if (order.thumb == kSeek || hasTime) {
-        order.time = call.fields.Number(order.isFromEnd ? "left" : "to");
-    }
-    if ((hasTime && order.thumb != kSeek) || (order.isFromEnd && call.fields.Has("to"))) {
-        call.fields.Refuse("\"to\" or \"left\" goes with \"do\":\"seek\"");
-    }
-    if (!order.thumb && !order.shuffle && !order.repeat) {
-        call.fields.Refuse("\"do\", \"shuffle\" or \"repeat\" must say what");
-    }
-    if (!call.fields.AreGood()) {
-        return;
-    }
-    const bool isPlay = IsPlay(call, order);
-    if (isPlay && call.fields.AreGood()) {
-        PressPlay(call, order);
-    }
-    if (!call.fields.AreGood()) {
-        return;
-    }
-    OnPlayer(call, order.handle, [&](Player& player, TimePoint now) {
-        std::string error;
-        if (order.thumb && !isPlay) {
-            error = Explain(Press(player, order, now), player);
-        }
-        if (error.empty()) {
-            SetModes(player, order, now);
-        }
-        return error;
-    });
-}
-
-void ControlQueue(ControlCall& call) {
-    const QueueOrder order = ReadQueueOrder(call.fields);
-    if (!call.fields.AreGood()) {
-        return;
-    }
-    OnPlayer(call, order.handle, [&](Player& player, TimePoint now) {
-        std::string error = ChangeQueue(player, order, now);
-        DescribeQueue(player.Queue(), order, call.answer);
-        return error;
-    });
+std::span<const ControlCommand> PlaybackCommands() {
+    static constexpr auto kCommands = std::to_array<ControlCommand>(
+        {{"player",
+          "a thumb on the player",
+          {{kHandle,
+            {"do", "play, pause, toggle, stop, next, previous, seek, forward, rewind or release",
+             MustBeWord<kThumbWords>},
+            {"shuffle", "off, tracks or albums", MustBeWord<kShuffleWords>},
+            {"repeat", "off, one or all", MustBeWord<kRepeatWords>},
+            {"to", "for seek: ms from the track's beginning", MustBeNumber},
+            {"left", "for seek, instead: ms before the track's end", MustBeNumber}}},
+          LeadPlayer},
+         {"queue",
+          "answers a page of the now-playing queue, after it has been changed",
+          {{kHandle,
+            {"position", "where in the queue to play, from 0", MustBeNumber},
+            {"start", "where the page begins; 0", MustBeNumber},
+            {"count", "the page's length; 20, at most 1000", MustBeAtMost<kLargestPage>},
+            {"tracks", "an array of the library's track numbers or titles: the new queue, which plays",
+             MustBeTracks}}},
+          ShowQueue}});
+    return kCommands;
 }
 
 }  // namespace DeviceSimulator

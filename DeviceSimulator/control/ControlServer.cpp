@@ -5,9 +5,10 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <exception>
@@ -17,6 +18,7 @@
 #include "DeviceSimulator/control/ControlCommands.h"
 #include "DeviceSimulator/wire/Thread.h"
 #include "ServiceUtil/LocalSocket.h"
+#include "ServiceUtil/Poll.h"
 
 namespace DeviceSimulator {
 
@@ -81,6 +83,37 @@ bool HasHungUp(int socket) {
 
 }  // namespace
 
+/// Read and answered by a thread of its own.
+struct ControlServer::Client {
+    enum class State { Silent, Answered, Dropped, Done };
+
+    explicit Client(Descriptor connection)
+        : socket(std::move(connection)), thread(StartThread("devmgr-control", [this] {
+              Serve();
+              shutdown(socket.Get(), SHUT_RDWR);
+              state = State::Done;
+          })) {}
+    ~Client() {
+        state = State::Dropped;
+        shutdown(socket.Get(), SHUT_RDWR);
+        thread.join();
+    }
+    Client(const Client&) = delete;
+    Client& operator=(const Client&) = delete;
+
+    void Serve();
+    /// False when the connection is to be closed.
+    bool AnswerLines(std::string& pending);
+    bool Answer(std::string_view line);
+    /// False, and nothing is changed, when it is not in `from`.
+    bool Change(State from, State to) { return state.compare_exchange_strong(from, to); }
+
+    const Descriptor socket;
+    std::atomic<State> state{State::Silent};
+    std::atomic<std::chrono::steady_clock::time_point> lastHeard{std::chrono::steady_clock::now()};
+    std::thread thread;
+};
+
 std::unique_ptr<ControlServer> ControlServer::Open(const std::string& path) {
     Descriptor listener = Listen(path);
     if (!listener.IsOpen()) {
@@ -97,129 +130,98 @@ ControlServer::ControlServer(Descriptor listener, std::string path)
       m_thread(StartThread("devmgr-control", [this] { Accept(); })) {}
 
 ControlServer::~ControlServer() {
-    m_isStopping = true;
     shutdown(m_listener.Get(), SHUT_RDWR);
     m_thread.join();
-    for (Client& client : m_clients) {
-        shutdown(client.socket.Get(), SHUT_RDWR);
-        client.thread.join();
-    }
+    m_clients.clear();
     unlink(m_path.c_str());
 }
 
 void ControlServer::Accept() {
-    while (!m_isStopping) {
+    for (;;) {
         Descriptor socket(accept4(m_listener.Get(), nullptr, nullptr, SOCK_CLOEXEC));
-        Reap();
+        if (!socket.IsOpen() && errno == EINVAL) {
+            // Nobody listens any more.
+            return;
+        }
+        if (!socket.IsOpen() && errno != EINTR) {
+            poll(nullptr, 0, kAcceptPauseMs);
+        }
+        m_clients.remove_if([](const Client& client) { return client.state == Client::State::Done; });
         if (socket.IsOpen()) {
             Admit(std::move(socket));
-        } else if (errno != EINTR && !m_isStopping) {
-            poll(nullptr, 0, kAcceptPauseMs);
         }
     }
 }
 
 void ControlServer::Admit(Descriptor socket) {
-    const int fd = socket.Get();
-    setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &kSendTimeout, sizeof(kSendTimeout));
-    const std::lock_guard lock(m_mutex);
+    setsockopt(socket.Get(), SOL_SOCKET, SO_SNDTIMEO, &kSendTimeout, sizeof(kSendTimeout));
     if (m_clients.size() >= kMostClients && !DropSilentClient()) {
-        SendText(fd, "{\"error\":\"too many clients\",\"ok\":false}\n");
+        SendText(socket.Get(), "{\"error\":\"too many clients\",\"ok\":false}\n");
         return;
     }
-    Client& client = m_clients.emplace_back();
-    client.socket = std::move(socket);
-    client.lastHeard = ++m_heard;
     try {
-        client.thread = StartThread("devmgr-control", [this, &client] {
-            Serve(client);
-            shutdown(client.socket.Get(), SHUT_RDWR);
-            client.isDone = true;
-        });
+        m_clients.emplace_back(std::move(socket));
     } catch (const std::exception&) {
-        m_clients.pop_back();
+        // No thread can be had: the connection is closed.
     }
 }
 
-void ControlServer::Serve(Client& client) {
+bool ControlServer::DropSilentClient() {
+    auto silent = m_clients.end();
+    for (auto client = m_clients.begin(); client != m_clients.end(); ++client) {
+        const bool isSilent = client->state == Client::State::Silent && !HasSent(client->socket.Get());
+        if (isSilent && (silent == m_clients.end() || client->lastHeard.load() < silent->lastHeard.load())) {
+            silent = client;
+        }
+    }
+    if (silent == m_clients.end() || !silent->Change(Client::State::Silent, Client::State::Dropped)) {
+        return false;
+    }
+    m_clients.erase(silent);
+    return true;
+}
+
+void ControlServer::Client::Serve() {
     std::string pending;
     std::array<char, 4096> buffer;
-    for (;; client.isBeingAnswered = false) {
+    for (bool isOpen = true; isOpen;) {
+        pollfd entry{socket.Get(), POLLIN, 0};
+        PollUntil({&entry, 1}, std::nullopt);
         // Before what it has sent is taken, so that it counts as silent at no time in between.
-        client.isBeingAnswered = recv(client.socket.Get(), buffer.data(), 1, MSG_PEEK) > 0;
-        const ssize_t count = recv(client.socket.Get(), buffer.data(), buffer.size(), 0);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count <= 0) {
-            // What a client sends last need not end in a line end.
-            if (!pending.empty() && !client.isDropped && !m_isStopping) {
-                client.isBeingAnswered = true;
-                Answer(client, pending);
-            }
+        if (!Change(State::Silent, State::Answered)) {
             return;
         }
-        pending.append(buffer.data(), static_cast<std::size_t>(count));
-        if (!AnswerLines(client, pending)) {
-            return;
-        }
+        const ssize_t count = recv(socket.Get(), buffer.data(), buffer.size(), 0);
+        // What a client sends last need not end in a line end.
+        pending += count > 0 ? std::string_view(buffer.data(), static_cast<std::size_t>(count)) : "\n";
+        isOpen = AnswerLines(pending) && count > 0 && Change(State::Answered, State::Silent);
     }
 }
 
-bool ControlServer::AnswerLines(Client& client, std::string& pending) {
+bool ControlServer::Client::AnswerLines(std::string& pending) {
     std::size_t start = 0;
     for (auto end = pending.find('\n'); end != std::string::npos; end = pending.find('\n', start)) {
-        if (!Answer(client, std::string_view(pending).substr(start, end - start))) {
+        if (!Answer(std::string_view(pending).substr(start, end - start))) {
             return false;
         }
         start = end + 1;
     }
     pending.erase(0, start);
     if (pending.size() > kLongestLine) {
-        SendText(client.socket.Get(), "{\"error\":\"the line is too long\",\"ok\":false}\n");
+        SendText(socket.Get(), "{\"error\":\"the line is too long\",\"ok\":false}\n");
         return false;
     }
     return true;
 }
 
-bool ControlServer::Answer(Client& client, std::string_view line) {
+bool ControlServer::Client::Answer(std::string_view line) {
     if (line.find_first_not_of(" \t\r") == std::string_view::npos) {
         return true;
     }
-    const int socket = client.socket.Get();
-    const std::string answer = AnswerControlLine(line, [&] { return m_isStopping || HasHungUp(socket); });
-    const bool isSent = SendText(socket, answer + "\n");
-    client.lastHeard = ++m_heard;
+    const bool isSent =
+        SendText(socket.Get(), AnswerControlLine(line, [this] { return HasHungUp(socket.Get()); }) + "\n");
+    lastHeard = std::chrono::steady_clock::now();
     return isSent;
-}
-
-bool ControlServer::DropSilentClient() {
-    auto silent = m_clients.end();
-    for (auto client = m_clients.begin(); client != m_clients.end(); ++client) {
-        const bool isSilent = !HasSent(client->socket.Get()) && !client->isBeingAnswered;
-        if (isSilent && (silent == m_clients.end() || client->lastHeard < silent->lastHeard)) {
-            silent = client;
-        }
-    }
-    if (silent == m_clients.end()) {
-        return false;
-    }
-    silent->isDropped = true;
-    shutdown(silent->socket.Get(), SHUT_RDWR);
-    silent->thread.join();
-    m_clients.erase(silent);
-    return true;
-}
-
-void ControlServer::Reap() {
-    const std::lock_guard lock(m_mutex);
-    std::erase_if(m_clients, [](Client& client) {
-        const bool isDone = client.isDone;
-        if (isDone) {
-            client.thread.join();
-        }
-        return isDone;
-    });
 }
 
 }  // namespace DeviceSimulator

@@ -1,11 +1,9 @@
 // The control socket: lets a person or a test outside of the process lead the simulated player.
 #pragma once
 
-#include <atomic>
-#include <cstdint>
+#include <cstddef>
 #include <list>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <thread>
 
@@ -29,32 +27,17 @@ class ControlServer {
     ControlServer& operator=(const ControlServer&) = delete;
 
   private:
-    struct Client {
-        Descriptor socket;
-        std::thread thread;
-        std::atomic<std::uint64_t> lastHeard{0};  // by m_heard
-        std::atomic<bool> isBeingAnswered{false};
-        std::atomic<bool> isDropped{false};
-        std::atomic<bool> isDone{false};
-    };
+    struct Client;
 
     ControlServer(Descriptor listener, std::string path);
     void Accept();
     void Admit(Descriptor socket);
-    void Serve(Client& client);
-    /// False when the connection is to be closed.
-    bool AnswerLines(Client& client, std::string& pending);
-    bool Answer(Client& client, std::string_view line);
-    void Reap();
-    /// False when each one is being answered.
+    /// False when each one has sent something that is not answered yet.
     bool DropSilentClient();
 
     const Descriptor m_listener;
     const std::string m_path;
-    std::atomic<bool> m_isStopping{false};
-    std::atomic<std::uint64_t> m_heard{0};
-    std::mutex m_mutex;
-    std::list<Client> m_clients;  // guarded by m_mutex
+    std::list<Client> m_clients;  // of m_thread while that runs
     std::thread m_thread;
 };
 
