@@ -105,7 +105,7 @@ std::string Plug(ControlCall& call) {
         }
     }
     const auto handles =
-        Locked([&](ManagerModel& model, TimePoint) { return model.PlugAll(std::move(descriptions), error); });
+        Locked([&](ManagerModel& model, TimePoint) { return model.PlugAll(descriptions, error); });
     if (!call.command.isMember("devices") && error.empty()) {
         call.answer["handle"] = handles.front();
         return {};
@@ -148,8 +148,8 @@ std::string Unplug(ControlCall& call) {
 std::string SetLocked(ControlCall& call, bool isLocked) {
     std::string error;
     Locked([&](ManagerModel& model, TimePoint) {
-        if (const Device* player = ChoosePlayer(model, call.command["handle"].asUInt(), error)) {
-            model.SetLocked(player->identity.handle, isLocked);
+        if (Device* player = ChoosePlayer(model, call.command["handle"].asUInt(), error)) {
+            model.SetLocked(*player, isLocked);
         }
     });
     return error;

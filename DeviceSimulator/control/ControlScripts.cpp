@@ -78,7 +78,7 @@ std::string FireEvent(ControlCall& call) {
     for (const Json::Value& text : call.command["texts"]) {
         texts.push_back(text.asString());
     }
-    const DeviceEvent event = PackEvent(words, std::vector<std::string_view>(texts.begin(), texts.end()));
+    const DeviceEvent event = MakeEvent(words, std::vector<std::string_view>(texts.begin(), texts.end()));
     const bool isTaken = Locked([&](ManagerModel& model, TimePoint) { return model.Fire(event); });
     return isTaken ? "" : "too many events wait for a process that takes none";
 }

@@ -1,7 +1,7 @@
 #include "DeviceSimulator/control/EventNames.h"
 
 #include <algorithm>
-#include <array>
+#include <vector>
 
 #include "DeviceManager/DeviceManagerValues.h"
 
@@ -9,58 +9,32 @@ namespace DeviceSimulator {
 
 namespace {
 
-struct EventName {
-    std::uint32_t id;
-    std::string_view name;
-};
+// The names are the enumerators' own: what is called otherwise does not compile.
+#define DEVICE_SIMULATOR_EVENTS(...)              \
+    constexpr DevMgrEvent kEvents[]{__VA_ARGS__}; \
+    constexpr std::string_view kNames = #__VA_ARGS__;
 
-// The name is the enumerator's own: what is called otherwise does not compile.
-#define DEVICE_SIMULATOR_EVENT(name) \
-    { name, #name }
-constexpr auto kEvents =
-    std::to_array<EventName>({DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_DEVICE_MANAGER_EXITED),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_USB_OVERCURRENT_DETECTED),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_DEVICE_CONNECTED),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_DEVICE_DISCONNECTED),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_IPOD_NOT_RESPONDING),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_DEVICE_MOUNT_SUCCESSFUL),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_DEVICE_MOUNT_FAILED),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_PLAY_TIME),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_PLAY_STARTED),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_PLAY_PAUSED),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_PAUSE_REMOVED),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_PLAY_STOPPED),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_PLAY_TRACK_CHANGED),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_FAST_FW_STARTED),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_FAST_RW_STARTED),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_FAST_FW_RW_STOPPED),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_AUTH_STARTED),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_AUTH_SUCCESS),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_AUTH_FAILURE),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_IPOD_APP_SESSION_OPENED),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_IPOD_APP_SESSION_CLOSED),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_IPOD_APP_DATA_RECEIVED),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_MAX_DEVICES_ALREADY_CONNECTED),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_MAX_WIRELESS_DEVICES_ALREADY_CONNECTED),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_IPOD_NOW_PLAYING_APP_BUNDLE_NAME),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_IPOD_NOW_PLAYING_APP_DISPLAY_NAME),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_IPOD_APP_SESSION_SPACE_AVAILABLE),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_IPOD_ACCESSORY_SET_STATUS_CHANGE_NOTIFICATION),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_IPOD_BLUETOOTH_CONNECTION_STATUS),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_IPOD_CHARGING_INFO),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_IPOD_SHUFFLE_SETTING),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_IPOD_REPEAT_SETTING),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_IPOD_PLAY_CONTEXT_SETTING),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_AUTH_LOCKED),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_AUTH_UNLOCKED),
-                              DEVICE_SIMULATOR_EVENT(DEV_MGR_EVENT_DB_BUILD_PROGRESS_INFO)});
-#undef DEVICE_SIMULATOR_EVENT
+DEVICE_SIMULATOR_EVENTS(
+    DEV_MGR_EVENT_DEVICE_MANAGER_EXITED, DEV_MGR_EVENT_USB_OVERCURRENT_DETECTED,
+    DEV_MGR_EVENT_DEVICE_CONNECTED, DEV_MGR_EVENT_DEVICE_DISCONNECTED, DEV_MGR_EVENT_IPOD_NOT_RESPONDING,
+    DEV_MGR_EVENT_DEVICE_MOUNT_SUCCESSFUL, DEV_MGR_EVENT_DEVICE_MOUNT_FAILED, DEV_MGR_EVENT_PLAY_TIME,
+    DEV_MGR_EVENT_PLAY_STARTED, DEV_MGR_EVENT_PLAY_PAUSED, DEV_MGR_EVENT_PAUSE_REMOVED,
+    DEV_MGR_EVENT_PLAY_STOPPED, DEV_MGR_EVENT_PLAY_TRACK_CHANGED, DEV_MGR_EVENT_FAST_FW_STARTED,
+    DEV_MGR_EVENT_FAST_RW_STARTED, DEV_MGR_EVENT_FAST_FW_RW_STOPPED, DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE,
+    DEV_MGR_EVENT_AUTH_STARTED, DEV_MGR_EVENT_AUTH_SUCCESS, DEV_MGR_EVENT_AUTH_FAILURE,
+    DEV_MGR_IPOD_APP_SESSION_OPENED, DEV_MGR_IPOD_APP_SESSION_CLOSED, DEV_MGR_IPOD_APP_DATA_RECEIVED,
+    DEV_MGR_EVENT_MAX_DEVICES_ALREADY_CONNECTED, DEV_MGR_EVENT_MAX_WIRELESS_DEVICES_ALREADY_CONNECTED,
+    DEV_MGR_IPOD_NOW_PLAYING_APP_BUNDLE_NAME, DEV_MGR_IPOD_NOW_PLAYING_APP_DISPLAY_NAME,
+    DEV_MGR_IPOD_APP_SESSION_SPACE_AVAILABLE, DEV_MGR_IPOD_ACCESSORY_SET_STATUS_CHANGE_NOTIFICATION,
+    DEV_MGR_IPOD_BLUETOOTH_CONNECTION_STATUS, DEV_MGR_IPOD_CHARGING_INFO, DEV_MGR_EVENT_IPOD_SHUFFLE_SETTING,
+    DEV_MGR_EVENT_IPOD_REPEAT_SETTING, DEV_MGR_EVENT_IPOD_PLAY_CONTEXT_SETTING, DEV_MGR_EVENT_AUTH_LOCKED,
+    DEV_MGR_EVENT_AUTH_UNLOCKED, DEV_MGR_EVENT_DB_BUILD_PROGRESS_INFO)
+#undef DEVICE_SIMULATOR_EVENTS
 
 constexpr bool HasEveryEventInOrder() {
-    std::uint32_t id = DEV_MGR_EVENT_NONE;
-    for (const EventName& event : kEvents) {
-        if (event.id != ++id) {
+    int id = DEV_MGR_EVENT_NONE;
+    for (const DevMgrEvent event : kEvents) {
+        if (event != ++id) {
             return false;
         }
     }
@@ -83,17 +57,31 @@ std::string ToWord(std::string_view name) {
     return word;
 }
 
+/// By the events' numbers, from 1.
+const std::vector<std::string>& Words() {
+    static const auto* const kWords = [] {
+        auto* const words = new std::vector<std::string>;
+        for (std::size_t start = 0; start < kNames.size();) {
+            const std::size_t end = std::min(kNames.find(", ", start), kNames.size());
+            words->push_back(ToWord(kNames.substr(start, end - start)));
+            start = end + 2;
+        }
+        return words;
+    }();
+    return *kWords;
+}
+
 }  // namespace
 
 std::optional<std::uint32_t> FindEvent(std::string_view name) {
-    const std::string word = ToWord(name);
-    const auto* found = std::find_if(kEvents.begin(), kEvents.end(),
-                                     [&](const EventName& event) { return ToWord(event.name) == word; });
-    return found == kEvents.end() ? std::nullopt : std::optional(found->id);
+    const auto& words = Words();
+    const auto found = std::find(words.begin(), words.end(), ToWord(name));
+    return found == words.end() ? std::nullopt
+                                : std::optional(static_cast<std::uint32_t>(found - words.begin()) + 1);
 }
 
 std::string EventWord(std::uint32_t id) {
-    return id > DEV_MGR_EVENT_NONE && id < DEV_MGR_EVENT_LAST ? ToWord(kEvents[id - 1].name) : std::string();
+    return id > DEV_MGR_EVENT_NONE && id < DEV_MGR_EVENT_LAST ? Words()[id - 1] : std::string();
 }
 
 }  // namespace DeviceSimulator

@@ -1,10 +1,13 @@
-// One process's walk through a device's library: the narrowings that it has made.
+// One process's walk through a device's library: the narrowings that it has made, and the ids by which the
+// player knows the items of its lists.
 #pragma once
 
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <vector>
 
-#include "DeviceSimulator/device/DeviceTypes.h"
+#include "DeviceSimulator/device/SimulatorOptions.h"
 #include "DeviceSimulator/music/Library.h"
 
 namespace DeviceSimulator {
@@ -37,5 +40,16 @@ std::shared_ptr<const ItemList> ItemsBelow(const Library& library, const std::ve
 /// The categories at the top (DEV_MGR_CATEGORY_TOP_LEVEL) or behind `category`, as the interface's masks have
 /// them.
 DevMgrResult CategoriesBehind(const Library& library, std::uint32_t category, std::uint32_t& mask);
+
+/// The id of `entry`, which stands at `position` of its list.
+std::uint32_t IdOf(ItemIds ids, std::uint32_t entry, std::uint32_t position);
+
+/// Where in `list` the item of that id stands; none when it has none such.
+std::optional<std::uint32_t> PositionOf(ItemIds ids, const ItemList& list, std::uint32_t id);
+
+/// Where the parent of a query stands: in the list that a step of the path was taken from, else in that of
+/// the whole library. A position beyond all lists when no item has that id.
+std::uint32_t ParentPosition(ItemIds ids, const Library& library, const std::vector<PathStep>& path,
+                             std::uint32_t category, std::uint32_t id);
 
 }  // namespace DeviceSimulator

@@ -14,30 +14,6 @@ namespace {
 constexpr std::uint32_t kVendorId = 0xF155;
 constexpr std::uint32_t kFirstProductId = 0x1200;
 
-const char* LikelyName(std::uint32_t type) {
-    if (IsStick(type)) {
-        return "MUSIC STICK";
-    }
-    if (IsIap2(type)) {
-        return "Phone";
-    }
-    if (IsPlayer(type)) {
-        return "Player";
-    }
-    if (type <= DEV_MGR_DEVICE_TYPE_MTP_1WIRE_ZUNE) {
-        return "Media Player";
-    }
-    return type == DEV_MGR_DEVICE_TYPE_HUB ? "Hub" : "Device";
-}
-
-std::string LikelyNode(std::uint32_t type, std::uint32_t handle) {
-    const std::string number = std::to_string(handle);
-    if (IsStick(type)) {
-        return "/dev/usbdisk" + number;
-    }
-    return (IsPlayer(type) ? "/dev/iap" : "/dev/usb") + number;
-}
-
 }  // namespace
 
 DeviceEvent MakePlayerEvent(const PlayerEvent& event, std::uint32_t handle) {
@@ -45,13 +21,14 @@ DeviceEvent MakePlayerEvent(const PlayerEvent& event, std::uint32_t handle) {
 }
 
 DeviceIdentity MakeIdentity(const DeviceDescription& device, std::uint32_t handle) {
+    const DeviceKind& kind = KindOf(device.type);
     DeviceIdentity identity;
     identity.type = device.type;
     identity.handle = handle;
     identity.productId = device.productId.value_or(kFirstProductId + device.type);
     identity.vendorId = device.vendorId.value_or(kVendorId);
-    identity.name = device.name.empty() ? LikelyName(device.type) : device.name;
-    identity.node = LikelyNode(device.type, handle);
+    identity.name = device.name.empty() ? std::string(kind.name) : device.name;
+    identity.node = std::string(kind.node) + std::to_string(handle);
     identity.serial = "SIM" + std::to_string(1'000'000'000U + handle % 1'000'000'000U);
     if (IsStick(device.type) || device.type == DEV_MGR_DEVICE_TYPE_NO_MEDIUM) {
         identity.mountPath = "/media/usb" + std::to_string(handle);
@@ -79,18 +56,16 @@ Device::Device(DeviceIdentity who, Character how, std::uint64_t number)
       instance(number),
       player(character.seed ? *character.seed : std::random_device{}()) {}
 
-void Device::Close(std::uint32_t process, TimePoint now) {
-    if (openings.erase(process) != 0 && openings.empty()) {
-        player.Rest(now);
-        database.Abort();
+void Device::Close(std::uint32_t process, TimePoint now, bool playsOn) {
+    if (openings.erase(process) == 0 || !openings.empty()) {
+        return;
     }
-}
-
-void Device::Abandon(std::uint32_t process, TimePoint now) {
-    if (openings.erase(process) != 0 && openings.empty()) {
+    if (playsOn) {
         player.EndSeek(now);
-        database.Abort();
+    } else {
+        player.Rest(now);
     }
+    database.Abort();
 }
 
 std::vector<DeviceEvent> Device::TakeEvents(TimePoint now) {

@@ -54,10 +54,8 @@ struct Device {
     Device(DeviceIdentity identity, Character character, std::uint64_t instance);
 
     bool IsOpenedBy(std::uint32_t process) const { return openings.count(process) != 0; }
-    /// Closes it for `process`; with the last one the player comes to rest.
-    void Close(std::uint32_t process, TimePoint now);
-    /// The same of a process that is no more, but what plays goes on.
-    void Abandon(std::uint32_t process, TimePoint now);
+    /// Closes it for `process`; with the last one the player comes to rest, unless it plays on.
+    void Close(std::uint32_t process, TimePoint now, bool playsOn = false);
 
     /// The records of what happened in it up to `now` and has not been told.
     std::vector<DeviceEvent> TakeEvents(TimePoint now);

@@ -1,6 +1,8 @@
 #include "DeviceSimulator/device/DeviceEvents.h"
 
 #include <algorithm>
+#include <span>
+#include <string>
 
 #include "DeviceSimulator/device/FieldText.h"
 
@@ -8,57 +10,37 @@ namespace DeviceSimulator {
 
 namespace {
 
-/// Of a stick's name in the connect event, the mount path following at once.
-constexpr std::size_t kStickNameSize = 255;
-constexpr std::size_t kTextSize = sizeof(DeviceEvent::text);
-
-DeviceEvent MakeStickConnectEvent(const DeviceIdentity& device) {
-    DeviceEvent event = MakeEvent({DEV_MGR_EVENT_DEVICE_CONNECTED, device.type, DEV_MGR_MOUNT_PASSED,
-                                   device.productId, device.vendorId, device.handle});
-    const std::span<char> text(event.text, kTextSize);
-    CopyText(text.first(kStickNameSize), device.name);
-    CopyText(text.subspan(kStickNameSize), device.mountPath);
-    CopyText(text.subspan(kStickNameSize + device.mountPath.size() + 1), device.serial);
-    return event;
-}
+/// Of a device's name in its events.
+constexpr std::size_t kNameSize = 255;
 
 DeviceEvent MakeConnectEvent(const DeviceIdentity& device) {
-    if (IsStick(device.type)) {
-        return MakeStickConnectEvent(device);
+    std::string name(CutUtf8(device.name, kNameSize - 1));
+    if (device.type == DEV_MGR_DEVICE_TYPE_HUB) {
+        return MakeEvent({DEV_MGR_EVENT_DEVICE_CONNECTED, device.type, device.productId, device.vendorId});
     }
-    const std::string_view name = CutText(device.name, kStickNameSize - 1);
-    switch (device.type) {
-        case DEV_MGR_DEVICE_TYPE_NO_MEDIUM:
-            return MakeEvent({DEV_MGR_EVENT_DEVICE_CONNECTED, device.type, 0, device.productId,
-                              device.vendorId, device.handle},
-                             {name, device.mountPath, device.serial});
-        case DEV_MGR_DEVICE_TYPE_HUB:
-            return MakeEvent(
-                {DEV_MGR_EVENT_DEVICE_CONNECTED, device.type, device.productId, device.vendorId});
-        case DEV_MGR_DEVICE_TYPE_UNKNOWN:
-        case DEV_MGR_DEVICE_TYPE_UNSUPPORTED:
-            return MakeEvent({DEV_MGR_EVENT_DEVICE_CONNECTED, device.type});
-        default:
-            break;
+    if (device.type == DEV_MGR_DEVICE_TYPE_UNKNOWN || device.type == DEV_MGR_DEVICE_TYPE_UNSUPPORTED) {
+        return MakeEvent({DEV_MGR_EVENT_DEVICE_CONNECTED, device.type});
+    }
+    if (IsStick(device.type) || device.type == DEV_MGR_DEVICE_TYPE_NO_MEDIUM) {
+        // A stick's mount path stands at a fixed place.
+        name.resize(IsStick(device.type) ? kNameSize - 1 : name.size());
+        const std::uint32_t mounted = IsStick(device.type) ? std::uint32_t{DEV_MGR_MOUNT_PASSED} : 0;
+        return MakeEvent({DEV_MGR_EVENT_DEVICE_CONNECTED, device.type, mounted, device.productId,
+                          device.vendorId, device.handle},
+                         {name, device.mountPath, device.serial});
     }
     const bool isMtp = device.type >= DEV_MGR_DEVICE_TYPE_MTP_2WIRE;
-    const auto nameLength = isMtp ? static_cast<std::uint32_t>(name.size()) : 0;
     return MakeEvent({DEV_MGR_EVENT_DEVICE_CONNECTED, device.type, device.handle, device.productId,
-                      device.vendorId, nameLength},
+                      device.vendorId, isMtp ? static_cast<std::uint32_t>(name.size()) : 0U},
                      {name, device.node, device.serial});
 }
 
 }  // namespace
 
-DeviceEvent MakeEvent(std::initializer_list<std::uint32_t> words,
-                      std::initializer_list<std::string_view> texts) {
-    return PackEvent({words.begin(), words.size()}, {texts.begin(), texts.size()});
-}
-
-DeviceEvent PackEvent(std::span<const std::uint32_t> words, std::span<const std::string_view> texts) {
+DeviceEvent MakeEvent(const std::vector<std::uint32_t>& words, const std::vector<std::string_view>& texts) {
     DeviceEvent event{};
     std::copy_n(words.begin(), std::min(words.size(), std::size(event.words)), std::begin(event.words));
-    std::span<char> room(event.text, kTextSize);
+    std::span<char> room(event.text);
     for (const std::string_view text : texts) {
         CopyText(room, text);
         room = room.subspan(std::min(room.size(), text.size() + 1));
@@ -88,14 +70,13 @@ DeviceEvent MakeDisconnectEvent(const DeviceIdentity& device) {
     if (device.type == DEV_MGR_DEVICE_TYPE_UNKNOWN) {
         return MakeEvent({DEV_MGR_EVENT_DEVICE_DISCONNECTED, device.type});
     }
-    const std::string_view name = CutText(device.name, kStickNameSize - 1);
-    const auto second = static_cast<std::uint32_t>(name.size() + 1);
-    const std::initializer_list<std::uint32_t> words{DEV_MGR_EVENT_DEVICE_DISCONNECTED,
-                                                     device.type,
-                                                     device.handle,
-                                                     device.productId,
-                                                     device.vendorId,
-                                                     second};
+    const std::string_view name = CutUtf8(device.name, kNameSize - 1);
+    const std::vector<std::uint32_t> words{DEV_MGR_EVENT_DEVICE_DISCONNECTED,
+                                           device.type,
+                                           device.handle,
+                                           device.productId,
+                                           device.vendorId,
+                                           static_cast<std::uint32_t>(name.size() + 1)};
     if (!IsListed(device.type)) {
         return MakeEvent(words, {name, device.serial});
     }

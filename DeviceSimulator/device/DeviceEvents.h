@@ -2,8 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <initializer_list>
-#include <span>
 #include <string_view>
 #include <vector>
 
@@ -11,14 +9,10 @@
 
 namespace DeviceSimulator {
 
-/// An event record: the words in order (missing ones 0), then the texts packed one after another, each with
-/// its NUL.
-DeviceEvent MakeEvent(std::initializer_list<std::uint32_t> words,
-                      std::initializer_list<std::string_view> texts = {});
-
-/// As MakeEvent, for words and texts that come in at run time. Words beyond the sixth are left out; texts are
-/// cut where the record ends.
-DeviceEvent PackEvent(std::span<const std::uint32_t> words, std::span<const std::string_view> texts);
+/// An event record: the words in order (missing ones 0, those beyond the sixth left out), then the texts
+/// packed one after another, each with its NUL, cut where the record ends.
+DeviceEvent MakeEvent(const std::vector<std::uint32_t>& words,
+                      const std::vector<std::string_view>& texts = {});
 
 /// What is told of a device that is plugged in: the connection, then the authentication of a player, which a
 /// locked one does not come to the end of.

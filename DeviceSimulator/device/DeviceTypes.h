@@ -24,9 +24,20 @@ constexpr bool IsListed(std::uint32_t type) {
     return type <= DEV_MGR_DEVICE_TYPE_MTP_1WIRE_ZUNE;
 }
 
+/// What the types of one kind have in common.
+struct DeviceKind {
+    std::string_view word;  ///< empty for the kind of a type that has none
+    std::uint32_t type;     ///< the most usual one
+    std::string_view name;  ///< that such a device is likely to have
+    std::string_view node;  ///< as the name; the handle follows
+};
+
+const DeviceKind& KindOf(std::uint32_t type);
 /// The device type of a word such as "iap2" or "stick".
 std::optional<std::uint32_t> FindDeviceType(std::string_view word);
 /// The word for a type, or for one of its kind; empty when there is none.
-std::string_view DeviceTypeWord(std::uint32_t type);
+inline std::string_view DeviceTypeWord(std::uint32_t type) {
+    return KindOf(type).word;
+}
 
 }  // namespace DeviceSimulator

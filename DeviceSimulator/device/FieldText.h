@@ -1,17 +1,20 @@
 // Texts in the fixed fields of the interface's records.
 #pragma once
 
-#include <cstddef>
+#include <algorithm>
 #include <span>
 #include <string_view>
 
+#include "ServiceUtil/Utf8.h"
+
 namespace DeviceSimulator {
 
-/// The longest start of `text` of at most `room` bytes that does not end inside a UTF-8 character. Bytes that
-/// are not UTF-8 are cut at `room`.
-std::string_view CutText(std::string_view text, std::size_t room);
-
-/// Fills `field` with `text`, cut to leave room for the NUL, and zeros behind it.
-void CopyText(std::span<char> field, std::string_view text);
+/// Fills `field` with `text`, cut to leave room for the NUL but not inside a character, and zeros behind it.
+inline void CopyText(std::span<char> field, std::string_view text) {
+    if (!field.empty()) {
+        const std::string_view cut = CutUtf8(text, field.size() - 1);
+        std::fill(std::copy(cut.begin(), cut.end(), field.begin()), field.end(), '\0');
+    }
+}
 
 }  // namespace DeviceSimulator

@@ -9,7 +9,6 @@ void ManagerModel::Reset(SimulatorOptions options) {
     m_plugAt.reset();
     m_hasPlugged = false;
     m_processes.Clear();
-    m_memory.FreeAll();
     m_devices.clear();
     m_nextHandle = 1;
     m_pending.clear();
@@ -33,36 +32,24 @@ DevMgrResult ManagerModel::Register(std::shared_ptr<EventListener> listener, std
 }
 
 DevMgrResult ManagerModel::Deregister(std::uint32_t process, TimePoint now) {
-    if (!m_processes.Remove(process)) {
-        return DEV_MGR_PROCESS_NOT_REGISTERED;
-    }
-    m_memory.FreeAll(process);
-    for (const auto& device : m_devices) {
-        device->Close(process, now);
-    }
-    return DEV_MGR_SUCCESS;
+    return Remove(process, now, false);
 }
 
 void ManagerModel::Abandon(std::uint32_t process, TimePoint now) {
+    if (Remove(process, now, true) == DEV_MGR_SUCCESS) {
+        // Who opens a device next has heard of no rate yet.
+        m_toldSampleRate = 0;
+    }
+}
+
+DevMgrResult ManagerModel::Remove(std::uint32_t process, TimePoint now, bool playsOn) {
     if (!m_processes.Remove(process)) {
-        return;
+        return DEV_MGR_PROCESS_NOT_REGISTERED;
     }
-    m_memory.FreeAll(process);
     for (const auto& device : m_devices) {
-        device->Abandon(process, now);
+        device->Close(process, now, playsOn);
     }
-    // Who opens a device next has heard of no rate yet.
-    m_toldSampleRate = 0;
-}
-
-DevMgrResult ManagerModel::AllocateMemory(std::uint32_t process, std::uint32_t size, const MapBlock& map,
-                                          std::uint32_t& block) {
-    return m_processes.Contains(process) ? m_memory.Allocate(process, size, map, block)
-                                         : DEV_MGR_PROCESS_NOT_REGISTERED;
-}
-
-DevMgrResult ManagerModel::FreeMemory(std::uint32_t process, std::uint32_t block) {
-    return m_processes.Contains(process) ? m_memory.Free(process, block) : DEV_MGR_PROCESS_NOT_REGISTERED;
+    return DEV_MGR_SUCCESS;
 }
 
 std::vector<const Device*> ManagerModel::Listed() const {
@@ -77,7 +64,7 @@ std::vector<const Device*> ManagerModel::Listed() const {
 
 DevMgrResult ManagerModel::Open(std::uint32_t process, std::uint32_t handle) {
     Device* device = nullptr;
-    const DevMgrResult result = FindListed(process, handle, device);
+    const DevMgrResult result = FindDevice(process, handle, Access::Listed, device);
     if (result != DEV_MGR_SUCCESS) {
         return result;
     }
@@ -91,7 +78,7 @@ DevMgrResult ManagerModel::Open(std::uint32_t process, std::uint32_t handle) {
 
 DevMgrResult ManagerModel::Close(std::uint32_t process, std::uint32_t handle, TimePoint now) {
     Device* device = nullptr;
-    const DevMgrResult result = FindOpened(process, handle, device);
+    const DevMgrResult result = FindDevice(process, handle, Access::Opened, device);
     if (result == DEV_MGR_SUCCESS) {
         device->Close(process, now);
     }
@@ -143,12 +130,25 @@ DevMgrResult ManagerModel::CloseSession(std::uint32_t process, std::uint32_t han
 }
 
 DevMgrResult ManagerModel::FindPlayer(std::uint32_t process, std::uint32_t handle, Device*& device) {
-    Device* found = nullptr;
-    const DevMgrResult result = FindOpened(process, handle, found);
-    if (result != DEV_MGR_SUCCESS) {
-        return result;
+    return FindDevice(process, handle, Access::Player, device);
+}
+
+DevMgrResult ManagerModel::FindDevice(std::uint32_t process, std::uint32_t handle, Access access,
+                                      Device*& device) const {
+    if (!m_processes.Contains(process)) {
+        return DEV_MGR_PROCESS_NOT_REGISTERED;
     }
-    if (!IsPlayer(found->identity.type)) {
+    Device* const found = Find(handle);
+    if (found != nullptr && found->identity.type == DEV_MGR_DEVICE_TYPE_NO_MEDIUM) {
+        return DEV_MGR_DEVICE_NOT_MOUNTED;
+    }
+    if (found == nullptr || !IsListed(found->identity.type)) {
+        return DEV_MGR_INVALID_DEVICE_HANDLE;
+    }
+    if (access != Access::Listed && !found->IsOpenedBy(process)) {
+        return DEV_MGR_DEVICE_NOT_OPENED;
+    }
+    if (access == Access::Player && !IsPlayer(found->identity.type)) {
         return DEV_MGR_OPERATION_NOT_SUPPORTED_BY_DEVICE;
     }
     device = found;
@@ -224,34 +224,6 @@ std::vector<std::uint32_t> ManagerModel::Targets(const PendingEvent& pending) co
         }
     }
     return targets;
-}
-
-DevMgrResult ManagerModel::FindListed(std::uint32_t process, std::uint32_t handle, Device*& device) const {
-    if (!m_processes.Contains(process)) {
-        return DEV_MGR_PROCESS_NOT_REGISTERED;
-    }
-    Device* found = Find(handle);
-    if (found != nullptr && found->identity.type == DEV_MGR_DEVICE_TYPE_NO_MEDIUM) {
-        return DEV_MGR_DEVICE_NOT_MOUNTED;
-    }
-    if (found == nullptr || !IsListed(found->identity.type)) {
-        return DEV_MGR_INVALID_DEVICE_HANDLE;
-    }
-    device = found;
-    return DEV_MGR_SUCCESS;
-}
-
-DevMgrResult ManagerModel::FindOpened(std::uint32_t process, std::uint32_t handle, Device*& device) const {
-    Device* found = nullptr;
-    const DevMgrResult result = FindListed(process, handle, found);
-    if (result != DEV_MGR_SUCCESS) {
-        return result;
-    }
-    if (!found->IsOpenedBy(process)) {
-        return DEV_MGR_DEVICE_NOT_OPENED;
-    }
-    device = found;
-    return DEV_MGR_SUCCESS;
 }
 
 void ManagerModel::Push(const DeviceEvent& event, std::uint64_t instance) {

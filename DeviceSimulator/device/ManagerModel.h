@@ -6,6 +6,7 @@
 #include <deque>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <utility>
@@ -13,7 +14,6 @@
 
 #include "DeviceSimulator/device/Device.h"
 #include "DeviceSimulator/device/ProcessRegistry.h"
-#include "DeviceSimulator/device/SharedMemory.h"
 
 namespace DeviceSimulator {
 
@@ -41,24 +41,29 @@ class ManagerModel {
     void SkipProcessesTo(std::uint32_t handle) { m_processes.SkipTo(handle); }
     const ProcessRegistry& Processes() const { return m_processes; }
     DevMgrResult AllocateMemory(std::uint32_t process, std::uint32_t size, const MapBlock& map,
-                                std::uint32_t& block);
-    DevMgrResult FreeMemory(std::uint32_t process, std::uint32_t block);
+                                std::uint32_t& block) {
+        return m_processes.Allocate(process, size, map, block);
+    }
+    DevMgrResult FreeMemory(std::uint32_t process, std::uint32_t block) {
+        return m_processes.Free(process, block);
+    }
     /// Empty when `process` has no such block.
     std::span<std::uint8_t> Memory(std::uint32_t process, std::uint32_t block) const {
-        return m_memory.Bytes(process, block);
+        return m_processes.Bytes(process, block);
     }
 
     // Devices
 
-    /// The handle; 0 when the one asked for is taken, or the hub is none.
+    /// As PlugAll, of one: its handle, or 0.
     std::uint32_t Plug(const DeviceDescription& description);
     /// Plugs all of them in and returns their handles; none, and plugs nothing in, where `error` says why. A
     /// hub stands before what hangs on it.
-    std::vector<std::uint32_t> PlugAll(std::vector<DeviceDescription> descriptions, std::string& error);
+    std::vector<std::uint32_t> PlugAll(const std::vector<DeviceDescription>& descriptions,
+                                       std::string& error);
     /// With a hub goes what hangs on it.
     bool Unplug(std::uint32_t handle);
-    /// A locked player cannot be opened; who has it open keeps it. False when no such player is plugged in.
-    bool SetLocked(std::uint32_t handle, bool isLocked);
+    /// A locked player cannot be opened; who has it open keeps it.
+    void SetLocked(Device& player, bool isLocked);
     /// Null when no such device is plugged in.
     Device* Find(std::uint32_t handle) const;
     const std::vector<std::unique_ptr<Device>>& Devices() const { return m_devices; }
@@ -98,9 +103,15 @@ class ManagerModel {
     std::vector<std::uint32_t> Targets(const PendingEvent& pending) const;
 
   private:
-    DevMgrResult FindListed(std::uint32_t process, std::uint32_t handle, Device*& device) const;
-    DevMgrResult FindOpened(std::uint32_t process, std::uint32_t handle, Device*& device) const;
-    std::uint32_t FreeHandle();
+    /// What a call needs of its device; the later ones imply those before them.
+    enum class Access { Listed, Opened, Player };
+
+    DevMgrResult Remove(std::uint32_t process, TimePoint now, bool playsOn);
+    DevMgrResult FindDevice(std::uint32_t process, std::uint32_t handle, Access access,
+                            Device*& device) const;
+    std::string WhatIsWrong(const std::vector<DeviceDescription>& descriptions,
+                            std::set<std::uint32_t>& handles) const;
+    void Add(const DeviceDescription& description, std::uint32_t handle);
     void PlugPlanned(TimePoint now);
     void Push(const DeviceEvent& event, std::uint64_t instance);
 
@@ -108,7 +119,6 @@ class ManagerModel {
     std::optional<TimePoint> m_plugAt;  // the devices that are there at start
     bool m_hasPlugged = false;
     ProcessRegistry m_processes;
-    SharedMemory m_memory;
     std::vector<std::unique_ptr<Device>> m_devices;
     std::uint32_t m_nextHandle = 1;
     std::uint64_t m_nextInstance = 1;

@@ -16,10 +16,6 @@ constexpr auto kRestartAfter = 3s;
 /// A file whose length is not known still takes time to play.
 constexpr std::uint32_t kShortestTrackMs = 1000;
 
-std::uint32_t ToMs(std::chrono::nanoseconds time) {
-    return static_cast<std::uint32_t>(std::chrono::duration_cast<std::chrono::milliseconds>(time).count());
-}
-
 }  // namespace
 
 void Player::Start(std::shared_ptr<const Library> library, std::shared_ptr<const ItemList> tracks,
@@ -84,21 +80,15 @@ DevMgrResult Player::Skip(DevMgrSkip direction, TimePoint now) {
     }
     EndSeek(now);
     m_passedOver = 0;
-    const std::uint32_t last = m_queue.Count() - 1;
     const std::uint32_t position = m_queue.Position();
-    const bool wraps = m_repeat != E_DEVMGR_IPOD_REPEAT_NONE;
+    const bool isRepeated = m_repeat != E_DEVMGR_IPOD_REPEAT_NONE;
     if (direction == DEV_MGR_SKIP_NEXT) {
-        if (position == last && !wraps) {
-            m_queue.SetPosition(0);
-            Halt(now);
-        } else {
-            BeginTrack(position == last ? 0 : position + 1, now);
-        }
-    } else if (PositionAt(now) > kRestartAfter || (position == 0 && !wraps)) {
+        MoveOn(isRepeated, now);
+    } else if (PositionAt(now) > kRestartAfter || (position == 0 && !isRepeated)) {
         MoveTo(0ns, now);
         Tell(DEV_MGR_EVENT_PLAY_TIME, 0);
     } else {
-        BeginTrack(position == 0 ? last : position - 1, now);
+        BeginTrack((position == 0 ? m_queue.Count() : position) - 1, now);
     }
     return DEV_MGR_SUCCESS;
 }
@@ -199,22 +189,7 @@ void Player::Advance(TimePoint now) {
 }
 
 std::optional<TimePoint> Player::NextDue() const {
-    if (Speed() == 0) {
-        return std::nullopt;
-    }
-    return std::min(EndsAt(), m_nextTick);
-}
-
-std::vector<PlayerEvent> Player::TakeEvents() {
-    return std::exchange(m_events, {});
-}
-
-std::uint32_t Player::ElapsedMs(TimePoint now) const {
-    return ToMs(PositionAt(now));
-}
-
-std::uint32_t Player::TotalMs() const {
-    return ToMs(Duration());
+    return Speed() != 0 ? std::optional(std::min(EndsAt(), m_nextTick)) : std::nullopt;
 }
 
 Sound Player::CurrentSound() const {
@@ -227,19 +202,10 @@ Sound Player::CurrentSound() const {
 }
 
 int Player::Speed() const {
-    switch (m_state) {
-        case E_DEVMGR_IPOD_PLAY_PLAYING:
-            return 1;
-        case E_DEVMGR_IPOD_PLAY_FAST_FORWARD:
-            return kSeekSpeed;
-        case E_DEVMGR_IPOD_PLAY_FAST_REWIND:
-            return -kSeekSpeed;
-        case E_DEVMGR_IPOD_PLAY_PAUSED:
-        case E_DEVMGR_IPOD_PLAY_STOPPED:
-        case E_DEVMGR_IPOD_PLAY_UNKNOWN:
-            break;
+    if (IsSeeking()) {
+        return m_state == E_DEVMGR_IPOD_PLAY_FAST_FORWARD ? kSeekSpeed : -kSeekSpeed;
     }
-    return 0;
+    return m_state == E_DEVMGR_IPOD_PLAY_PLAYING ? 1 : 0;
 }
 
 Player::Nanoseconds Player::Duration() const {

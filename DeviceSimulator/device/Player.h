@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "DeviceSimulator/device/DeviceTypes.h"
@@ -17,7 +18,6 @@ namespace DeviceSimulator {
 struct PlayerEvent {
     std::uint32_t id = 0;
     std::uint32_t value = 0;
-    bool operator==(const PlayerEvent&) const = default;
 };
 
 /// Knows no clock: every operation is handed the time, which never runs backwards. Not locked: the model's
@@ -60,14 +60,14 @@ class Player {
     /// When the next thing happens by itself; none while nothing moves.
     std::optional<TimePoint> NextDue() const;
     /// What there is to tell since the last time, in order.
-    std::vector<PlayerEvent> TakeEvents();
+    std::vector<PlayerEvent> TakeEvents() { return std::exchange(m_events, {}); }
 
     DevMgrPlayState State() const { return m_state; }
     const PlayQueue& Queue() const { return m_queue; }
     /// When the current track began, from its start or anew.
     TimePoint TrackBegan() const { return m_trackBegan; }
-    std::uint32_t ElapsedMs(TimePoint now) const;
-    std::uint32_t TotalMs() const;
+    std::uint32_t ElapsedMs(TimePoint now) const { return ToMs(PositionAt(now)); }
+    std::uint32_t TotalMs() const { return ToMs(Duration()); }
 
     Sound CurrentSound() const;
     /// Counts up whenever CurrentSound is another one than its time going on makes it.
@@ -76,6 +76,9 @@ class Player {
   private:
     using Nanoseconds = std::chrono::nanoseconds;
 
+    static std::uint32_t ToMs(Nanoseconds time) {
+        return static_cast<std::uint32_t>(time / std::chrono::milliseconds{1});
+    }
     bool IsSeeking() const {
         return m_state == E_DEVMGR_IPOD_PLAY_FAST_FORWARD || m_state == E_DEVMGR_IPOD_PLAY_FAST_REWIND;
     }

@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <optional>
 
+#include "DeviceSimulator/device/BrowseSession.h"
 #include "DeviceSimulator/device/FieldText.h"
-#include "DeviceSimulator/device/ItemNumbers.h"
 #include "DeviceSimulator/run/Gate.h"
 #include "DeviceSimulator/run/PlayOn.h"
 

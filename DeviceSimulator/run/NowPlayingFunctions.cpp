@@ -4,8 +4,6 @@
 #include <algorithm>
 
 #include "DeviceSimulator/device/Artwork.h"
-#include "DeviceSimulator/device/ArtworkVariant.h"
-#include "DeviceSimulator/device/CoverFitting.h"
 #include "DeviceSimulator/device/FieldText.h"
 #include "DeviceSimulator/run/Gate.h"
 

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "DeviceSimulator/device/ProcessRegistry.h"
-#include "DeviceSimulator/device/SharedMemory.h"
 
 namespace DeviceSimulator {
 

@@ -4,8 +4,6 @@
 
 #include <string>
 
-#include "DeviceSimulator/device/FieldText.h"
-
 namespace DeviceSimulator {
 namespace {
 
@@ -64,10 +62,6 @@ TEST(DeviceEventsTest, TextsAreCutAtTheEndOfTheirRoom) {
     const DeviceEvent arrival = MakeArrivalEvents(stick).front();
     EXPECT_EQ(std::string(arrival.text), std::string(254, 'a'));
     EXPECT_STREQ(arrival.text + 255, "/mnt/x");
-    // Characters stay whole; what is no UTF-8 is cut where the room ends.
-    EXPECT_EQ(CutText("a\u00e9", 2), "a");
-    EXPECT_EQ(CutText("\U0001F3B5x", 3), "");
-    EXPECT_EQ(CutText("\x80\x80\x80\x80\x80\x80", 5), "\x80\x80\x80\x80\x80");
 }
 
 }  // namespace

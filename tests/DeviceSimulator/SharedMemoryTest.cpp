@@ -37,11 +37,11 @@ TEST_F(SharedMemoryTest, BlocksAreWritableAndBelongToTheirProcess) {
 
 TEST_F(SharedMemoryTest, SizesAndNumbersAreBounded) {
     u32 block = 7;
-    for (u32 size : {0U, SharedMemory::kLargestBlock + 1, UINT32_MAX}) {
+    for (u32 size : {0U, ProcessRegistry::kLargestBlock + 1, UINT32_MAX}) {
         EXPECT_EQ(eDevMgrAllocateSharedMemory(ph, &size, &block), u32{DEV_MGR_WROG_SIZE_FOR_SHARED_MEMORY});
         EXPECT_EQ(block, 7U);
     }
-    for (std::size_t i = 0; i < SharedMemory::kMostBlocks; ++i) {
+    for (std::size_t i = 0; i < ProcessRegistry::kMostBlocks; ++i) {
         Allocate(1);
     }
     u32 size = 1;
