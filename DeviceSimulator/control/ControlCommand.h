@@ -86,7 +86,6 @@ std::string MustBeWord(const Json::Value& value) {
 std::optional<std::size_t> PlaceOf(const Json::Value& value, std::span<const std::string_view> words);
 std::optional<std::uint32_t> OptionalNumber(const Json::Value& value);
 std::vector<FunctionId> FunctionsOf(const Json::Value& value);
-
 std::vector<std::uint32_t> NumbersOf(const Json::Value& value);
 
 // What several commands need.

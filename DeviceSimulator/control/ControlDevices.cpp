@@ -146,30 +146,28 @@ std::string Unplug(ControlCall& call) {
 }
 
 std::string SetLocked(ControlCall& call, bool isLocked) {
-    std::string error;
-    Locked([&](ManagerModel& model, TimePoint) {
-        if (Device* player = ChoosePlayer(model, call.command["handle"].asUInt(), error)) {
+    return Locked([&](ManagerModel& model, TimePoint) {
+        std::string error;
+        if (Device* const player = ChoosePlayer(model, call.command["handle"].asUInt(), error)) {
             model.SetLocked(*player, isLocked);
         }
+        return error;
     });
-    return error;
-}
-
-std::string Lock(ControlCall& call) {
-    return SetLocked(call, true);
-}
-
-std::string Unlock(ControlCall& call) {
-    return SetLocked(call, false);
 }
 
 }  // namespace
 
 std::span<const ControlCommand> DeviceCommands() {
     static constexpr auto kCommands = std::to_array<ControlCommand>(
-        {{"lock", "locks a player: it cannot be opened, who has it open keeps it", {{kHandle}}, Lock},
+        {{"lock",
+          "locks a player: it cannot be opened, who has it open keeps it",
+          {{kHandle}},
+          [](ControlCall& call) { return SetLocked(call, true); }},
          {"plug", "plugs a device in and answers its handle", kPlugMembers, Plug},
-         {"unlock", "unlocks a player", {{kHandle}}, Unlock},
+         {"unlock",
+          "unlocks a player",
+          {{kHandle}},
+          [](ControlCall& call) { return SetLocked(call, false); }},
          {"unplug",
           "unplugs a device; with a hub goes what hangs on it",
           {{{"handle", "needed unless exactly one is plugged in", MustBeNumber},

@@ -32,14 +32,6 @@ std::string FailWith(const ControlCall& call, std::uint32_t code) {
     return {};
 }
 
-std::string Fail(ControlCall& call) {
-    return FailWith(call, call.command["code"].asUInt());
-}
-
-std::string MakeBusy(ControlCall& call) {
-    return FailWith(call, DEV_MGR_IAP_APP_BUSY);
-}
-
 std::string Delay(ControlCall& call) {
     const std::chrono::milliseconds time{call.command["milliseconds"].asUInt()};
     for (const FunctionId function : FunctionsOf(call.command["call"])) {
@@ -160,7 +152,10 @@ std::span<const ControlCommand> ScriptCommands() {
             {"inProgress", "ms from a track's beginning during which its cover is being fetched; 0",
              MustBeNumber}}},
           SetArtwork},
-         {"busy", "makes the next calls answer that the player is busy (94)", {{kAnyCall, kTimes}}, MakeBusy},
+         {"busy",
+          "makes the next calls answer that the player is busy (94)",
+          {{kAnyCall, kTimes}},
+          [](ControlCall& call) { return FailWith(call, DEV_MGR_IAP_APP_BUSY); }},
          {"calls",
           "answers the calls made, oldest first, and the number of the next one",
           {{{"call", "only of that function", MustNameFunction},
@@ -185,7 +180,7 @@ std::span<const ControlCommand> ScriptCommands() {
          {"fail",
           "makes the next calls answer a code and do nothing else",
           {{{"code", "the result code", MustBeNumber, true}, kAnyCall, kTimes}},
-          Fail},
+          [](ControlCall& call) { return FailWith(call, call.command["code"].asUInt()); }},
          {"memory",
           "bounds the blocks of shared memory that are granted from then on",
           {{{"largest", "bytes; without it there is no bound", MustBeNumber}}},

@@ -29,17 +29,15 @@ constexpr timeval kSendTimeout{5, 0};
 /// After a failed accept, for want of descriptors or memory.
 constexpr int kAcceptPauseMs = 100;
 
-/// A run that has ended leaves its socket behind; anything else at the path stays.
-void RemoveStale(const std::string& path, const LocalAddress& address) {
+/// A run that has ended leaves its socket behind, which may go; anything else at the path stays.
+bool IsFree(const std::string& path, const LocalAddress& address) {
     struct stat status {};
-    if (lstat(path.c_str(), &status) != 0 || !S_ISSOCK(status.st_mode)) {
-        return;
+    if (lstat(path.c_str(), &status) != 0) {
+        return true;
     }
     const Descriptor probe(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    if (probe.IsOpen() && connect(probe.Get(), address.Generic(), address.length) != 0 &&
-        errno == ECONNREFUSED) {
-        unlink(path.c_str());
-    }
+    return S_ISSOCK(status.st_mode) && probe.IsOpen() &&
+           connect(probe.Get(), address.Generic(), address.length) != 0 && errno == ECONNREFUSED;
 }
 
 /// Made beside `path` and moved there, so that whoever sees it can connect.
@@ -50,8 +48,7 @@ Descriptor Listen(const std::string& path) {
     if (!address || !unreadyAddress) {
         return Descriptor{};
     }
-    RemoveStale(path, *address);
-    if (access(path.c_str(), F_OK) == 0) {
+    if (!IsFree(path, *address)) {
         errno = EADDRINUSE;
         return Descriptor{};
     }

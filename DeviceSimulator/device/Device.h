@@ -46,11 +46,6 @@ struct DeviceSettings {
 
 /// Not locked: the model's lock guards it.
 struct Device {
-    /// What a process that has opened the device has of it.
-    struct Opening {
-        std::optional<BrowseSession> session;
-    };
-
     Device(DeviceIdentity identity, Character character, std::uint64_t instance);
 
     bool IsOpenedBy(std::uint32_t process) const { return openings.count(process) != 0; }
@@ -63,8 +58,9 @@ struct Device {
 
     const DeviceIdentity identity;
     const Character character;
-    const std::uint64_t instance;               ///< never given twice, as a handle may be
-    std::map<std::uint32_t, Opening> openings;  ///< by process
+    const std::uint64_t instance;  ///< never given twice, as a handle may be
+    /// The processes that have opened it, each with its browse session while it has one.
+    std::map<std::uint32_t, std::optional<BrowseSession>> openings;
     Player player;
     DatabaseBuild database;
     DeviceSettings settings;

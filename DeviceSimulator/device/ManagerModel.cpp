@@ -112,7 +112,7 @@ DevMgrResult ManagerModel::OpenSession(std::uint32_t process, std::uint32_t hand
     if (device->database.IsRunning()) {
         return DEV_MGR_IAP_DB_BUILDING_IN_PROGRESS;
     }
-    auto& session = device->openings[process].session;
+    auto& session = device->openings[process];
     if (session) {
         return DEV_MGR_MD_BROWSE_SESSION_ALREADY_OPENED;
     }
@@ -124,7 +124,7 @@ DevMgrResult ManagerModel::CloseSession(std::uint32_t process, std::uint32_t han
     BrowseSession* session = nullptr;
     const DevMgrResult result = FindSession(process, handle, session);
     if (result == DEV_MGR_SUCCESS) {
-        Find(handle)->openings[process].session.reset();
+        Find(handle)->openings[process].reset();
     }
     return result;
 }
@@ -161,7 +161,7 @@ DevMgrResult ManagerModel::FindSession(std::uint32_t process, std::uint32_t hand
     if (result != DEV_MGR_SUCCESS) {
         return result;
     }
-    auto& found = device->openings[process].session;
+    auto& found = device->openings[process];
     if (!found) {
         return DEV_MGR_MD_BROWSE_SESSION_NOT_OPENED;
     }

@@ -1,32 +1,22 @@
-#include <json/json.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
-#include <sstream>
 
 #include "DeviceSimulator/control/ControlServer.h"
 #include "ScratchFolder.h"
+#include "ServiceUtil/LocalSocket.h"
 #include "SimulatorFixture.h"
 
 namespace DeviceSimulator::Test {
 namespace {
 
-sockaddr_un AddressOf(const std::string& path) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::strcpy(address.sun_path, path.c_str());
-    return address;
-}
-
 class Connection {
   public:
     explicit Connection(const std::string& path) : m_socket(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-        const sockaddr_un address = AddressOf(path);
-        EXPECT_EQ(connect(m_socket.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
+        const LocalAddress address = LocalAddressOf(path).value();
+        EXPECT_EQ(connect(m_socket.Get(), address.Generic(), address.length), 0);
         const timeval limit{10, 0};
         setsockopt(m_socket.Get(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
     }
@@ -49,16 +39,6 @@ class Connection {
 
 class ControlTest : public SimulatorTest {
   protected:
-    /// Answers a command that is written with ' for ".
-    static Json::Value Do(std::string line) {
-        std::replace(line.begin(), line.end(), '\'', '"');
-        Json::Value answer;
-        std::istringstream(Simulator::Instance().Command(line)) >> answer;
-        EXPECT_EQ(answer["ok"].asBool(), !answer.isMember("error")) << line;
-        return answer;
-    }
-    static bool IsDone(const std::string& line) { return Do(line)["ok"].asBool(); }
-
     const ScratchFolder folder;
     const std::string path = folder.Path() / "control";
     std::unique_ptr<ControlServer> server = ControlServer::Open(path);
@@ -77,6 +57,7 @@ TEST_F(ControlTest, SaysWhatIsWrongAndChangesNothing) {
         {"{'command':'plug','type':'toaster'}", "such as 'iap2'"},
         {"{'command':'plug','type':'stick','locked':true}", "only a player"},
         {"{'command':'plug','hub':1}", "no hub has handle 1"},
+        {"{'command':'plug','type':'hub','handle':7,'hub':7}", "no hub has handle 7"},
         {"{'command':'plug','devices':[{},{'handle':1}]}", "handle 1 is taken"},
         {"{'command':'plug','devices':[{'handle':7},{'handle':7}]}", "handle 7 is taken"},
         {"{'command':'plug','devices':[{},{'nam':''}]}", "'devices'[1]: 'nam' is no member"},
@@ -106,7 +87,7 @@ TEST_F(ControlTest, SaysWhatIsWrongAndChangesNothing) {
     EXPECT_EQ(Do("{'command':'help','about':'unplug'}")["commands"][0]["members"].size(), 3U);
 }
 
-TEST_F(ControlTest, SeveralDevicesComeAndAHubTakesItsOwnAlong) {
+TEST_F(ControlTest, SeveralDevicesComeAllOrNoneAndAHubTakesItsOwnAlong) {
     const Json::Value plugged =
         Do("{'command':'plug','devices':[{'type':'hub','handle':2},{'type':'stick','hub':2},{'hub':2},{}]}");
     EXPECT_EQ(plugged["handles"].size(), 4U);
@@ -118,6 +99,16 @@ TEST_F(ControlTest, SeveralDevicesComeAndAHubTakesItsOwnAlong) {
     EXPECT_EQ(TakeEventText(), "device-disconnected=stick device-disconnected=iap2 device-disconnected=hub");
     EXPECT_TRUE(IsDone("{'command':'unplug','all':true}"));
     EXPECT_EQ(TakeEventText(), "device-disconnected=iap2");
+    std::string devices = "{}";
+    for (int i = 1; i < 126; ++i) {
+        devices += ",{}";
+    }
+    EXPECT_TRUE(IsDone("{'command':'plug','devices':[" + devices + "]}"));
+    TakeEvents(ph);
+    EXPECT_FALSE(IsDone("{'command':'plug','devices':[{},{}]}")) << "more than a bus has addresses for";
+    EXPECT_EQ(TakeEventText(), "") << "not even the first of them";
+    EXPECT_TRUE(IsDone("{'command':'plug'}") && !IsDone("{'command':'plug'}"));
+    TakeEvents(ph);
     EXPECT_TRUE(
         IsDone("{'command':'event','name':'DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE','words':[8000]}"));
     EXPECT_TRUE(IsDone("{'command':'event','name':'db-build-progress-info'}"));
@@ -187,19 +178,6 @@ TEST_F(ControlTest, OneOfSeveralPlayersIsMeantByHandleOrForBeingOpen) {
     EXPECT_EQ(devices[0]["openings"].asUInt() * 10 + devices[1]["openings"].asUInt(), 1U);
 }
 
-TEST_F(ControlTest, NoMoreDevicesThanABusHasAddressesForAndAllOrNone) {
-    std::string devices = "{}";
-    for (int i = 1; i < 126; ++i) {
-        devices += ",{}";
-    }
-    EXPECT_TRUE(IsDone("{'command':'plug','devices':[" + devices + "]}"));
-    TakeEvents(ph);
-    EXPECT_FALSE(IsDone("{'command':'plug','devices':[{},{}]}"));
-    EXPECT_EQ(TakeEventText(), "") << "not even the first of them";
-    EXPECT_TRUE(IsDone("{'command':'plug'}"));
-    EXPECT_FALSE(IsDone("{'command':'plug'}"));
-}
-
 TEST_F(ControlTest, BusyCallsAreCountedAndReleased) {
     OpenPlayer();
     const std::string next = Do("{'command':'calls','limit':0}")["next"].asString();
@@ -259,12 +237,14 @@ TEST_F(ControlTest, TheSocketIsPrivateAndReplacesOnlyADeadOne) {
     ASSERT_EQ(stat(path.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777U, 0600U);
     EXPECT_EQ(ControlServer::Open(path), nullptr) << "somebody listens there";
+    Connection waiter(path);
+    waiter.Send("{\"command\":\"wait\",\"call\":\"eDevMgriPodStop\",\"timeout\":600000}\n");
     server.reset();
     EXPECT_FALSE(std::filesystem::exists(path));
     {
         const Descriptor dead(socket(AF_UNIX, SOCK_STREAM, 0));
-        const sockaddr_un address = AddressOf(path);
-        ASSERT_EQ(bind(dead.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
+        const LocalAddress address = LocalAddressOf(path).value();
+        ASSERT_EQ(bind(dead.Get(), address.Generic(), address.length), 0);
     }
     server = ControlServer::Open(path);
     EXPECT_NE(server, nullptr);

@@ -4,51 +4,39 @@
 
 #include <string>
 
+#include "DeviceSimulator/control/EventNames.h"
+
 namespace DeviceSimulator {
 namespace {
 
-using Words = std::vector<std::uint32_t>;
-
 /// The words, then the texts as a reader finds them: one behind the other.
-std::pair<Words, std::string> Read(const DeviceEvent& event) {
-    std::string texts;
+std::string Read(const DeviceEvent& event) {
+    std::string read = EventWord(event.words[0]) + " " + std::string(DeviceTypeWord(event.words[1]));
+    for (int i = 2; i < 6; ++i) {
+        read += " " + std::to_string(event.words[i]);
+    }
     const char* text = event.text;
     for (int i = 0; i < 3; ++i) {
-        texts += std::string(text) + "|";
+        read += "|" + std::string(text);
         text += std::string(text).size() + 1;
     }
-    return {{std::begin(event.words), std::end(event.words)}, texts};
+    return read;
 }
 
 TEST(DeviceEventsTest, ConnectAndDisconnectByType) {
-    using Record = std::pair<Words, std::string>;
-    const std::tuple<std::uint32_t, Record, Record> cases[] = {
-        {DEV_MGR_DEVICE_TYPE_IAP_2WIRE,
-         {{DEV_MGR_EVENT_DEVICE_CONNECTED, DEV_MGR_DEVICE_TYPE_IAP_2WIRE, 7, 18, 52, 0}, "Name|/dev/x|S1|"},
-         {{DEV_MGR_EVENT_DEVICE_DISCONNECTED, DEV_MGR_DEVICE_TYPE_IAP_2WIRE, 7, 18, 52, 5},
-          "Name|/dev/x|S1|"}},
-        {DEV_MGR_DEVICE_TYPE_MTP_1WIRE_NORMAL,
-         {{DEV_MGR_EVENT_DEVICE_CONNECTED, DEV_MGR_DEVICE_TYPE_MTP_1WIRE_NORMAL, 7, 18, 52, 4},
-          "Name|/dev/x|S1|"},
-         {{DEV_MGR_EVENT_DEVICE_DISCONNECTED, DEV_MGR_DEVICE_TYPE_MTP_1WIRE_NORMAL, 7, 18, 52, 5},
-          "Name|/dev/x|S1|"}},
-        {DEV_MGR_DEVICE_TYPE_USB_FAT_32,
-         {{DEV_MGR_EVENT_DEVICE_CONNECTED, DEV_MGR_DEVICE_TYPE_USB_FAT_32, DEV_MGR_MOUNT_PASSED, 18, 52, 7},
-          "Name|||"},
-         {{DEV_MGR_EVENT_DEVICE_DISCONNECTED, DEV_MGR_DEVICE_TYPE_USB_FAT_32, 7, 18, 52, 5},
-          "Name|/mnt/x|S1|"}},
-        {DEV_MGR_DEVICE_TYPE_NO_MEDIUM,
-         {{DEV_MGR_EVENT_DEVICE_CONNECTED, DEV_MGR_DEVICE_TYPE_NO_MEDIUM, 0, 18, 52, 7}, "Name|/mnt/x|S1|"},
-         {{DEV_MGR_EVENT_DEVICE_DISCONNECTED, DEV_MGR_DEVICE_TYPE_NO_MEDIUM, 7, 18, 52, 5}, "Name|S1||"}},
-        {DEV_MGR_DEVICE_TYPE_HUB,
-         {{DEV_MGR_EVENT_DEVICE_CONNECTED, DEV_MGR_DEVICE_TYPE_HUB, 18, 52, 0, 0}, "|||"},
-         {{DEV_MGR_EVENT_DEVICE_DISCONNECTED, DEV_MGR_DEVICE_TYPE_HUB, 18, 52, 0, 0}, "|||"}},
+    const std::tuple<std::uint32_t, const char*, const char*> cases[] = {
+        {DEV_MGR_DEVICE_TYPE_IAP_2WIRE, "iap 7 18 52 0|Name|/dev/x|S1", "iap 7 18 52 5|Name|/dev/x|S1"},
+        {DEV_MGR_DEVICE_TYPE_MTP_1WIRE_NORMAL, "mtp 7 18 52 4|Name|/dev/x|S1",
+         "mtp 7 18 52 5|Name|/dev/x|S1"},
+        {DEV_MGR_DEVICE_TYPE_USB_FAT_32, "stick 6 18 52 7|Name||", "stick 7 18 52 5|Name|/mnt/x|S1"},
+        {DEV_MGR_DEVICE_TYPE_NO_MEDIUM, "no-medium 0 18 52 7|Name|/mnt/x|S1", "no-medium 7 18 52 5|Name|S1|"},
+        {DEV_MGR_DEVICE_TYPE_HUB, "hub 18 52 0 0|||", "hub 18 52 0 0|||"},
     };
     for (const auto& [type, connect, disconnect] : cases) {
         DeviceIdentity identity{type, 7, 18, 52, "Name", "/dev/x", "S1", ""};
         identity.mountPath = IsStick(type) || type == DEV_MGR_DEVICE_TYPE_NO_MEDIUM ? "/mnt/x" : "";
-        EXPECT_EQ(Read(MakeArrivalEvents(identity).front()), connect) << type;
-        EXPECT_EQ(Read(MakeDisconnectEvent(identity)), disconnect) << type;
+        EXPECT_EQ(Read(MakeArrivalEvents(identity).front()), std::string("device-connected ") + connect);
+        EXPECT_EQ(Read(MakeDisconnectEvent(identity)), std::string("device-disconnected ") + disconnect);
     }
 }
 

@@ -69,31 +69,6 @@ TEST_F(PlayerTest, TellsTheTimeOnceASecondOfTheTrackAndTheRateWhenItDiffers) {
     EXPECT_EQ(Events(), "play-track-changed new-track-sample-rate=44100 play-started");
 }
 
-TEST_F(PlayerTest, RepeatDecidesWhatFollowsTheEnd) {
-    struct Case {
-        DevMgrRepeatMode repeat;
-        std::uint32_t start;
-        DevMgrPlayState state;
-        std::uint32_t track;
-    };
-    const Case cases[] = {
-        {E_DEVMGR_IPOD_REPEAT_NONE, 0, E_DEVMGR_IPOD_PLAY_PLAYING, 1},
-        {E_DEVMGR_IPOD_REPEAT_NONE, 2, E_DEVMGR_IPOD_PLAY_STOPPED, 0},
-        {E_DEVMGR_IPOD_REPEAT_ONE, 0, E_DEVMGR_IPOD_PLAY_PLAYING, 0},
-        {E_DEVMGR_IPOD_REPEAT_ONE, 2, E_DEVMGR_IPOD_PLAY_PLAYING, 2},
-        {E_DEVMGR_IPOD_REPEAT_ALL, 0, E_DEVMGR_IPOD_PLAY_PLAYING, 1},
-        {E_DEVMGR_IPOD_REPEAT_ALL, 2, E_DEVMGR_IPOD_PLAY_PLAYING, 0},
-    };
-    for (const Case& c : cases) {
-        player.SetRepeat(c.repeat);
-        Start(3, c.start);
-        After(10s + 500ms);
-        EXPECT_EQ(player.State(), c.state);
-        EXPECT_EQ(Track(), c.track);
-        EXPECT_EQ(player.ElapsedMs(now), c.state == E_DEVMGR_IPOD_PLAY_PLAYING ? 500U : 0U);
-    }
-}
-
 TEST_F(PlayerTest, PassesOverTracksUntilNoneIsLeft) {
     for (const DevMgrRepeatMode repeat :
          {E_DEVMGR_IPOD_REPEAT_NONE, E_DEVMGR_IPOD_REPEAT_ONE, E_DEVMGR_IPOD_REPEAT_ALL}) {
@@ -115,9 +90,12 @@ TEST_F(PlayerTest, PassesOverTracksUntilNoneIsLeft) {
     }
 }
 
-TEST_F(PlayerTest, SkipsByPositionRepeatAndQueue) {
+TEST_F(PlayerTest, RepeatDecidesWhatFollowsTheEndAndASkip) {
+    constexpr auto kNone = E_DEVMGR_IPOD_REPEAT_NONE;
+    constexpr auto kOne = E_DEVMGR_IPOD_REPEAT_ONE;
+    constexpr auto kAll = E_DEVMGR_IPOD_REPEAT_ALL;
     struct Case {
-        DevMgrSkip direction;
+        std::optional<DevMgrSkip> skip;  // none: the track comes to its end
         DevMgrRepeatMode repeat;
         std::uint32_t start;
         std::chrono::milliseconds played;
@@ -125,22 +103,29 @@ TEST_F(PlayerTest, SkipsByPositionRepeatAndQueue) {
         std::string_view events;
     };
     const Case cases[] = {
-        {DEV_MGR_SKIP_NEXT, E_DEVMGR_IPOD_REPEAT_NONE, 0, 1s, 1, "play-track-changed"},
-        {DEV_MGR_SKIP_NEXT, E_DEVMGR_IPOD_REPEAT_NONE, 2, 1s, 0, "play-stopped"},
-        {DEV_MGR_SKIP_NEXT, E_DEVMGR_IPOD_REPEAT_ALL, 2, 1s, 0, "play-track-changed"},
-        {DEV_MGR_SKIP_NEXT, E_DEVMGR_IPOD_REPEAT_ONE, 0, 1s, 1, "play-track-changed"},
-        {DEV_MGR_SKIP_PREVIOUS, E_DEVMGR_IPOD_REPEAT_NONE, 2, 3s, 1, "play-track-changed"},
-        {DEV_MGR_SKIP_PREVIOUS, E_DEVMGR_IPOD_REPEAT_NONE, 2, 3001ms, 2, "play-time"},
-        {DEV_MGR_SKIP_PREVIOUS, E_DEVMGR_IPOD_REPEAT_NONE, 0, 1s, 0, "play-time"},
-        {DEV_MGR_SKIP_PREVIOUS, E_DEVMGR_IPOD_REPEAT_ALL, 0, 1s, 2, "play-track-changed"},
-        {DEV_MGR_SKIP_PREVIOUS, E_DEVMGR_IPOD_REPEAT_ALL, 0, 4s, 0, "play-time"},
+        {{}, kNone, 0, 10s, 1, "play-track-changed"},
+        {{}, kNone, 2, 10s, 0, "play-stopped"},
+        {{}, kOne, 0, 10s, 0, "play-track-changed"},
+        {{}, kOne, 2, 10s, 2, "play-track-changed"},
+        {{}, kAll, 0, 10s, 1, "play-track-changed"},
+        {{}, kAll, 2, 10s, 0, "play-track-changed"},
+        {DEV_MGR_SKIP_NEXT, kNone, 0, 1s, 1, "play-track-changed"},
+        {DEV_MGR_SKIP_NEXT, kNone, 2, 1s, 0, "play-stopped"},
+        {DEV_MGR_SKIP_NEXT, kAll, 2, 1s, 0, "play-track-changed"},
+        {DEV_MGR_SKIP_NEXT, kOne, 0, 1s, 1, "play-track-changed"},
+        {DEV_MGR_SKIP_PREVIOUS, kNone, 2, 3s, 1, "play-track-changed"},
+        {DEV_MGR_SKIP_PREVIOUS, kNone, 2, 3001ms, 2, "play-time"},
+        {DEV_MGR_SKIP_PREVIOUS, kNone, 0, 1s, 0, "play-time"},
+        {DEV_MGR_SKIP_PREVIOUS, kAll, 0, 1s, 2, "play-track-changed"},
+        {DEV_MGR_SKIP_PREVIOUS, kAll, 0, 4s, 0, "play-time"},
     };
     for (const Case& c : cases) {
         player.SetRepeat(c.repeat);
         Start(3, c.start);
-        After(c.played);
-        EXPECT_EQ(player.Skip(c.direction, now), DEV_MGR_SUCCESS);
-        EXPECT_EQ(Events(), c.events);
+        After(c.played - 1ms);
+        const std::string end = After(1ms);
+        EXPECT_EQ(c.skip ? player.Skip(*c.skip, now) : DEV_MGR_SUCCESS, DEV_MGR_SUCCESS);
+        EXPECT_EQ(c.skip ? Events() : end, c.events);
         EXPECT_EQ(Track(), c.track);
         EXPECT_EQ(player.ElapsedMs(now), 0U);
     }

@@ -49,6 +49,12 @@ TEST_F(SharedMemoryTest, SizesAndNumbersAreBounded) {
     EXPECT_EQ(eDevMgrDeRegisterProcess(ph), DEV_MGR_SUCCESS);
     ph = Register();
     Allocate(1);
+    // A bound that is set grants less, until it is taken back.
+    EXPECT_TRUE(IsDone("{'command':'memory','largest':4096}"));
+    EXPECT_EQ(eDevMgrAllocateSharedMemory(ph, &(size = 8192), &block), DEV_MGR_SUCCESS);
+    EXPECT_EQ(size, 4096U);
+    EXPECT_TRUE(IsDone("{'command':'clear'}"));
+    Allocate(8192);
 }
 
 TEST_F(SharedMemoryTest, ArtworkStaysInsideTheBlock) {

@@ -3,7 +3,9 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <json/json.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <map>
@@ -17,6 +19,7 @@
 #include "DeviceSimulator/music/LibraryBuilder.h"
 #include "DeviceSimulator/run/Engine.h"
 #include "DeviceSimulator/run/Environment.h"
+#include "ServiceUtil/JsonText.h"
 
 namespace DeviceSimulator::Test {
 
@@ -129,6 +132,27 @@ class SimulatorTest : public testing::Test {
             text += (text.empty() ? "" : " ") + EventText(event.words[0], event.words[1]);
         }
         return text;
+    }
+
+    /// Carries a command of the control socket out that is written with ' for ", and returns its answer.
+    static Json::Value Do(std::string line) {
+        std::replace(line.begin(), line.end(), '\'', '"');
+        const auto answer = ReadJson(Simulator::Instance().Command(line)).value_or(Json::Value());
+        EXPECT_EQ(answer["ok"].asBool(), !answer.isMember("error")) << line;
+        return answer;
+    }
+    static bool IsDone(const std::string& line) { return Do(line)["ok"].asBool(); }
+
+    u32 Select(u32 category, u32 index) { return eDevMgriPodSelectCategorizedIndex(ph, dh, category, index); }
+
+    /// What a list holds from `start`, as much of it as is delivered at once.
+    std::vector<BrowseItem> Items(i32 parentCategory, u32 parent, u32 category, u32 start = 0) {
+        std::vector<BrowseItem> items(100);
+        auto count = static_cast<u32>(items.size());
+        EXPECT_EQ(eDevMgriPodGetItems(ph, dh, parentCategory, parent, category, start, &count, items.data()),
+                  DEV_MGR_SUCCESS);
+        items.resize(count);
+        return items;
     }
 
     u32 Status() {
