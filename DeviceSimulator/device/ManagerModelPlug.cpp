@@ -85,20 +85,19 @@ void ManagerModel::Add(const DeviceDescription& description, std::uint32_t handl
 }
 
 bool ManagerModel::Unplug(std::uint32_t handle) {
-    const auto find = [&](std::uint32_t DeviceIdentity::*member) {
-        return std::find_if(m_devices.begin(), m_devices.end(),
-                            [&](const auto& device) { return device->identity.*member == handle; });
-    };
-    if (Find(handle) == nullptr) {
+    const Device* const device = Find(handle);
+    if (device == nullptr) {
         return false;
     }
-    for (auto behind = find(&DeviceIdentity::hub); behind != m_devices.end();
-         behind = find(&DeviceIdentity::hub)) {
+    const auto findBehind = [&] {
+        return std::find_if(m_devices.begin(), m_devices.end(),
+                            [&](const auto& other) { return other->identity.hub == handle; });
+    };
+    for (auto behind = findBehind(); behind != m_devices.end(); behind = findBehind()) {
         Unplug((*behind)->identity.handle);
     }
-    const auto found = find(&DeviceIdentity::handle);
-    Push(MakeDisconnectEvent((*found)->identity), 0);
-    m_devices.erase(found);
+    Push(MakeDisconnectEvent(device->identity), 0);
+    std::erase_if(m_devices, [&](const auto& other) { return other.get() == device; });
     return true;
 }
 
