@@ -196,14 +196,12 @@ void ControlServer::Client::Serve() {
 }
 
 bool ControlServer::Client::AnswerLines(std::string& pending) {
-    std::size_t start = 0;
-    for (auto end = pending.find('\n'); end != std::string::npos; end = pending.find('\n', start)) {
-        if (!Answer(std::string_view(pending).substr(start, end - start))) {
+    for (auto end = pending.find('\n'); end != std::string::npos; end = pending.find('\n')) {
+        if (!Answer(std::string_view(pending).substr(0, end))) {
             return false;
         }
-        start = end + 1;
+        pending.erase(0, end + 1);
     }
-    pending.erase(0, start);
     if (pending.size() > kLongestLine) {
         SendText(socket.Get(), "{\"error\":\"the line is too long\",\"ok\":false}\n");
         return false;

@@ -121,10 +121,12 @@ std::string ListDevices(ControlCall& call) {
 std::string ChangeSound(ControlCall& call) {
     const Json::Value& command = call.command;
     const SoundPresence before = ReadSoundPresence().value_or(SoundPresence{});
-    std::string error = SetSoundPresence(
-        {PlaceOf(command["capture"], kPresenceWords).value_or(before.hasCapture) == 1,
-         PlaceOf(command["playback"], kPresenceWords).value_or(before.hasPlayback) == 1,
-         command.get("ppm", before.driftPpm).asInt(), command.get("refuse", before.refusedHz).asUInt()});
+    std::string error = SetSoundPresence({
+        .hasCapture = PlaceOf(command["capture"], kPresenceWords).value_or(before.hasCapture) == 1,
+        .hasPlayback = PlaceOf(command["playback"], kPresenceWords).value_or(before.hasPlayback) == 1,
+        .driftPpm = command.get("ppm", before.driftPpm).asInt(),
+        .refusedHz = command.get("refuse", before.refusedHz).asUInt(),
+    });
     if (error.empty() && command.isMember("xrun")) {
         error = CauseXrun(command["xrun"] == "capture");
     }

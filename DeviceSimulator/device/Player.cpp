@@ -20,7 +20,6 @@ constexpr std::uint32_t kShortestTrackMs = 1000;
 
 void Player::Start(std::shared_ptr<const Library> library, std::shared_ptr<const ItemList> tracks,
                    std::uint32_t start, TimePoint now) {
-    Advance(now);
     EndSeek(now);
     m_queue.Fill(std::move(library), std::move(tracks), start);
     Tell(DEV_MGR_EVENT_IPOD_PLAY_CONTEXT_SETTING, m_queue.Count());
@@ -38,11 +37,10 @@ DevMgrResult Player::Select(std::uint32_t index, TimePoint now) {
 }
 
 DevMgrResult Player::Play(TimePoint now) {
-    Advance(now);
+    EndSeek(now);
     if (m_queue.IsEmpty()) {
         return DEV_MGR_IAP_IPOD_IN_STOP_STATE;
     }
-    EndSeek(now);
     if (m_state == E_DEVMGR_IPOD_PLAY_STOPPED) {
         BeginPlaying(m_queue.Position(), now);
     } else if (m_state == E_DEVMGR_IPOD_PLAY_PAUSED) {
@@ -53,11 +51,10 @@ DevMgrResult Player::Play(TimePoint now) {
 }
 
 DevMgrResult Player::Pause(TimePoint now) {
-    Advance(now);
+    EndSeek(now);
     if (m_state == E_DEVMGR_IPOD_PLAY_STOPPED) {
         return DEV_MGR_IAP_IPOD_IN_STOP_STATE;
     }
-    EndSeek(now);
     if (m_state == E_DEVMGR_IPOD_PLAY_PLAYING) {
         SetState(E_DEVMGR_IPOD_PLAY_PAUSED, now);
         Tell(DEV_MGR_EVENT_PLAY_PAUSED);
@@ -66,19 +63,17 @@ DevMgrResult Player::Pause(TimePoint now) {
 }
 
 void Player::Stop(TimePoint now) {
-    Advance(now);
+    EndSeek(now);
     if (m_state != E_DEVMGR_IPOD_PLAY_STOPPED) {
-        EndSeek(now);
         Halt(now);
     }
 }
 
 DevMgrResult Player::Skip(DevMgrSkip direction, TimePoint now) {
-    Advance(now);
+    EndSeek(now);
     if (m_state == E_DEVMGR_IPOD_PLAY_STOPPED) {
         return DEV_MGR_IAP_IPOD_IN_STOP_STATE;
     }
-    EndSeek(now);
     m_passedOver = 0;
     const std::uint32_t position = m_queue.Position();
     const bool isRepeated = m_repeat != E_DEVMGR_IPOD_REPEAT_NONE;
@@ -135,11 +130,10 @@ DevMgrResult Player::MoveWithin(std::chrono::milliseconds position, TimePoint no
 }
 
 void Player::PassOver(TimePoint now) {
-    Advance(now);
+    EndSeek(now);
     if (m_state == E_DEVMGR_IPOD_PLAY_STOPPED) {
         return;
     }
-    EndSeek(now);
     if (++m_passedOver < m_queue.Count()) {
         MoveOn(m_repeat != E_DEVMGR_IPOD_REPEAT_NONE, now);
     } else {

@@ -39,6 +39,7 @@ class Player {
     void Stop(TimePoint now);
     DevMgrResult Skip(DevMgrSkip direction, TimePoint now);
     DevMgrResult StartSeek(DevMgrSeek direction, TimePoint now);
+    /// Goes on as before, if it is seeking, after all that was due up to `now`.
     void EndSeek(TimePoint now);
     /// Goes to that time of the current track; DEV_MGR_IAP_INVALID_INDEX when it is not as long.
     DevMgrResult MoveWithin(std::chrono::milliseconds position, TimePoint now);
