@@ -63,70 +63,57 @@ std::vector<const Device*> ManagerModel::Listed() const {
 }
 
 DevMgrResult ManagerModel::Open(std::uint32_t process, std::uint32_t handle) {
-    Device* device = nullptr;
-    const DevMgrResult result = FindDevice(process, handle, Access::Listed, device);
-    if (result != DEV_MGR_SUCCESS) {
-        return result;
-    }
-    if (device->isLocked && !device->IsOpenedBy(process)) {
-        return DEV_MGR_DEVICE_NOT_READY;
-    }
-    const bool isNew = device->openings.try_emplace(process).second;
-    // Only a player's session is one at a time: a stick may be opened over and over.
-    return isNew || !IsPlayer(device->identity.type) ? DEV_MGR_SUCCESS : DEV_MGR_DEVICE_ALREADY_OPENED;
+    return WithDevice(process, handle, Access::Listed, [&](Device& device) {
+        if (device.isLocked && !device.IsOpenedBy(process)) {
+            return DEV_MGR_DEVICE_NOT_READY;
+        }
+        const bool isNew = device.openings.try_emplace(process).second;
+        // Only a player's session is one at a time: a stick may be opened over and over.
+        return isNew || !IsPlayer(device.identity.type) ? DEV_MGR_SUCCESS : DEV_MGR_DEVICE_ALREADY_OPENED;
+    });
 }
 
 DevMgrResult ManagerModel::Close(std::uint32_t process, std::uint32_t handle, TimePoint now) {
-    Device* device = nullptr;
-    const DevMgrResult result = FindDevice(process, handle, Access::Opened, device);
-    if (result == DEV_MGR_SUCCESS) {
-        device->Close(process, now);
-    }
-    return result;
+    return WithDevice(process, handle, Access::Opened, [&](Device& device) {
+        device.Close(process, now);
+        return DEV_MGR_SUCCESS;
+    });
 }
 
 DevMgrResult ManagerModel::StartDatabase(std::uint32_t process, std::uint32_t handle,
                                          std::shared_ptr<const BuildProgress> progress, TimePoint now) {
-    Device* device = nullptr;
-    const DevMgrResult result = FindPlayer(process, handle, device);
-    if (result != DEV_MGR_SUCCESS) {
-        return result;
-    }
-    if (!IsIap2(device->identity.type)) {
-        return DEV_MGR_OPERATION_NOT_SUPPORTED_BY_DEVICE;
-    }
-    if (device->database.IsRunning()) {
-        return DEV_MGR_IAP_DB_BUILDING_IN_PROGRESS;
-    }
-    const auto buildTime = device->character.databaseBuildTime.value_or(m_options.databaseBuildTime);
-    device->database.Start(buildTime, std::move(progress), now);
-    return DEV_MGR_SUCCESS;
+    return WithDevice(process, handle, Access::Player, [&](Device& device) {
+        if (!IsIap2(device.identity.type)) {
+            return DEV_MGR_OPERATION_NOT_SUPPORTED_BY_DEVICE;
+        }
+        if (device.database.IsRunning()) {
+            return DEV_MGR_IAP_DB_BUILDING_IN_PROGRESS;
+        }
+        const auto buildTime = device.character.databaseBuildTime.value_or(m_options.databaseBuildTime);
+        device.database.Start(buildTime, std::move(progress), now);
+        return DEV_MGR_SUCCESS;
+    });
 }
 
 DevMgrResult ManagerModel::OpenSession(std::uint32_t process, std::uint32_t handle) {
-    Device* device = nullptr;
-    const DevMgrResult result = FindPlayer(process, handle, device);
-    if (result != DEV_MGR_SUCCESS) {
-        return result;
-    }
-    if (device->database.IsRunning()) {
-        return DEV_MGR_IAP_DB_BUILDING_IN_PROGRESS;
-    }
-    auto& session = device->openings[process];
-    if (session) {
-        return DEV_MGR_MD_BROWSE_SESSION_ALREADY_OPENED;
-    }
-    session.emplace();
-    return DEV_MGR_SUCCESS;
+    return WithDevice(process, handle, Access::Player, [&](Device& device) {
+        if (device.database.IsRunning()) {
+            return DEV_MGR_IAP_DB_BUILDING_IN_PROGRESS;
+        }
+        auto& session = device.openings[process];
+        if (session) {
+            return DEV_MGR_MD_BROWSE_SESSION_ALREADY_OPENED;
+        }
+        session.emplace();
+        return DEV_MGR_SUCCESS;
+    });
 }
 
 DevMgrResult ManagerModel::CloseSession(std::uint32_t process, std::uint32_t handle) {
-    BrowseSession* session = nullptr;
-    const DevMgrResult result = FindSession(process, handle, session);
-    if (result == DEV_MGR_SUCCESS) {
-        Find(handle)->openings[process].reset();
-    }
-    return result;
+    return WithDevice(process, handle, Access::Player, [&](Device& device) {
+        auto& session = device.openings[process];
+        return std::exchange(session, std::nullopt) ? DEV_MGR_SUCCESS : DEV_MGR_MD_BROWSE_SESSION_NOT_OPENED;
+    });
 }
 
 DevMgrResult ManagerModel::FindPlayer(std::uint32_t process, std::uint32_t handle, Device*& device) {
@@ -156,17 +143,11 @@ DevMgrResult ManagerModel::FindDevice(std::uint32_t process, std::uint32_t handl
 }
 
 DevMgrResult ManagerModel::FindSession(std::uint32_t process, std::uint32_t handle, BrowseSession*& session) {
-    Device* device = nullptr;
-    const DevMgrResult result = FindPlayer(process, handle, device);
-    if (result != DEV_MGR_SUCCESS) {
-        return result;
-    }
-    auto& found = device->openings[process];
-    if (!found) {
-        return DEV_MGR_MD_BROWSE_SESSION_NOT_OPENED;
-    }
-    session = &*found;
-    return DEV_MGR_SUCCESS;
+    return WithDevice(process, handle, Access::Player, [&](Device& device) {
+        auto& found = device.openings[process];
+        session = found ? &*found : session;
+        return found ? DEV_MGR_SUCCESS : DEV_MGR_MD_BROWSE_SESSION_NOT_OPENED;
+    });
 }
 
 bool ManagerModel::Fire(const DeviceEvent& event) {

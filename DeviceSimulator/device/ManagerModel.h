@@ -109,6 +109,13 @@ class ManagerModel {
     DevMgrResult Remove(std::uint32_t process, TimePoint now, bool playsOn);
     DevMgrResult FindDevice(std::uint32_t process, std::uint32_t handle, Access access,
                             Device*& device) const;
+    /// What `work`(device) answers, or what keeps `process` from the device.
+    template <typename Work>
+    DevMgrResult WithDevice(std::uint32_t process, std::uint32_t handle, Access access, Work work) const {
+        Device* device = nullptr;
+        const DevMgrResult result = FindDevice(process, handle, access, device);
+        return result == DEV_MGR_SUCCESS ? work(*device) : result;
+    }
     std::string WhatIsWrong(const std::vector<DeviceDescription>& descriptions,
                             std::set<std::uint32_t>& handles) const;
     void Add(const DeviceDescription& description, std::uint32_t handle);
