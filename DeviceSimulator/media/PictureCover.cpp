@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <memory>
 #include <utility>
 
 #include "DeviceSimulator/helper/MediaProtocol.h"
@@ -19,29 +20,21 @@ constexpr std::uint32_t kLongestSide = 640;
 /// A PNG is decoded whole.
 constexpr std::uint64_t kMostPngPixels = 32U << 20;
 
-class PngReader {
-  public:
-    PngReader() { m_image.version = PNG_IMAGE_VERSION; }
-    ~PngReader() { png_image_free(&m_image); }
-    PngReader(const PngReader&) = delete;
-    PngReader& operator=(const PngReader&) = delete;
-
-    /// Over white where it is transparent.
-    std::optional<RgbImage> Read(Bytes bytes) {
-        constexpr png_color kWhite{255, 255, 255};
-        if (png_image_begin_read_from_memory(&m_image, bytes.data(), bytes.size()) == 0 ||
-            std::uint64_t{m_image.width} * m_image.height > kMostPngPixels) {
-            return std::nullopt;
-        }
-        m_image.format = PNG_FORMAT_RGB;
-        RgbImage image(ImageSize{m_image.width, m_image.height});
-        const bool isRead = png_image_finish_read(&m_image, &kWhite, image.pixels.data(), 0, nullptr) != 0;
-        return isRead ? std::optional(std::move(image)) : std::nullopt;
+/// Over white where it is transparent.
+std::optional<RgbImage> ReadPng(Bytes bytes) {
+    constexpr png_color kWhite{255, 255, 255};
+    png_image png{};
+    png.version = PNG_IMAGE_VERSION;
+    const std::unique_ptr<png_image, decltype(&png_image_free)> freed(&png, png_image_free);
+    if (png_image_begin_read_from_memory(&png, bytes.data(), bytes.size()) == 0 ||
+        std::uint64_t{png.width} * png.height > kMostPngPixels) {
+        return std::nullopt;
     }
-
-  private:
-    png_image m_image{};
-};
+    png.format = PNG_FORMAT_RGB;
+    RgbImage image(ImageSize{png.width, png.height});
+    const bool isRead = png_image_finish_read(&png, &kWhite, image.pixels.data(), 0, nullptr) != 0;
+    return isRead ? std::optional(std::move(image)) : std::nullopt;
+}
 
 std::uint64_t RoomOf(std::uint32_t width, std::uint32_t height) {
     return std::min<std::uint64_t>(std::uint64_t{2} * width * height, kMostCoverBytes);
@@ -69,7 +62,7 @@ std::optional<Cover> MakeCover(Bytes bytes) {
     if (jpeg && PassesAsItStands(bytes, *jpeg)) {
         return Cover{{bytes.begin(), bytes.end()}, jpeg->width, jpeg->height};
     }
-    auto image = jpeg ? DecodeJpeg(bytes, kLongestSide) : PngReader().Read(bytes);
+    auto image = jpeg ? DecodeJpeg(bytes, kLongestSide) : ReadPng(bytes);
     if (!image) {
         return std::nullopt;
     }

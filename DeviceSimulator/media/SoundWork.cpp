@@ -1,5 +1,3 @@
-#include "DeviceSimulator/media/SoundWork.h"
-
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -10,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "DeviceSimulator/media/MediaWork.h"
 #include "DeviceSimulator/media/SoundFeeder.h"
 
 namespace DeviceSimulator {

@@ -9,7 +9,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr guint kQueuedBuffers = 16;
 /// As long as this, decoding on is at least as quick as a seek.
 constexpr std::int64_t kSeekBeyondSeconds = 2;
 /// Of a file that neither decodes nor fails.
@@ -17,19 +16,12 @@ constexpr auto kPatience = 10s;
 /// Between two looks at the clock.
 constexpr int kMostPulls = 64;
 
-GstElement* Add(GstElement* bin, const char* factory) {
-    GstElement* const element = gst_element_factory_make(factory, nullptr);
-    if (element != nullptr) {
-        gst_bin_add(GST_BIN(bin), element);
-    }
-    return element;
-}
-
-Owned<GstCaps> PcmCaps(std::uint32_t rate) {
-    return Owned<GstCaps>(gst_caps_new_simple("audio/x-raw", "format", G_TYPE_STRING, "S16LE", "rate",
-                                              G_TYPE_INT, static_cast<int>(rate), "channels", G_TYPE_INT, 2,
-                                              "layout", G_TYPE_STRING, "interleaved", nullptr));
-}
+// A picture in the file is not decoded; of several streams the first one sounds.
+constexpr const char* kPipeline =
+    "filesrc name=source ! decodebin caps=audio/x-raw expose-all-streams=false ! audioconvert ! "
+    "audioresample ! "
+    "appsink name=sink sync=false max-buffers=16 "
+    "caps=audio/x-raw,format=S16LE,channels=2,layout=interleaved,rate=";
 
 }  // namespace
 
@@ -37,46 +29,23 @@ TrackDecoder::TrackDecoder(std::string file, std::uint32_t rate) : m_file(std::m
     Build();
 }
 
-TrackDecoder::~TrackDecoder() {
-    m_pipeline.reset();  // first: its threads call back
-}
-
 void TrackDecoder::Build() {
     m_isReady = false;
     m_isBroken = false;
     ExpectFrom(0);
-    m_pipeline.reset(GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr))));
+    GError* error = nullptr;
+    GstElement* const parsed = gst_parse_launch((kPipeline + std::to_string(m_rate)).c_str(), &error);
+    const Owned<GError> problem(error);
+    m_pipeline.reset(
+        GST_ELEMENT(gst_object_ref_sink(parsed != nullptr ? parsed : gst_pipeline_new(nullptr))));
     m_bus.reset(gst_element_get_bus(m_pipeline.get()));
-    GstElement* const source = Add(m_pipeline.get(), "filesrc");
-    GstElement* const decoder = Add(m_pipeline.get(), "decodebin");
-    m_entry = Add(m_pipeline.get(), "audioconvert");
-    GstElement* const resampler = Add(m_pipeline.get(), "audioresample");
-    m_sink = Add(m_pipeline.get(), "appsink");
-    if (source == nullptr || decoder == nullptr || m_entry == nullptr || resampler == nullptr ||
-        m_sink == nullptr) {
-        Fail("GStreamer's base plugins are missing");
+    if (problem) {
+        Fail(problem->message);  // one of GStreamer's base plugins is missing
         return;
     }
-    const Owned<GstCaps> anySound(gst_caps_new_empty_simple("audio/x-raw"));
-    const Owned<GstCaps> pcm = PcmCaps(m_rate);
-    g_object_set(source, "location", m_file.c_str(), nullptr);
-    // A picture in the file is not decoded.
-    g_object_set(decoder, "caps", anySound.get(), "expose-all-streams", FALSE, nullptr);
-    g_object_set(m_sink, "caps", pcm.get(), "sync", FALSE, "max-buffers", kQueuedBuffers, nullptr);
-    gst_element_link(source, decoder);
-    gst_element_link_many(m_entry, resampler, m_sink, nullptr);
-    g_signal_connect(decoder, "pad-added",
-                     G_CALLBACK(+[](GstElement*, GstPad* pad, TrackDecoder* self) { self->Connect(pad); }),
-                     this);
+    g_object_set(ElementOf(m_pipeline.get(), "source"), "location", m_file.c_str(), nullptr);
+    m_sink = ElementOf(m_pipeline.get(), "sink");
     gst_element_set_state(m_pipeline.get(), GST_STATE_PLAYING);
-}
-
-/// On one of GStreamer's threads. Of several streams the first one sounds.
-void TrackDecoder::Connect(GstPad* pad) {
-    const Owned<GstPad> entry(gst_element_get_static_pad(m_entry, "sink"));
-    if (gst_pad_is_linked(entry.get()) == FALSE) {
-        gst_pad_link(pad, entry.get());
-    }
 }
 
 int TrackDecoder::MessageFd() const {

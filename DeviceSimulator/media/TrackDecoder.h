@@ -20,9 +20,6 @@ class TrackDecoder {
   public:
     /// `file`: a path in any bytes. `rate`: Hz, that the sound is converted to.
     TrackDecoder(std::string file, std::uint32_t rate);
-    ~TrackDecoder();
-    TrackDecoder(const TrackDecoder&) = delete;
-    TrackDecoder& operator=(const TrackDecoder&) = delete;
 
     /// Readable while there is something for HandleMessages.
     int MessageFd() const;
@@ -40,7 +37,6 @@ class TrackDecoder {
     using Clock = std::chrono::steady_clock;
 
     void Build();
-    void Connect(GstPad* pad);
     void Handle(GstMessage* message);
     void HandlePreroll();
     void HandleError(GstMessage* message);
@@ -55,8 +51,7 @@ class TrackDecoder {
     const std::uint32_t m_rate;
     const Clock::time_point m_began = Clock::now();
     Owned<GstElement> m_pipeline;
-    GstElement* m_entry = nullptr;  // the pipeline's: what decoded sound goes into
-    GstElement* m_sink = nullptr;   // the pipeline's
+    GstElement* m_sink = nullptr;  // the pipeline's
     Owned<GstBus> m_bus;
     std::string m_failure;
     bool m_isReady = false;   // it can seek

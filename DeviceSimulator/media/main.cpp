@@ -15,8 +15,7 @@
 #include <thread>
 
 #include "DeviceSimulator/helper/MediaProtocol.h"
-#include "DeviceSimulator/media/ScanWork.h"
-#include "DeviceSimulator/media/SoundWork.h"
+#include "DeviceSimulator/media/MediaWork.h"
 
 namespace DeviceSimulator {
 namespace {

@@ -1,7 +1,6 @@
 #include <cstdint>
 #include <string>
 
-#include "DeviceSimulator/music/BuiltInLibraryNames.h"
 #include "DeviceSimulator/music/LibraryBuilder.h"
 #include "DeviceSimulator/music/LibraryRandom.h"
 #include "DeviceSimulator/music/LibraryText.h"
@@ -9,6 +8,15 @@
 namespace DeviceSimulator {
 
 namespace {
+
+// An album a line: its artist (none for a compilation, whose titles are "artist/title"), title, genre,
+// composer and number of discs, then the titles of its tracks. All names are invented. Besides likely ones
+// there is what breaks a user interface that has only seen such: one title on two albums, one album title by
+// two artists, lower case, digits and quotes in front, scripts from right to left, and names too long for any
+// record, with more than a byte to a character where they are cut.
+constexpr std::string_view kAlbumLines =
+#include "DeviceSimulator/music/BuiltInAlbums.txt"
+    ;
 
 /// Most music is at 44,100 Hz; the rest makes the receiver of the sound change its rate between albums.
 std::uint32_t SampleRateOf(std::size_t album) {
@@ -24,26 +32,28 @@ std::uint32_t DurationOf(std::string_view album, std::string_view title) {
     return 120000 + random.Below(240001);
 }
 
-void AddAlbum(LibraryBuilder& builder, const BuiltInAlbum& album, std::uint32_t sampleRate) {
-    const auto titles = Split(album.titles, '|');
-    const std::size_t perDisc = (titles.size() + album.discs - 1) / album.discs;
+void AddAlbum(LibraryBuilder& builder, std::string_view line, std::uint32_t sampleRate) {
+    const auto fields = Split(line, '|');
+    const std::vector<std::string_view> titles(fields.begin() + 5, fields.end());
+    const auto discs = static_cast<std::size_t>(fields[4].front() - '0');
+    const std::size_t perDisc = (titles.size() + discs - 1) / discs;
+    TrackTags tags;
+    tags.album = fields[1];
+    tags.genre = fields[2];
+    tags.composer = fields[3];
+    tags.sampleRate = sampleRate;
     for (std::size_t i = 0; i < titles.size(); ++i) {
-        TrackTags tags;
         tags.title = titles[i];
-        tags.artist = album.artist;
-        if (album.artist.empty()) {
+        tags.artist = fields[0];
+        if (tags.artist.empty()) {
             const auto parts = Split(titles[i], '/');
             tags.artist = parts.front();
             tags.title = parts.back();
             tags.compilation = 1;
         }
-        tags.album = album.album;
-        tags.genre = album.genre;
-        tags.composer = album.composer;
         tags.disc = static_cast<std::uint32_t>(i / perDisc + 1);
         tags.track = static_cast<std::uint32_t>(i % perDisc + 1);
-        tags.durationMs = DurationOf(album.album, tags.title);
-        tags.sampleRate = sampleRate;
+        tags.durationMs = DurationOf(tags.album, tags.title);
         builder.Add(tags);
     }
 }
@@ -75,12 +85,12 @@ void AddPlaylists(LibraryBuilder& builder) {
 
 std::unique_ptr<Library> MakeBuiltInLibrary(Sorting sorting) {
     LibraryBuilder builder(sorting);
-    const auto albums = BuiltInAlbums();
+    const auto albums = Split(kAlbumLines, '\n');
     for (std::size_t i = 0; i < albums.size(); ++i) {
         AddAlbum(builder, albums[i], SampleRateOf(i));
     }
     AddPlaylists(builder);
-    return builder.BuildWithDrawnCovers();
+    return builder.Build();
 }
 
 }  // namespace DeviceSimulator

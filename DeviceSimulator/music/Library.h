@@ -1,6 +1,7 @@
 // The music that a simulated player holds, and the lists that it makes of it.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -69,15 +70,21 @@ std::unique_ptr<Library> MakeSyntheticLibrary(std::size_t tracks, Sorting sortin
 /// Is told how far a library is, in per cent: on the thread that makes it, never less than before, below 100.
 using LibraryProgress = std::function<void(std::uint32_t percentage)>;
 
+struct ScanOptions {
+    /// Is called every 100 ms at least; what it throws ends the scan.
+    LibraryProgress progress;
+    std::chrono::milliseconds patience{10000};  ///< with a file
+    Sorting sorting = Sorting::WithoutArticle;
+};
+
 /// The music files below `folder` by their tags, read by the media program. Files that cannot be read, or
 /// take too much time or memory, are named once each on stderr and left out; a folder that is missing,
 /// unreadable or without music gives an empty library and a line on stderr. What is read is kept in the
 /// folder `cache` (empty: nowhere) as it comes, and only new and changed files are read again; a cache that
-/// cannot be used costs time and a line on stderr, no more. `progress` is called every 100 ms at least; what
-/// it throws ends the scan.
+/// cannot be used costs time and a line on stderr, no more.
 std::unique_ptr<Library> ScanMusicFolder(const std::filesystem::path& folder,
                                          const std::filesystem::path& cache = {},
-                                         const LibraryProgress& progress = {});
+                                         const ScanOptions& options = {});
 
 /// What is chosen, else what the environment asks for: DEVICE_SIMULATOR_LIBRARY (a folder) with
 /// DEVICE_SIMULATOR_CACHE, else DEVICE_SIMULATOR_TRACKS (a number), else the built-in library.

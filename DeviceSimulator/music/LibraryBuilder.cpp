@@ -4,11 +4,25 @@
 #include <numeric>
 #include <tuple>
 
-#include "DeviceSimulator/music/SentSampleRate.h"
-
 namespace DeviceSimulator {
 
 namespace {
+
+// Of the player's USB audio.
+constexpr std::uint32_t kLowestSentRate = 8000;
+constexpr std::uint32_t kHighestSentRate = 48000;
+
+/// The rate at which a file of `rate` Hz is sent: what is above the highest is halved until it is not, so
+/// that it stays in its family (88,200 Hz goes out as 44,100).
+constexpr std::uint32_t SentSampleRate(std::uint32_t rate) {
+    while (rate > kHighestSentRate) {
+        rate /= 2;
+    }
+    return std::max(rate, kLowestSentRate);
+}
+
+static_assert(SentSampleRate(192000) == 48000 && SentSampleRate(88200) == 44100);
+static_assert(SentSampleRate(22050) == 22050 && SentSampleRate(1) == 8000);
 
 constexpr std::string_view kUnknownArtist = "Unknown Artist";
 constexpr std::string_view kUnknownAlbum = "Unknown Album";
@@ -18,38 +32,17 @@ std::string_view Or(std::string_view name, std::string_view fallback) {
     return name.empty() ? fallback : name;
 }
 
-/// Most comparisons are settled by the first eight bytes, without a look at the text.
-struct SortEntry {
-    std::uint64_t prefix = 0;
-    std::uint32_t number = 0;
-};
-
-std::uint64_t Prefix(const std::string& key) {
-    std::uint64_t prefix = 0;
-    for (std::size_t i = 0; i < sizeof prefix; ++i) {
-        prefix = prefix << 8 | (i < key.size() ? static_cast<unsigned char>(key[i]) : 0U);
+/// The numbers below `count` in the order of their keys; those of equal keys stay in theirs.
+template <typename KeyOf>
+std::vector<std::uint32_t> SortedNumbers(std::size_t count, const KeyOf& keyOf) {
+    std::vector<std::pair<std::string, std::uint32_t>> keys;
+    keys.reserve(count);
+    for (std::uint32_t i = 0; i < count; ++i) {
+        keys.emplace_back(keyOf(i), i);
     }
-    return prefix;
-}
-
-/// The numbers of `keys` in the order of the keys; equal ones stay in theirs.
-std::vector<std::uint32_t> SortedNumbers(const std::vector<std::string>& keys) {
-    std::vector<SortEntry> entries(keys.size());
-    for (std::uint32_t i = 0; i < entries.size(); ++i) {
-        entries[i] = {Prefix(keys[i]), i};
-    }
-    std::sort(entries.begin(), entries.end(), [&keys](const SortEntry& a, const SortEntry& b) {
-        if (a.prefix != b.prefix) {
-            return a.prefix < b.prefix;
-        }
-        const int order = keys[a.number].compare(keys[b.number]);
-        return order != 0 ? order < 0 : a.number < b.number;
-    });
-    std::vector<std::uint32_t> numbers;
-    numbers.reserve(entries.size());
-    for (const SortEntry& entry : entries) {
-        numbers.push_back(entry.number);
-    }
+    std::sort(keys.begin(), keys.end());
+    std::vector<std::uint32_t> numbers(count);
+    std::transform(keys.begin(), keys.end(), numbers.begin(), [](const auto& key) { return key.second; });
     return numbers;
 }
 
@@ -72,22 +65,19 @@ std::uint32_t OrLast(std::uint32_t number) {
 std::uint32_t LibraryBuilder::GroupNumber(GroupKind kind, std::string_view name, std::string_view owner) {
     Groups& groups = m_groups[kind];
     std::string key(name);
-    if (kind == kAlbums) {
-        key += '\0';
-        key += owner;
-    }
+    key += '\0';
+    key += owner;
     if (const auto found = groups.numbers.find(key); found != groups.numbers.end()) {
         return found->second;
     }
-    const auto number = static_cast<std::uint32_t>(groups.names.size());
+    const auto number = static_cast<std::uint32_t>(groups.rows.size());
     const std::string_view kept = m_tables.texts.Keep(key);
     groups.numbers.emplace(kept, number);
-    groups.names.push_back(kept.substr(0, name.size()));
-    groups.owners.push_back(kind == kAlbums ? kept.substr(name.size() + 1) : std::string_view{});
+    groups.rows.push_back({kept.substr(0, name.size()), kept.substr(name.size() + 1)});
     return number;
 }
 
-LibraryBuilder::Added LibraryBuilder::Add(const TrackTags& tags, std::string_view file) {
+std::uint32_t LibraryBuilder::Add(const TrackTags& tags, std::string_view file, std::uint32_t cover) {
     const std::string_view artist = Or(tags.artist, kUnknownArtist);
     const std::string_view owner = Or(tags.albumArtist, tags.compilation != 0 ? kVariousArtists : artist);
     AddedTrack added;
@@ -95,39 +85,29 @@ LibraryBuilder::Added LibraryBuilder::Add(const TrackTags& tags, std::string_vie
     added.row.file = m_tables.texts.Keep(file);
     added.row.durationMs = tags.durationMs;
     added.row.sampleRate = SentSampleRate(tags.sampleRate);
+    const std::uint32_t album = GroupNumber(kAlbums, Or(tags.album, kUnknownAlbum), owner);
     added.row.groups[kArtists] = GroupNumber(kArtists, artist);
-    added.row.groups[kAlbums] = GroupNumber(kAlbums, Or(tags.album, kUnknownAlbum), owner);
+    added.row.groups[kAlbums] = album;
     added.row.groups[kGenres] = tags.genre.empty() ? kNone : GroupNumber(kGenres, tags.genre);
     added.row.groups[kComposers] = tags.composer.empty() ? kNone : GroupNumber(kComposers, tags.composer);
     added.disc = tags.disc;
     added.track = tags.track;
     m_tracks.push_back(added);
-    return {static_cast<std::uint32_t>(m_tracks.size() - 1), added.row.groups[kAlbums]};
+    if (std::uint32_t& kept = m_groups[kAlbums].rows[album].cover; kept == kNoCover) {
+        kept = cover;
+    }
+    return static_cast<std::uint32_t>(m_tracks.size() - 1);
 }
 
 void LibraryBuilder::AddPlaylist(std::string_view name, std::vector<std::uint32_t> tracks) {
     m_tables.playlists.push_back({m_tables.texts.Keep(name), std::move(tracks)});
 }
 
-bool LibraryBuilder::HasCover(std::uint32_t album) const {
-    return album < m_covers.size() && m_covers[album] != kNoCover;
-}
-
-void LibraryBuilder::SetCover(std::uint32_t album, std::uint32_t cover) {
-    if (album >= m_covers.size()) {
-        m_covers.resize(album + 1, kNoCover);
-    }
-    m_covers[album] = cover;
-}
-
 void LibraryBuilder::NumberGroups(GroupKind kind) {
-    const Groups& groups = m_groups[kind];
-    std::vector<std::string> keys;
-    keys.reserve(groups.names.size());
-    for (std::size_t i = 0; i < groups.names.size(); ++i) {
-        keys.push_back(SortKey(groups.names[i], m_sorting) + '\0' + SortKey(groups.owners[i], m_sorting));
-    }
-    const auto order = SortedNumbers(keys);
+    const auto& rows = m_groups[kind].rows;
+    const auto order = SortedNumbers(rows.size(), [&](std::uint32_t group) {
+        return SortKey(rows[group].name, m_sorting) + '\0' + SortKey(rows[group].owner, m_sorting);
+    });
     const auto numbers = NewNumbers(order);
     for (AddedTrack& track : m_tracks) {
         if (std::uint32_t& group = track.row.groups[kind]; group != kNone) {
@@ -135,30 +115,20 @@ void LibraryBuilder::NumberGroups(GroupKind kind) {
         }
     }
     for (const std::uint32_t group : order) {
-        m_tables.groups[kind].names.push_back(groups.names[group]);
-    }
-    if (kind == kAlbums) {
-        m_covers.resize(order.size(), kNoCover);
-        for (const std::uint32_t album : order) {
-            m_tables.albumOwners.push_back(groups.owners[album]);
-            m_tables.covers.push_back(m_covers[album]);
-        }
+        m_tables.groups[kind].rows.push_back(rows[group]);
     }
 }
 
 /// Returns the tracks' final numbers, by the order in which they were added.
 std::vector<std::uint32_t> LibraryBuilder::NumberTracks() {
-    std::vector<std::string> keys;
-    keys.reserve(m_tracks.size());
-    for (const AddedTrack& track : m_tracks) {
-        keys.push_back(SortKey(track.row.title, m_sorting));
-    }
-    const auto order = SortedNumbers(keys);
-    auto numbers = NewNumbers(order);
+    const auto order = SortedNumbers(m_tracks.size(), [this](std::uint32_t track) {
+        return SortKey(m_tracks[track].row.title, m_sorting);
+    });
     m_tables.tracks.reserve(order.size());
     for (const std::uint32_t track : order) {
         m_tables.tracks.push_back(m_tracks[track].row);
     }
+    auto numbers = NewNumbers(order);
     for (PlaylistRow& playlist : m_tables.playlists) {
         for (std::uint32_t& track : playlist.tracks) {
             track = numbers[track];
@@ -184,7 +154,7 @@ std::vector<std::uint32_t> LibraryBuilder::AlbumOrder() const {
 /// Fills the tracks of each group of `kind`, in the order of `order` (final numbers).
 void LibraryBuilder::ListTracks(GroupKind kind, const std::vector<std::uint32_t>& order) {
     GroupTable& table = m_tables.groups[kind];
-    table.starts.assign(table.names.size() + 1, 0);
+    table.starts.assign(table.rows.size() + 1, 0);
     for (const TrackRow& row : m_tables.tracks) {
         if (row.groups[kind] != kNone) {
             ++table.starts[row.groups[kind] + 1];
@@ -200,11 +170,11 @@ void LibraryBuilder::ListTracks(GroupKind kind, const std::vector<std::uint32_t>
     }
 }
 
-std::unique_ptr<Library> LibraryBuilder::Build(std::shared_ptr<const CoverFolder> covers) {
+std::unique_ptr<Library> LibraryBuilder::Build(std::shared_ptr<const CoverFolder> folder) {
     for (const GroupKind kind : {kArtists, kAlbums, kGenres, kComposers}) {
         NumberGroups(kind);
     }
-    m_tables.coverFolder = std::move(covers);
+    m_tables.coverFolder = std::move(folder);
     const auto numbers = NumberTracks();
     auto byAlbum = AlbumOrder();
     std::transform(byAlbum.begin(), byAlbum.end(), byAlbum.begin(),

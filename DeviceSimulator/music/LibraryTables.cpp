@@ -1,11 +1,11 @@
 #include "DeviceSimulator/music/LibraryTables.h"
 
 #include <algorithm>
+#include <mutex>
 #include <numeric>
-#include <optional>
+#include <utility>
 
 #include "DeviceSimulator/music/CoverDrawing.h"
-#include "DeviceSimulator/music/LibraryCache.h"
 
 namespace DeviceSimulator {
 
@@ -15,56 +15,72 @@ namespace {
 constexpr std::size_t kKeptLists = 16;
 constexpr std::size_t kKeptCovers = 4;
 
-std::optional<GroupKind> KindOf(std::uint32_t category) {
-    switch (category) {
-        case DEV_MGR_CATEGORY_ARTIST:
-            return kArtists;
-        case DEV_MGR_CATEGORY_ALBUM:
-            return kAlbums;
-        case DEV_MGR_CATEGORY_GENRE:
-            return kGenres;
-        case DEV_MGR_CATEGORY_COMPOSER:
-            return kComposers;
-        default:
-            return std::nullopt;
-    }
+// What a list may be of, and a path may choose from: beside the groups these.
+constexpr std::size_t kPlaylists = kGroupKinds;
+constexpr std::size_t kTracks = kGroupKinds + 1;
+constexpr std::array<std::uint32_t, kGroupKinds + 2> kCategories{
+    DEV_MGR_CATEGORY_ARTIST,   DEV_MGR_CATEGORY_ALBUM,    DEV_MGR_CATEGORY_GENRE,
+    DEV_MGR_CATEGORY_COMPOSER, DEV_MGR_CATEGORY_PLAYLIST, DEV_MGR_CATEGORY_TRACK};
+
+/// kCategories.size() for what is never in a list.
+std::size_t KindOf(std::uint32_t category) {
+    const auto found = std::find(kCategories.begin(), kCategories.end(), category);
+    return static_cast<std::size_t>(found - kCategories.begin());
 }
 
-/// What a browse path comes down to, however long it is: at most one choice of each sort.
-struct Scope {
-    std::array<std::uint32_t, kGroupKinds> groups{kNone, kNone, kNone, kNone};
-    std::uint32_t playlist = kNone;
-    std::uint32_t track = kNone;
-    bool operator==(const Scope&) const = default;
+/// What a browse path comes down to, however long it is: at most one choice of each kind.
+using Scope = std::array<std::uint32_t, kCategories.size()>;
+constexpr Scope kEverything{kNone, kNone, kNone, kNone, kNone, kNone};
 
-    bool Matches(std::uint32_t number, const TrackRow& row) const {
-        for (std::size_t kind = 0; kind < kGroupKinds; ++kind) {
-            if (groups[kind] != kNone && groups[kind] != row.groups[kind]) {
-                return false;
-            }
-        }
-        return track == kNone || track == number;
-    }
-
-    /// False when nothing can be chosen in `category`.
-    bool Choose(std::uint32_t category, std::uint32_t entry) {
-        if (const auto kind = KindOf(category)) {
-            groups[*kind] = entry;
-        } else if (category == DEV_MGR_CATEGORY_PLAYLIST) {
-            playlist = entry;
-        } else if (category == DEV_MGR_CATEGORY_TRACK) {
-            track = entry;
-        } else {
+/// Whether a track is within the scope, but for the playlist.
+bool Matches(const Scope& scope, std::uint32_t track, const TrackRow& row) {
+    for (std::size_t kind = 0; kind < kGroupKinds; ++kind) {
+        if (scope[kind] != kNone && scope[kind] != row.groups[kind]) {
             return false;
         }
-        return true;
     }
-};
+    return scope[kTracks] == kNone || scope[kTracks] == track;
+}
 
-struct ListKey {
-    Scope scope;
-    std::uint32_t category = 0;
-    bool operator==(const ListKey&) const = default;
+/// The last few answers to a question that costs something. Any thread may ask. Two that ask for the same at
+/// the same time may both make it.
+template <typename Key, typename Value>
+class LatestAnswers {
+  public:
+    explicit LatestAnswers(std::size_t capacity) : m_capacity(capacity) {}
+
+    /// The value kept for `key`, else what `make()` returns, which is made without the lock held.
+    template <typename Make>
+    Value Get(const Key& key, const Make& make) {
+        {
+            const std::lock_guard lock(m_mutex);
+            if (const auto found = Find(key); found != m_entries.end()) {
+                std::rotate(m_entries.begin(), found, found + 1);
+                return m_entries.front().second;
+            }
+        }
+        Value value = make();
+        const std::lock_guard lock(m_mutex);
+        if (Find(key) == m_entries.end()) {
+            if (m_entries.size() == m_capacity) {
+                m_entries.pop_back();
+            }
+            m_entries.emplace(m_entries.begin(), key, value);
+        }
+        return value;
+    }
+
+  private:
+    using Entries = std::vector<std::pair<Key, Value>>;  // latest first
+
+    typename Entries::iterator Find(const Key& key) {
+        return std::find_if(m_entries.begin(), m_entries.end(),
+                            [&key](const auto& entry) { return entry.first == key; });
+    }
+
+    const std::size_t m_capacity;
+    std::mutex m_mutex;
+    Entries m_entries;  // under m_mutex
 };
 
 ItemList AllBelow(std::size_t count) {
@@ -85,17 +101,17 @@ class TableLibrary final : public Library {
     std::shared_ptr<const Picture> Cover(std::uint32_t track) const override;
 
   private:
-    std::shared_ptr<const ItemList> List(const Scope& scope, std::uint32_t category) const;
-    ItemList MakeList(const Scope& scope, std::uint32_t category) const;
+    std::shared_ptr<const ItemList> List(const Scope& scope, std::size_t kind) const;
+    ItemList MakeList(const Scope& scope, std::size_t kind) const;
     ItemList Tracks(const Scope& scope) const;
-    ItemList Groups(const Scope& scope, GroupKind kind) const;
+    ItemList Groups(const Scope& scope, std::size_t kind) const;
     ItemList Playlists(const Scope& scope) const;
-    std::string_view GroupName(GroupKind kind, std::uint32_t group) const;
+    std::string_view GroupName(std::size_t kind, std::uint32_t group) const;
 
     const LibraryTables m_tables;
-    mutable LibraryCache<ListKey, std::shared_ptr<const ItemList>> m_lists{kKeptLists};
+    mutable LatestAnswers<std::pair<Scope, std::size_t>, std::shared_ptr<const ItemList>> m_lists{kKeptLists};
     /// By the folder's number, or by album where they are drawn.
-    mutable LibraryCache<std::uint32_t, std::shared_ptr<const Picture>> m_covers{kKeptCovers};
+    mutable LatestAnswers<std::uint32_t, std::shared_ptr<const Picture>> m_covers{kKeptCovers};
 };
 
 TrackInfo TableLibrary::Track(std::uint32_t track) const {
@@ -103,38 +119,34 @@ TrackInfo TableLibrary::Track(std::uint32_t track) const {
         return {};
     }
     const TrackRow& row = m_tables.tracks[track];
-    TrackInfo info;
-    info.title = row.title;
-    info.artist = GroupName(kArtists, row.groups[kArtists]);
-    info.album = GroupName(kAlbums, row.groups[kAlbums]);
-    info.genre = GroupName(kGenres, row.groups[kGenres]);
-    info.composer = GroupName(kComposers, row.groups[kComposers]);
-    info.durationMs = row.durationMs;
-    info.sampleRate = row.sampleRate;
-    info.file = row.file;
-    return info;
+    const auto group = [&](GroupKind kind) { return GroupName(kind, row.groups[kind]); };
+    return {row.title,         group(kArtists), group(kAlbums), group(kGenres),
+            group(kComposers), row.durationMs,  row.sampleRate, row.file};
 }
 
 std::shared_ptr<const ItemList> TableLibrary::Items(const std::vector<PathStep>& path,
                                                     std::uint32_t category) const {
-    Scope scope;
+    Scope scope = kEverything;
     for (const PathStep& step : path) {
-        const auto list = List(scope, step.category);
-        if (step.position >= list->size() || !scope.Choose(step.category, (*list)[step.position])) {
+        const std::size_t kind = KindOf(step.category);
+        const auto list = List(scope, kind);
+        if (step.position >= list->size()) {
             return std::make_shared<const ItemList>();
         }
+        scope[kind] = (*list)[step.position];
     }
-    return List(scope, category);
+    return List(scope, KindOf(category));
 }
 
 std::string_view TableLibrary::ItemName(std::uint32_t category, std::uint32_t entry) const {
-    if (const auto kind = KindOf(category)) {
-        return GroupName(*kind, entry);
+    const std::size_t kind = KindOf(category);
+    if (kind < kGroupKinds) {
+        return GroupName(kind, entry);
     }
-    if (category == DEV_MGR_CATEGORY_TRACK && entry < m_tables.tracks.size()) {
+    if (kind == kTracks && entry < m_tables.tracks.size()) {
         return m_tables.tracks[entry].title;
     }
-    if (category == DEV_MGR_CATEGORY_PLAYLIST && entry < m_tables.playlists.size()) {
+    if (kind == kPlaylists && entry < m_tables.playlists.size()) {
         return m_tables.playlists[entry].name;
     }
     return {};
@@ -144,61 +156,61 @@ std::shared_ptr<const Picture> TableLibrary::Cover(std::uint32_t track) const {
     if (track >= m_tables.tracks.size()) {
         return nullptr;
     }
-    const std::uint32_t album = m_tables.tracks[track].groups[kAlbums];
-    if (m_tables.coverFolder != nullptr) {
-        const std::uint32_t cover = m_tables.covers[album];
-        return cover == kNoCover ? nullptr
-                                 : m_covers.Get(cover, [&] { return m_tables.coverFolder->Read(cover); });
+    const std::uint32_t number = m_tables.tracks[track].groups[kAlbums];
+    const GroupRow& album = m_tables.groups[kAlbums].rows[number];
+    if (m_tables.coverFolder == nullptr) {
+        return m_covers.Get(number, [&] { return DrawCover(number, album.name, album.owner); });
     }
-    return m_covers.Get(
-        album, [&] { return DrawCover(album, GroupName(kAlbums, album), m_tables.albumOwners[album]); });
+    return album.cover == kNoCover
+               ? nullptr
+               : m_covers.Get(album.cover, [&] { return m_tables.coverFolder->Read(album.cover); });
 }
 
-std::shared_ptr<const ItemList> TableLibrary::List(const Scope& scope, std::uint32_t category) const {
-    return m_lists.Get({scope, category},
-                       [&] { return std::make_shared<const ItemList>(MakeList(scope, category)); });
+std::shared_ptr<const ItemList> TableLibrary::List(const Scope& scope, std::size_t kind) const {
+    return m_lists.Get({scope, kind},
+                       [&] { return std::make_shared<const ItemList>(MakeList(scope, kind)); });
 }
 
-ItemList TableLibrary::MakeList(const Scope& scope, std::uint32_t category) const {
-    if (const auto kind = KindOf(category)) {
-        return Groups(scope, *kind);
+ItemList TableLibrary::MakeList(const Scope& scope, std::size_t kind) const {
+    if (kind < kGroupKinds) {
+        return Groups(scope, kind);
     }
-    if (category == DEV_MGR_CATEGORY_TRACK) {
+    if (kind == kTracks) {
         return Tracks(scope);
     }
-    return category == DEV_MGR_CATEGORY_PLAYLIST ? Playlists(scope) : ItemList{};
+    return kind == kPlaylists ? Playlists(scope) : ItemList{};
 }
 
 ItemList TableLibrary::Tracks(const Scope& scope) const {
-    if (scope == Scope{}) {
+    if (scope == kEverything) {
         return AllBelow(m_tables.tracks.size());
     }
     // Of what was chosen, the first of these gives its order to the list, the others only thin it out.
     std::span<const std::uint32_t> candidates;
-    if (scope.playlist != kNone) {
-        candidates = m_tables.playlists[scope.playlist].tracks;
-    } else if (scope.track != kNone) {
-        candidates = std::span(&scope.track, 1);
+    if (scope[kPlaylists] != kNone) {
+        candidates = m_tables.playlists[scope[kPlaylists]].tracks;
+    } else if (scope[kTracks] != kNone) {
+        candidates = std::span(&scope[kTracks], 1);
     } else {
         for (const GroupKind kind : {kAlbums, kArtists, kComposers, kGenres}) {
-            if (scope.groups[kind] != kNone) {
-                candidates = m_tables.groups[kind].TracksOf(scope.groups[kind]);
+            if (scope[kind] != kNone) {
+                candidates = m_tables.groups[kind].TracksOf(scope[kind]);
                 break;
             }
         }
     }
     ItemList tracks;
     std::copy_if(candidates.begin(), candidates.end(), std::back_inserter(tracks),
-                 [&](std::uint32_t track) { return scope.Matches(track, m_tables.tracks[track]); });
+                 [&](std::uint32_t track) { return Matches(scope, track, m_tables.tracks[track]); });
     return tracks;
 }
 
-ItemList TableLibrary::Groups(const Scope& scope, GroupKind kind) const {
-    if (scope == Scope{}) {
-        return AllBelow(m_tables.groups[kind].names.size());
+ItemList TableLibrary::Groups(const Scope& scope, std::size_t kind) const {
+    if (scope == kEverything) {
+        return AllBelow(m_tables.groups[kind].rows.size());
     }
     ItemList groups;
-    for (const std::uint32_t track : *List(scope, DEV_MGR_CATEGORY_TRACK)) {
+    for (const std::uint32_t track : *List(scope, kTracks)) {
         if (const std::uint32_t group = m_tables.tracks[track].groups[kind]; group != kNone) {
             groups.push_back(group);
         }
@@ -211,24 +223,22 @@ ItemList TableLibrary::Groups(const Scope& scope, GroupKind kind) const {
 /// The playlists that hold at least one of the tracks.
 ItemList TableLibrary::Playlists(const Scope& scope) const {
     ItemList playlists = AllBelow(m_tables.playlists.size());
-    if (scope == Scope{}) {
+    if (scope == kEverything) {
         return playlists;
     }
     std::erase_if(playlists, [&](std::uint32_t playlist) {
-        if (scope.playlist != kNone && scope.playlist != playlist) {
-            return true;
-        }
         const ItemList& tracks = m_tables.playlists[playlist].tracks;
-        return std::none_of(tracks.begin(), tracks.end(), [&](std::uint32_t track) {
-            return scope.Matches(track, m_tables.tracks[track]);
-        });
+        return (scope[kPlaylists] != kNone && scope[kPlaylists] != playlist) ||
+               std::none_of(tracks.begin(), tracks.end(), [&](std::uint32_t track) {
+                   return Matches(scope, track, m_tables.tracks[track]);
+               });
     });
     return playlists;
 }
 
-std::string_view TableLibrary::GroupName(GroupKind kind, std::uint32_t group) const {
-    const auto& names = m_tables.groups[kind].names;
-    return group < names.size() ? names[group] : std::string_view{};
+std::string_view TableLibrary::GroupName(std::size_t kind, std::uint32_t group) const {
+    const auto& rows = m_tables.groups[kind].rows;
+    return group < rows.size() ? rows[group].name : std::string_view{};
 }
 
 }  // namespace

@@ -30,8 +30,14 @@ struct TrackRow {
 };
 
 /// Groups are numbered by name.
+struct GroupRow {
+    std::string_view name;
+    std::string_view owner;          ///< an album's artist
+    std::uint32_t cover = kNoCover;  ///< an album's, by the folder's numbers
+};
+
 struct GroupTable {
-    std::vector<std::string_view> names;
+    std::vector<GroupRow> rows;
     std::vector<std::uint32_t> starts;  ///< of each group in `tracks`; one more for the end
     /// Group after group: an artist's and an album's tracks by album, disc and track number, others by title.
     std::vector<std::uint32_t> tracks;
@@ -50,10 +56,8 @@ struct LibraryTables {
     TextPool texts;
     std::vector<TrackRow> tracks;
     std::array<GroupTable, kGroupKinds> groups;
-    std::vector<std::string_view> albumOwners;  ///< an album's artist, by album
     std::vector<PlaylistRow> playlists;
     std::shared_ptr<const CoverFolder> coverFolder;  ///< null: covers are drawn
-    std::vector<std::uint32_t> covers;               ///< by album, numbers of the folder's; kNoCover: none
 };
 
 std::unique_ptr<Library> MakeTableLibrary(LibraryTables tables);

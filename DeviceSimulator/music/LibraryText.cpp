@@ -4,7 +4,6 @@
 #include <strings.h>
 
 #include <algorithm>
-#include <cstring>
 
 #include "ServiceUtil/Utf8.h"
 
@@ -12,13 +11,7 @@ namespace DeviceSimulator {
 
 namespace {
 
-struct GFree {
-    void operator()(char* text) const { g_free(text); }
-};
-using GText = std::unique_ptr<char, GFree>;
-
 constexpr std::string_view kArticle = "The ";
-constexpr std::size_t kChunkBytes = 65536;
 
 bool IsAscii(std::string_view text) {
     return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
@@ -26,25 +19,21 @@ bool IsAscii(std::string_view text) {
 
 }  // namespace
 
+std::string TakeGlibText(char* text) {
+    const std::unique_ptr<char, decltype(&g_free)> owned(text, g_free);
+    return owned ? owned.get() : std::string();
+}
+
 std::string CleanName(std::string_view bytes) {
     if (bytes.empty()) {
         return {};  // GLib makes null of null
     }
     // Twice the limit is enough to look at: it only grows from here.
     bytes = bytes.substr(0, 2 * kMaxNameBytes);
-    const GText valid(g_utf8_make_valid(bytes.data(), static_cast<gssize>(bytes.size())));
-    std::string name(valid.get());
-    for (char& c : name) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte == 0x7F) {
-            c = ' ';
-        }
-    }
-    const std::size_t first = name.find_first_not_of(' ');
-    if (first == std::string::npos) {
-        return {};
-    }
-    name.erase(0, first);
+    std::string name = TakeGlibText(g_utf8_make_valid(bytes.data(), static_cast<gssize>(bytes.size())));
+    std::replace_if(
+        name.begin(), name.end(), [](char c) { return g_ascii_iscntrl(c); }, ' ');
+    name.erase(0, name.find_first_not_of(' '));
     name.resize(CutUtf8(name, kMaxNameBytes).size());
     name.erase(name.find_last_not_of(' ') + 1);
     return name;
@@ -66,7 +55,7 @@ std::string SortKey(std::string_view name, Sorting sorting) {
     if (IsAscii(name)) {
         std::transform(name.begin(), name.end(), std::back_inserter(key), g_ascii_tolower);
     } else {
-        key += GText(g_utf8_casefold(name.data(), static_cast<gssize>(name.size()))).get();
+        key += TakeGlibText(g_utf8_casefold(name.data(), static_cast<gssize>(name.size())));
     }
     return key;
 }
@@ -81,21 +70,6 @@ std::vector<std::string_view> Split(std::string_view text, char separator) {
         }
         text.remove_prefix(end + 1);
     }
-}
-
-std::string_view TextPool::Keep(std::string_view text) {
-    if (text.empty()) {
-        return {};
-    }
-    if (text.size() > m_left) {
-        m_left = std::max(kChunkBytes, text.size());
-        m_next = m_chunks.emplace_back(std::make_unique_for_overwrite<char[]>(m_left)).get();
-    }
-    char* const kept = m_next;
-    std::memcpy(kept, text.data(), text.size());
-    m_next += text.size();
-    m_left -= text.size();
-    return {kept, text.size()};
 }
 
 }  // namespace DeviceSimulator

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <memory_resource>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,15 +27,20 @@ std::string SortKey(std::string_view name, Sorting sorting = Sorting::WithoutArt
 /// What of `text` stands between the separators, in its order; at least one part.
 std::vector<std::string_view> Split(std::string_view text, char separator);
 
+/// A text that GLib hands over, freed; empty for null.
+std::string TakeGlibText(char* text);
+
 /// Texts that stay where they are for as long as the pool (or the one it was moved to) lives.
 class TextPool {
   public:
-    std::string_view Keep(std::string_view text);
+    std::string_view Keep(std::string_view text) {
+        auto* const kept = static_cast<char*>(m_memory->allocate(text.size(), 1));
+        return {kept, text.copy(kept, text.size())};
+    }
 
   private:
-    std::vector<std::unique_ptr<char[]>> m_chunks;
-    char* m_next = nullptr;
-    std::size_t m_left = 0;
+    std::unique_ptr<std::pmr::monotonic_buffer_resource> m_memory =
+        std::make_unique<std::pmr::monotonic_buffer_resource>(65536);
 };
 
 }  // namespace DeviceSimulator

@@ -5,16 +5,13 @@
 #include <string>
 #include <system_error>
 #include <unordered_map>
-#include <unordered_set>
 #include <utility>
 
 #include "DeviceSimulator/music/CoverFolder.h"
 #include "DeviceSimulator/music/LibraryBuilder.h"
 #include "DeviceSimulator/music/MusicFolderFiles.h"
-#include "DeviceSimulator/music/MusicFolderPlaylist.h"
 #include "DeviceSimulator/music/MusicIndex.h"
 #include "DeviceSimulator/music/MusicReaders.h"
-#include "DeviceSimulator/music/MusicScan.h"
 
 namespace DeviceSimulator {
 
@@ -61,19 +58,23 @@ class Scan {
         FileUpTo(files.music, files.music.size());
         std::for_each(files.playlists.begin(), files.playlists.end(),
                       [this](const fs::path& path) { AddPlaylist(path); });
-        CloseIndex(folder, files);
+        // What could not be looked at, such as a disk that is not mounted, may come back.
+        if (m_index && !m_index->Close(files.isComplete ? folder.native() : "", *m_covers)) {
+            m_lines.emplace_back("not all of what was read of the music can be kept");
+        }
         if (m_builder.TrackCount() == 0 && files.isComplete) {
             m_lines.push_back("No music in " + PathText(folder));
         }
         for (const std::string& line : m_lines) {
             std::cerr << "device simulator: " + line + '\n';
         }
-        return m_builder.BuildWithCovers(m_covers);
+        return m_builder.Build(m_covers);
     }
 
   private:
+    /// What is known of it.
     std::optional<MusicRecord> Find(const FoundFile& file) {
-        auto record = m_index ? m_index->Find(file.path, file.stamp) : std::nullopt;
+        auto record = m_index ? m_index->Find(file) : std::nullopt;
         // Somebody may have removed the cover.
         const bool isWhole =
             record && (record->cover.IsNone() || m_covers->Number(record->cover) != kNoCover);
@@ -105,9 +106,6 @@ class Scan {
     }
 
     void Tell(std::size_t count) const {
-        if (m_index) {
-            m_index->Flush();
-        }
         if (m_options.progress) {
             m_options.progress(static_cast<std::uint32_t>(m_filed * 99 / std::max<std::size_t>(count, 1)));
         }
@@ -132,13 +130,13 @@ class Scan {
                               std::generic_category().message(error));
             return;
         }
-        MusicRecord record{found.stamp, read.file.isMusic, std::move(read.failure), {}, {}};
+        MusicRecord record{read.file.isMusic, std::move(read.failure), {}, {}};
         if (record.isMusic != 0) {
             record.tags = std::move(read.file.tags);
             record.cover = Keep(read.file);
         }
         if (m_index) {
-            m_index->Put(found.path, record);
+            m_index->Put(found, record);
         }
         File(found.path, std::move(record));
     }
@@ -164,41 +162,23 @@ class Scan {
         if (record.tags.title.empty()) {
             record.tags.title = CleanName(fs::path(path).stem().native());
         }
-        const auto added = m_builder.Add(record.tags, path);
-        m_tracks.emplace(path, added.track);
-        if (!m_builder.HasCover(added.album)) {
-            m_builder.SetCover(added.album, m_covers->Number(record.cover));
-        }
+        m_tracks.emplace(path, m_builder.Add(record.tags, path, m_covers->Number(record.cover)));
     }
 
     void AddPlaylist(const fs::path& path) {
-        const auto text = ReadPlaylist(path);
-        if (!text) {
-            m_lines.push_back("Cannot read the playlist " + PathText(path));
-            return;
-        }
         std::vector<std::uint32_t> tracks;
-        for (const std::string_view entry : PlaylistEntries(*text)) {
-            for (const fs::path& candidate : EntryPaths(path, entry)) {
+        const bool isRead = ReadPlaylist(path, [&](const std::vector<fs::path>& candidates) {
+            for (const fs::path& candidate : candidates) {
                 if (const auto found = m_tracks.find(candidate.native()); found != m_tracks.end()) {
                     tracks.push_back(found->second);
-                    break;
+                    return;
                 }
             }
-        }
-        m_builder.AddPlaylist(CleanName(path.stem().native()), std::move(tracks));
-    }
-
-    void CloseIndex(const fs::path& folder, const MusicFolderFiles& files) {
-        if (!m_index) {
-            return;
-        }
-        std::unordered_set<std::string_view> found;
-        std::for_each(files.music.begin(), files.music.end(),
-                      [&found](const FoundFile& file) { found.insert(file.path); });
-        // What could not be looked at, such as a disk that is not mounted, may come back.
-        if (!m_index->Close(folder.native(), files.isComplete ? &found : nullptr, *m_covers)) {
-            m_lines.emplace_back("not all of what was read of the music can be kept");
+        });
+        if (isRead) {
+            m_builder.AddPlaylist(CleanName(path.stem().native()), std::move(tracks));
+        } else {
+            m_lines.push_back("Cannot read the playlist " + PathText(path));
         }
     }
 
@@ -228,11 +208,6 @@ std::unique_ptr<MusicIndex> OpenIndex(const fs::path& folder) {
 }
 
 }  // namespace
-
-std::unique_ptr<Library> ScanMusicFolder(const fs::path& folder, const fs::path& cache,
-                                         const LibraryProgress& progress) {
-    return ScanMusicFolder(folder, cache, ScanOptions{progress});
-}
 
 std::unique_ptr<Library> ScanMusicFolder(const fs::path& folder, const fs::path& cache,
                                          const ScanOptions& options) {

@@ -25,15 +25,6 @@ bool HasExtension(const fs::path& path, std::initializer_list<const char*> exten
                        [&](const char* other) { return strcasecmp(extension.c_str(), other) == 0; });
 }
 
-bool IsMusic(const fs::path& path) {
-    return HasExtension(path,
-                        {".mp3", ".m4a", ".mp4", ".m4b", ".aac", ".flac", ".ogg", ".oga", ".opus", ".wav"});
-}
-
-bool IsPlaylist(const fs::path& path) {
-    return HasExtension(path, {".m3u", ".m3u8"});
-}
-
 FileStamp StampOf(const struct stat& status) {
     constexpr std::int64_t kNanoseconds = 1'000'000'000;
     return {std::int64_t{status.st_size},
@@ -79,8 +70,9 @@ class Finder {
         if (path.filename().native().starts_with('.')) {
             return;
         }
-        const bool isMusic = IsMusic(path);
-        const bool isWanted = isMusic || IsPlaylist(path);
+        const bool isMusic = HasExtension(
+            path, {".mp3", ".m4a", ".mp4", ".m4b", ".aac", ".flac", ".ogg", ".oga", ".opus", ".wav"});
+        const bool isWanted = isMusic || HasExtension(path, {".m3u", ".m3u8"});
         struct stat status {};
         if (::stat(path.c_str(), &status) != 0) {
             // What a link that leads nowhere might have been shows in its name, but not that of a loop.

@@ -1,11 +1,12 @@
-#include "DeviceSimulator/music/MusicFolderPlaylist.h"
-
 #include <glib.h>
 
 #include <algorithm>
 #include <fstream>
 #include <iterator>
-#include <memory>
+#include <string_view>
+
+#include "DeviceSimulator/music/LibraryText.h"
+#include "DeviceSimulator/music/MusicFolderFiles.h"
 
 namespace DeviceSimulator {
 
@@ -17,59 +18,24 @@ constexpr std::size_t kMaxPlaylistBytes = 8U << 20;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kBlanks = " \t\r";
 
-std::string_view Trim(std::string_view line) {
-    const std::size_t first = line.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return line.substr(first, line.find_last_not_of(kBlanks) - first + 1);
-}
-
 /// Empty when `text` is UTF-8 already.
-std::string FromWestern(std::string_view text) {
+std::string FromWestern(const std::string& text) {
     const auto length = static_cast<gssize>(text.size());
-    if (g_utf8_validate(text.data(), length, nullptr) != FALSE) {
-        return {};
-    }
-    const std::unique_ptr<char, decltype(&g_free)> converted(
-        g_convert(text.data(), length, "UTF-8", "WINDOWS-1252", nullptr, nullptr, nullptr), g_free);
-    return converted ? converted.get() : std::string();
+    return g_utf8_validate(text.data(), length, nullptr) != FALSE
+               ? std::string()
+               : TakeGlibText(
+                     g_convert(text.data(), length, "UTF-8", "WINDOWS-1252", nullptr, nullptr, nullptr));
 }
 
-/// Of a "file:" address; empty for anything else.
-std::string FromAddress(const std::string& entry) {
-    const std::unique_ptr<char, decltype(&g_free)> path(g_filename_from_uri(entry.c_str(), nullptr, nullptr),
-                                                        g_free);
-    return path ? path.get() : std::string();
-}
-
-}  // namespace
-
-std::vector<std::string_view> PlaylistEntries(std::string_view text) {
-    if (text.starts_with(kByteOrderMark)) {
-        text.remove_prefix(kByteOrderMark.size());
-    }
-    std::vector<std::string_view> entries;
-    while (!text.empty()) {
-        const std::size_t end = std::min(text.find('\n'), text.size());
-        const std::string_view line = Trim(text.substr(0, end));
-        if (!line.empty() && line.front() != '#') {
-            entries.push_back(line);
+std::vector<fs::path> EntryPaths(const fs::path& file, const std::string& entry) {
+    std::vector<std::string> spellings{entry};
+    for (std::string other :
+         {FromWestern(entry), TakeGlibText(g_filename_from_uri(entry.c_str(), nullptr, nullptr))}) {
+        if (!other.empty()) {
+            spellings.push_back(std::move(other));
         }
-        text.remove_prefix(std::min(end + 1, text.size()));
     }
-    return entries;
-}
-
-std::vector<fs::path> EntryPaths(const fs::path& file, std::string_view entry) {
-    std::vector<std::string> spellings{std::string(entry)};
-    if (auto converted = FromWestern(entry); !converted.empty()) {
-        spellings.push_back(std::move(converted));
-    }
-    if (auto path = FromAddress(spellings.front()); !path.empty()) {
-        spellings.push_back(std::move(path));
-    }
-    if (entry.find('\\') != std::string_view::npos) {
+    if (entry.find('\\') != std::string::npos) {
         std::string separated = spellings.back();
         std::replace(separated.begin(), separated.end(), '\\', '/');
         spellings.push_back(std::move(separated));
@@ -81,16 +47,29 @@ std::vector<fs::path> EntryPaths(const fs::path& file, std::string_view entry) {
     return paths;
 }
 
-std::optional<std::string> ReadPlaylist(const fs::path& file) {
+}  // namespace
+
+bool ReadPlaylist(const fs::path& file, const std::function<void(const std::vector<fs::path>&)>& take) {
     std::ifstream stream(file, std::ios::binary);
     if (!stream) {
-        return std::nullopt;
+        return false;
     }
     std::string text(kMaxPlaylistBytes, '\0');
     stream.read(text.data(), static_cast<std::streamsize>(text.size()));
-    text.resize(static_cast<std::size_t>(std::max<std::streamsize>(stream.gcount(), 0)));
-    text.shrink_to_fit();
-    return text;
+    std::string_view rest(text.data(), static_cast<std::size_t>(stream.gcount()));
+    if (rest.starts_with(kByteOrderMark)) {
+        rest.remove_prefix(kByteOrderMark.size());
+    }
+    while (!rest.empty()) {
+        std::string_view line = rest.substr(0, rest.find('\n'));
+        rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+        line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
+        line = line.substr(0, line.find_last_not_of(kBlanks) + 1);
+        if (!line.empty() && line.front() != '#') {
+            take(EntryPaths(file, std::string(line)));
+        }
+    }
+    return true;
 }
 
 fs::path ComparablePath(const fs::path& path) {

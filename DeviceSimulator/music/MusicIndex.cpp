@@ -5,10 +5,11 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdint>
+#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <system_error>
+#include <unordered_set>
 #include <utility>
 
 #include "DeviceSimulator/music/LibraryText.h"
@@ -22,8 +23,6 @@ namespace {
 /// The number counts up with every change of what is kept, and of what is read of a file.
 constexpr std::string_view kHead = "The simulated player's music, version 1.\n";
 constexpr std::size_t kMostRecord = 65536;
-constexpr std::size_t kMostUnwritten = 65536;
-constexpr std::chrono::milliseconds kMostUnwrittenTime{500};
 
 /// FNV-1a.
 std::uint32_t Checksum(std::string_view bytes) {
@@ -34,20 +33,23 @@ std::uint32_t Checksum(std::string_view bytes) {
     return sum;
 }
 
-template <typename Pack, typename Record>
-void PackRecord(Pack& packer, Record& record) {
-    packer(record.stamp.size);
-    packer(record.stamp.modified);
+template <typename Pack, typename Stamp, typename Record>
+void PackRecord(Pack& packer, Stamp& stamp, Record& record) {
+    packer(stamp.size);
+    packer(stamp.modified);
     packer(record.isMusic);
     packer(record.failure);
     PackTags(packer, record.tags, record.cover);
 }
 
-std::optional<MusicRecord> RecordOf(std::string_view packed) {
+/// None where it is not of `stamp`.
+std::optional<MusicRecord> RecordOf(std::string_view packed, const std::optional<FileStamp>& stamp) {
+    FileStamp found;
     MusicRecord record;
     Unpacker unpacker(packed);
-    PackRecord(unpacker, record);
-    return unpacker.IsOver() ? std::optional(std::move(record)) : std::nullopt;
+    PackRecord(unpacker, found, record);
+    const bool isOfIt = unpacker.IsOver() && found == stamp.value_or(found);
+    return isOfIt ? std::optional(std::move(record)) : std::nullopt;
 }
 
 /// A checksum, then path and rest; a vanished file's has none.
@@ -111,7 +113,7 @@ std::unique_ptr<MusicIndex> MusicIndex::Open(const fs::path& folder, std::string
         index->m_hasFailed = ftruncate(index->m_file.Get(), static_cast<off_t>(good)) != 0;
     }
     if (isWritable && good == 0) {
-        index->m_unwritten = kHead;
+        index->Append(kHead);
     }
     if (!isWritable && good == 0 && failure != EWOULDBLOCK) {
         error = code ? code.message() : std::generic_category().message(failure);
@@ -145,56 +147,42 @@ std::size_t MusicIndex::Load() {
         const auto record = payload.substr(sizeof(std::uint32_t) + path.size());
         m_known.erase(path);
         if (!record.empty()) {
-            m_known.emplace(path, record);
+            m_known.emplace(path, Known{record});
         }
         ++m_records;
     }
     return m_text.size() - rest.size();
 }
 
-std::optional<MusicRecord> MusicIndex::Find(const std::string& path, const FileStamp& stamp) const {
-    const auto known = m_known.find(path);
-    auto record = known != m_known.end() ? RecordOf(known->second) : std::nullopt;
-    return record && record->stamp == stamp ? std::move(record) : std::nullopt;
+std::optional<MusicRecord> MusicIndex::Find(const FoundFile& file) {
+    const auto known = m_known.find(file.path);
+    if (known == m_known.end()) {
+        return std::nullopt;
+    }
+    known->second.isWanted = true;
+    return RecordOf(known->second.rest, file.stamp);
 }
 
-void MusicIndex::Put(const std::string& path, const MusicRecord& record) {
+void MusicIndex::Put(const FoundFile& file, const MusicRecord& record) {
     std::string rest;
     Packer packer(rest);
-    PackRecord(packer, record);
-    Append(path, rest);
+    PackRecord(packer, file.stamp, record);
+    Append(Packed(file.path, rest));
 }
 
-void MusicIndex::Append(std::string_view path, std::string_view rest) {
-    if (!IsWritable()) {
-        return;
-    }
-    m_isChanged = true;
-    m_unwritten += Packed(path, rest);
-    if (m_unwritten.size() > kMostUnwritten || Clock::now() - m_flushed > kMostUnwrittenTime) {
-        Flush();
+void MusicIndex::Append(std::string_view bytes) {
+    if (IsWritable() && !m_hasFailed) {
+        m_isChanged = true;
+        m_hasFailed = write(m_file.Get(), bytes.data(), bytes.size()) != std::ssize(bytes);
     }
 }
 
-void MusicIndex::Flush() {
-    m_flushed = Clock::now();
-    if (!IsWritable() || m_hasFailed || m_unwritten.empty()) {
-        return;
-    }
-    m_hasFailed = write(m_file.Get(), m_unwritten.data(), m_unwritten.size()) != std::ssize(m_unwritten);
-    m_unwritten.clear();
-}
-
-bool MusicIndex::Close(const std::string& folder, const std::unordered_set<std::string_view>* found,
-                       const CoverFolder& covers) {
-    if (found != nullptr) {
-        for (const auto& known : m_known) {
-            if (IsBelow(known.first, folder) && !found->contains(known.first)) {
-                Append(known.first, {});
-            }
+bool MusicIndex::Close(const std::string& folder, const CoverFolder& covers) {
+    for (const auto& [path, known] : m_known) {
+        if (!folder.empty() && !known.isWanted && IsBelow(path, folder)) {
+            Append(Packed(path, {}));
         }
     }
-    Flush();
     if (m_isChanged && !m_hasFailed) {
         Tidy(covers);
     }
@@ -212,7 +200,7 @@ void MusicIndex::Tidy(const CoverFolder& covers) {
     }
     std::unordered_set<std::string> digests;
     for (const auto& known : m_known) {
-        if (auto record = RecordOf(known.second)) {
+        if (auto record = RecordOf(known.second.rest, std::nullopt)) {
             digests.insert(std::move(record->cover.digest));
         }
     }
@@ -224,8 +212,8 @@ void MusicIndex::Rewrite() {
     const fs::path fresh = m_path.native() + ".new";
     std::ofstream file(fresh, std::ios::binary);
     file << kHead;
-    for (const auto& [path, rest] : m_known) {
-        file << Packed(path, rest);
+    for (const auto& [path, known] : m_known) {
+        file << Packed(path, known.rest);
     }
     file.close();
     std::error_code error;

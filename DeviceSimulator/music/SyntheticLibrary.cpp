@@ -15,9 +15,10 @@ constexpr std::size_t kTracksPerAlbum = 12;
 constexpr std::size_t kAlbumsPerArtist = 5;
 constexpr std::size_t kTracksPerArtist = kTracksPerAlbum * kAlbumsPerArtist;
 
-// Three of each letter in the first table, so that a list of any length has something under every letter.
-const std::vector<std::string_view>& FirstWords() {
-    static const auto kWords = Split(
+/// What names are made of.
+struct Words {
+    // Three of each letter, so that a list of any length has something under every letter.
+    std::vector<std::string_view> first = Split(
         "Amber|Ashen|Azure|Bitter|Brass|Bright|Calm|Cobalt|Crooked|Dapple|Distant|Dusty|Early|Eastern|Ember|"
         "Faded|Feather|Frozen|Gentle|Gilded|Grey|Hazel|Hidden|Hollow|Idle|Indigo|Ivory|Jade|Jagged|Jolly|"
         "Keen|Kindled|Knotted|Lantern|Lilac|Lonely|Marble|Midnight|Mossy|Narrow|Neon|Northern|Oaken|Odd|"
@@ -25,34 +26,21 @@ const std::vector<std::string_view>& FirstWords() {
         "Twin|Umber|Unseen|Upper|Vacant|Velvet|Violet|Wandering|Weary|Winter|Xanadu|Xenial|Xylo|Yearning|"
         "Yellow|Young|Zealous|Zephyr|Zinc",
         '|');
-    return kWords;
-}
-
-const std::vector<std::string_view>& SecondWords() {
-    static const auto kWords = Split(
+    std::vector<std::string_view> second = Split(
         "Anchor|Arcade|Avenue|Bridge|Canyon|Carousel|Cinema|Compass|Corner|Engine|Feather|Garden|Harbour|"
         "Hotel|Island|Junction|Ladder|Lantern|Letter|Meadow|Mirror|Morning|Museum|Orchard|Parade|Parlour|"
         "Pilot|Postcard|River|Rocket|Saddle|Signal|Station|Summer|Theatre|Thunder|Tunnel|Valley|Window|"
         "Winter",
         '|');
-    return kWords;
-}
-
-const std::vector<std::string_view>& ThirdWords() {
-    static const auto kWords = Split(
+    std::vector<std::string_view> third = Split(
         "at Dawn|Blues|by the Sea|Dance|for Two|Forever|in Blue|in the Rain|Lullaby|Parade|Reprise|Revisited|"
         "Serenade|Shuffle|Song|Tomorrow|Tonight|Underground|Waltz|Without You",
         '|');
-    return kWords;
-}
-
-const std::vector<std::string_view>& GenreWords() {
-    static const auto kWords = Split(
+    std::vector<std::string_view> genres = Split(
         "Alternative|Ambient|Blues|Classical|Country|Dance|Disco|Electronic|Folk|Funk|Hip-Hop|House|Indie|"
         "Jazz|Latin|Metal|Opera|Pop|Punk|Reggae|Rock|Soundtrack|Soul|World",
         '|');
-    return kWords;
-}
+};
 
 void Append(std::string& text, std::string_view word) {
     if (!text.empty()) {
@@ -63,9 +51,9 @@ void Append(std::string& text, std::string_view word) {
 
 /// A name of its own for every `number`: the first words run through all their pairs, and when those are used
 /// up a counter makes the difference.
-void SetUniqueName(std::string& name, std::size_t number, std::string_view article) {
-    const auto& first = FirstWords();
-    const auto& second = SecondWords();
+void SetUniqueName(std::string& name, const Words& words, std::size_t number, std::string_view article = {}) {
+    const auto& first = words.first;
+    const auto& second = words.second;
     const std::size_t pairs = first.size() * second.size();
     const std::size_t pair = number % pairs;
     name = article;
@@ -81,15 +69,15 @@ std::string_view Pick(const std::vector<std::string_view>& words, LibraryRandom&
     return words[random.Below(static_cast<std::uint32_t>(words.size()))];
 }
 
-void SetTitle(std::string& title, LibraryRandom& random) {
+void SetTitle(std::string& title, const Words& words, LibraryRandom& random) {
     title.clear();
     if (random.Below(16) == 0) {
         title = "The";
     }
-    Append(title, Pick(FirstWords(), random));
-    Append(title, Pick(SecondWords(), random));
+    Append(title, Pick(words.first, random));
+    Append(title, Pick(words.second, random));
     if (random.Below(2) == 0) {
-        Append(title, Pick(ThirdWords(), random));
+        Append(title, Pick(words.third, random));
     }
 }
 
@@ -107,31 +95,32 @@ void AddPlaylists(LibraryBuilder& builder, LibraryRandom& random) {
 }  // namespace
 
 std::unique_ptr<Library> MakeSyntheticLibrary(std::size_t tracks, Sorting sorting) {
+    const Words words;
     LibraryBuilder builder(sorting);
     LibraryRandom random(std::uint64_t{tracks});
     TrackTags tags;
     for (std::size_t i = 0; i < tracks; ++i) {
         if (i % kTracksPerArtist == 0) {
             const std::size_t artist = i / kTracksPerArtist;
-            SetUniqueName(tags.artist, artist, artist % 4 == 1 ? "The" : "");
-            tags.genre = Pick(GenreWords(), random);
+            SetUniqueName(tags.artist, words, artist, artist % 4 == 1 ? "The" : "");
+            tags.genre = Pick(words.genres, random);
         }
         if (i % kTracksPerAlbum == 0) {
             // Far enough from the artists' names that none has an album named like it.
-            SetUniqueName(tags.album, i / kTracksPerAlbum + 31, "");
+            SetUniqueName(tags.album, words, i / kTracksPerAlbum + 31);
             tags.composer.clear();
             if (random.Below(3) == 0) {
-                SetUniqueName(tags.composer, random.Below(500), "");
+                SetUniqueName(tags.composer, words, random.Below(500));
             }
             tags.sampleRate = random.Below(8) == 0 ? 48000 : 44100;
         }
-        SetTitle(tags.title, random);
+        SetTitle(tags.title, words, random);
         tags.track = static_cast<std::uint32_t>(i % kTracksPerAlbum + 1);
         tags.durationMs = 120000 + random.Below(240001);
         builder.Add(tags);
     }
     AddPlaylists(builder, random);
-    return builder.BuildWithDrawnCovers();
+    return builder.Build();
 }
 
 }  // namespace DeviceSimulator

@@ -7,7 +7,6 @@
 #include <string_view>
 
 #include "DeviceSimulator/music/Library.h"
-#include "DeviceSimulator/music/MusicScan.h"
 
 namespace DeviceSimulator {
 

@@ -8,7 +8,6 @@
 #include <mpegfile.h>
 #include <png.h>
 #include <tpropertymap.h>
-#include <wavfile.h>
 #include <xiphcomment.h>
 
 #include <memory>
@@ -58,8 +57,6 @@ void AddTo(TagLib::MP4::Tag& tag, const DemoPicture& picture) {
 void AddPicture(TagLib::File& file, const DemoPicture& picture) {
     if (auto* mpeg = dynamic_cast<TagLib::MPEG::File*>(&file)) {
         AddTo(*mpeg->ID3v2Tag(true), picture);
-    } else if (auto* wav = dynamic_cast<TagLib::RIFF::WAV::File*>(&file)) {
-        AddTo(*wav->ID3v2Tag(), picture);
     } else if (auto* flac = dynamic_cast<TagLib::FLAC::File*>(&file)) {
         flac->addPicture(FlacPicture(picture).release());
     } else if (auto* xiph = dynamic_cast<TagLib::Ogg::XiphComment*>(file.tag())) {

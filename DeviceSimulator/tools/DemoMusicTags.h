@@ -20,7 +20,7 @@ struct DemoPicture {
 /// None where it cannot be encoded.
 std::vector<std::uint8_t> EncodePng(const RgbImage& image);
 
-/// Writes what of `tags` is not empty, and the pictures, into an mp3, flac, ogg, opus, wav or m4a file. False
+/// Writes what of `tags` is not empty, and the pictures, into an mp3, flac, ogg, opus or m4a file. False
 /// when the file cannot be written.
 bool WriteTags(const std::filesystem::path& path, const TrackTags& tags,
                std::span<const DemoPicture> pictures);

@@ -12,8 +12,8 @@
 #include <sstream>
 #include <thread>
 
+#include "DeviceSimulator/music/Library.h"
 #include "DeviceSimulator/music/MusicIndex.h"
-#include "DeviceSimulator/music/MusicScan.h"
 #include "LibraryTestFiles.h"
 #include "ServiceUtil/Descriptor.h"
 
@@ -307,11 +307,12 @@ TEST(LibraryMusicFolderTest, AScanThatIsCutShortGoesOnWhereItWas) {
     const pid_t child = fork();
     if (child == 0) {
         // Dies as soon as something has been kept.
-        ScanMusicFolder(music, cache, [&](std::uint32_t) {
+        const auto die = [&](std::uint32_t) {
             if (fs::file_size(cache / "music.index") > 1000) {
                 kill(getpid(), SIGKILL);
             }
-        });
+        };
+        ScanMusicFolder(music, cache, {.progress = die});
         _exit(0);
     }
     int status = 0;

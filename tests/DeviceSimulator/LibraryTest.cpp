@@ -118,7 +118,7 @@ TEST(LibraryTest, AlbumsAndArtistsAreInTheOrderOfTheRecord) {
                              Tags("first", "A", "Zed", 1, 1), Tags("zz", "A", "alpha", 1, 1)}) {
         builder.Add(tags);
     }
-    const auto library = builder.BuildWithDrawnCovers();
+    const auto library = builder.Build();
     EXPECT_EQ(NamesOf(*library, {{DEV_MGR_CATEGORY_ARTIST, 0}}, DEV_MGR_CATEGORY_TRACK),
               (Names{"zz", "first", "second", "third", "unnumbered", "late"}));
 }
@@ -135,7 +135,7 @@ TEST(LibraryTest, AnAlbumIsItsTitleAndWhoseItIs) {
         sampler.compilation = 1;
         builder.Add(sampler);
     }
-    const auto library = builder.BuildWithDrawnCovers();
+    const auto library = builder.Build();
     EXPECT_EQ(NamesOf(*library, {}, DEV_MGR_CATEGORY_ALBUM), (Names{"Duets", "Hits", "Hits", "Sampler"}));
     EXPECT_EQ(NamesOf(*library, {}, DEV_MGR_CATEGORY_ARTIST), (Names{"Ann", "Bob", "Cid", "Dan"}));
     EXPECT_EQ(NamesOf(*library, {{DEV_MGR_CATEGORY_ALBUM, 2}}, DEV_MGR_CATEGORY_ARTIST), (Names{"Bob"}));

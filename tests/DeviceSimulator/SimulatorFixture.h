@@ -45,16 +45,15 @@ inline std::shared_ptr<const Library> MakeTestLibrary() {
         tags.genre = name("Genre", t / 12);
         tags.durationMs = 10'000;
         tags.sampleRate = t / 3 % 2 == 1 ? 48000 : 44100;
-        const auto added = builder.Add(tags);
-        backwards.insert(backwards.begin(), added.track);
+        CoverKey cover;
         if (t >= 3) {
-            const CoverKey key{std::to_string(t / 3), 2, 3};
-            covers->Keep(key, std::string("\xFF\xD8") + static_cast<char>(t / 3));
-            builder.SetCover(added.album, covers->Number(key));
+            cover = {std::to_string(t / 3), 2, 3};
+            covers->Keep(cover, std::string("\xFF\xD8") + static_cast<char>(t / 3));
         }
+        backwards.insert(backwards.begin(), builder.Add(tags, {}, covers->Number(cover)));
     }
     builder.AddPlaylist("Backwards", backwards);
-    return builder.BuildWithCovers(covers);
+    return builder.Build(covers);
 }
 
 /// An event by its word, with its first value when it has one: "play-time=1000", "device-connected=hub".
