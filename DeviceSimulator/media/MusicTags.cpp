@@ -130,22 +130,24 @@ class BoundedStream : public TagLib::FileStream {
             return {};
         }
         left -= length;
-        return FileStream::readBlock(length);
+        errno = 0;
+        TagLib::ByteVector block = FileStream::readBlock(length);
+        m_error = block.size() < length && errno != 0 ? errno : m_error;
+        return block;
     }
+
+    /// The errno of a read that has failed, which the tag library takes for the end of the file; 0 for none.
+    int Error() const { return m_error; }
 
   private:
     static constexpr unsigned long kSearchedBlock = 1024;
 
     unsigned long m_leftToSearch = 4UL << 20;
     unsigned long m_leftToRead = 128UL << 20;
+    int m_error = 0;
 };
 
-void Read(const std::string& path, MusicFile& file) {
-    BoundedStream stream(path.c_str());
-    if (!stream.isOpen()) {
-        file.facts.error = static_cast<std::uint32_t>(errno);
-        return;
-    }
+void Read(TagLib::IOStream& stream, MusicFile& file) {
     const TagLib::FileRef reference(&stream);
     const TagLib::AudioProperties* const sound = reference.audioProperties();
     if (sound == nullptr || sound->sampleRate() <= 0 || sound->lengthInMilliseconds() <= 0) {
@@ -162,10 +164,19 @@ void Read(const std::string& path, MusicFile& file) {
 
 MusicFile ReadMusicFile(const std::string& path) {
     MusicFile file;
-    try {
-        Read(path, file);
-    } catch (const std::exception&) {
-        file = {};  // whatever a damaged file led the tag library into
+    BoundedStream stream(path.c_str());
+    int error = stream.isOpen() ? 0 : errno;
+    if (error == 0) {
+        try {
+            Read(stream, file);
+        } catch (const std::exception&) {
+            file = {};  // whatever a damaged file led the tag library into
+        }
+        error = stream.Error();
+    }
+    if (error != 0) {
+        file = {};
+        file.facts.error = static_cast<std::uint32_t>(error);
     }
     return file;
 }

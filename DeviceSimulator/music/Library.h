@@ -78,7 +78,7 @@ struct ScanOptions {
 };
 
 /// The music files below `folder` by their tags, read by the media program. Files that cannot be read, or
-/// take too much time or memory, are named once each on stderr and left out; a folder that is missing,
+/// twice take too much time or memory, are named once each on stderr and left out; a folder that is missing,
 /// unreadable or without music gives an empty library and a line on stderr. What is read is kept in the
 /// folder `cache` (empty: nowhere) as it comes, and only new and changed files are read again; a cache that
 /// cannot be used costs time and a line on stderr, no more.

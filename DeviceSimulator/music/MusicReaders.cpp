@@ -6,10 +6,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cstring>
 #include <deque>
 #include <map>
 #include <memory>
-#include <optional>
+#include <set>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -69,9 +70,16 @@ class Reader {
         }
         m_received.append(bytes, static_cast<std::size_t>(size));
         std::string_view rest = m_received;
+        std::uint32_t length = 0;
         bool isSound = true;
-        while (isSound && IsWhole(rest, isSound)) {
-            isSound = TakeMessage(rest, take);
+        while (isSound && rest.size() >= sizeof length) {
+            std::memcpy(&length, rest.data(), sizeof length);
+            isSound = length <= kMostScanAnswer;
+            if (!isSound || rest.size() - sizeof length < length) {
+                break;
+            }
+            isSound = TakeMessage(rest.substr(sizeof length, length), take);
+            rest.remove_prefix(sizeof length + length);
         }
         m_received.erase(0, m_received.size() - rest.size());
         return isSound;
@@ -91,27 +99,14 @@ class Reader {
     std::deque<std::size_t> TakeGiven() { return std::exchange(m_given, {}); }
 
   private:
-    static bool IsWhole(std::string_view received, bool& isSound) {
-        std::uint32_t size = 0;
-        if (received.size() < sizeof size) {
-            return false;
-        }
-        std::memcpy(&size, received.data(), sizeof size);
-        isSound = size <= kMostScanAnswer;
-        return isSound && received.size() - sizeof size >= size;
-    }
-
     template <typename Take>
-    bool TakeMessage(std::string_view& rest, const Take& take) {
-        std::uint32_t size = 0;
-        std::memcpy(&size, rest.data(), sizeof size);
-        Unpacker unpacker(rest.substr(sizeof size, size));
-        rest.remove_prefix(sizeof size + size);
+    bool TakeMessage(std::string_view message, const Take& take) {
         m_due = In(m_patience);
         if (!std::exchange(m_isGreeted, true)) {
-            return size == 0;
+            return message.empty();
         }
         ReadMusic read;
+        Unpacker unpacker(message);
         PackScanned(unpacker, read.file);
         if (m_given.empty() || !unpacker.IsOver()) {
             return false;
@@ -192,8 +187,9 @@ class Readers {
         PollUntil(ready, In(kTick));
         for (std::size_t i = 0; i < ready.size(); ++i) {
             Reader& reader = *m_readers[i];
+            // What was late may have come meanwhile, as when this process stood still.
             const bool isSound =
-                ready[i].revents == 0 ||
+                (ready[i].revents == 0 && !reader.IsLate()) ||
                 reader.Receive([this](std::size_t number, ReadMusic read) { Take(number, std::move(read)); });
             if (reader.IsRunning() && (!isSound || reader.IsLate())) {
                 Replace(reader);
@@ -201,17 +197,19 @@ class Readers {
         }
     }
 
-    /// What it was at has brought it down; the others are another one's.
+    /// What it was at has brought it down, if that happens twice: the first time it may have been somebody
+    /// else, or this machine. All is another one's now.
     void Replace(Reader& reader) {
         const bool wasGreeted = reader.IsGreeted();
         const std::string reason = reader.End();
         auto given = reader.TakeGiven();
-        if (!wasGreeted) {
+        if (!wasGreeted && ++m_failedStarts > 1) {
             m_error = MediaProgram::Path() + ": " + reason;
-        } else if (!given.empty()) {
-            m_again.insert(m_again.begin(), given.begin() + 1, given.end());
+        } else if (wasGreeted && !given.empty() && !m_suspects.insert(given.front()).second) {
             Take(given.front(), {{}, reason});
+            given.pop_front();
         }
+        m_again.insert(m_again.begin(), given.begin(), given.end());
     }
 
     void Take(std::size_t number, ReadMusic read) {
@@ -225,8 +223,10 @@ class Readers {
     const std::vector<std::string>& m_paths;
     const MusicReading& m_reading;
     std::vector<std::unique_ptr<Reader>> m_readers;
-    std::size_t m_next = 0;                    // to be given
-    std::deque<std::size_t> m_again;           // given to one that has ended
+    std::size_t m_next = 0;            // to be given
+    std::deque<std::size_t> m_again;   // given to one that has ended
+    std::set<std::size_t> m_suspects;  // that one was at when it ended
+    int m_failedStarts = 0;
     std::size_t m_taken = 0;                   // so many have been, from the first on
     std::map<std::size_t, ReadMusic> m_early;  // not to be taken yet
     std::string m_error;

@@ -14,8 +14,8 @@ namespace DeviceSimulator {
 /// Of one file; its texts are as the program has sent them.
 struct ReadMusic {
     ScannedFile file;
-    std::string
-        failure;  ///< why it will never be read: it took the program down, or the time that it may take
+    /// Why it will never be read: it took the program down, or the time that it may take, twice.
+    std::string failure;
 };
 
 struct MusicReading {
