@@ -7,11 +7,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <vector>
 
-#include "DeviceSimulator/card/FrameClock.h"
 #include "DeviceSimulator/card/SoundFiles.h"
 
 namespace DeviceSimulator {
@@ -25,6 +25,8 @@ constexpr unsigned kMostPeriods = 64;
 /// A converter takes its time to start, and what the program gets ready meanwhile is its margin later: a copy
 /// from capture to playback would else be a gap for every period that it is late by.
 constexpr std::chrono::milliseconds kPlaybackStartLatency(150);
+
+using Clock = std::chrono::steady_clock;
 
 class SimulatedPcm {
   public:
@@ -52,7 +54,8 @@ class SimulatedPcm {
     int Prepare();
     int Start();
     int Stop();
-    int SetTimer(const itimerspec& timer);
+    int SetTimer(std::chrono::nanoseconds period);
+    std::uint64_t FramesSinceStart() const;
     snd_pcm_sframes_t Pointer();
     snd_pcm_sframes_t Transfer(const snd_pcm_channel_area_t* areas, snd_pcm_uframes_t offset,
                                snd_pcm_uframes_t size);
@@ -64,7 +67,8 @@ class SimulatedPcm {
     Descriptor m_timer;
     std::optional<CaptureFile> m_capture;
     std::optional<PlaybackFile> m_playback;
-    FrameClock m_clock;
+    Clock::time_point m_start{};  ///< from when on it counts frames
+    double m_speed = 1;           ///< of its clock
     bool m_running = false;
     std::uint64_t m_startPosition = 0;  ///< frames the card had passed when it was last started
     std::uint64_t m_position = 0;       ///< frames the card has passed since it was prepared
@@ -146,21 +150,33 @@ int SimulatedPcm::Prepare() {
 
 int SimulatedPcm::Start() {
     m_startPosition = m_position;
-    const auto drift =
-        static_cast<std::int32_t>(ReadSoundNumber(SoundFile(".ppm"), -kMostDriftPpm, kMostDriftPpm, 0));
-    m_clock.Start(m_io.rate, drift, IsCapture() ? std::chrono::milliseconds(0) : kPlaybackStartLatency);
+    const long drift = ReadSoundNumber(SoundFile(".ppm"), -kMostDriftPpm, kMostDriftPpm, 0);
+    m_speed = 1 + static_cast<double>(drift) / 1'000'000;
+    m_start = Clock::now() + (IsCapture() ? std::chrono::milliseconds(0) : kPlaybackStartLatency);
     m_running = true;
-    const timespec period = FrameClock::Duration(m_io.period_size, m_io.rate);
-    return SetTimer({period, period});
+    // Rounded up, so that a period is over when the time is.
+    return SetTimer(
+        std::chrono::nanoseconds((m_io.period_size * std::nano::den + m_io.rate - 1) / m_io.rate));
 }
 
 int SimulatedPcm::Stop() {
     m_running = false;
-    return SetTimer({});
+    return SetTimer(std::chrono::nanoseconds(0));
 }
 
-int SimulatedPcm::SetTimer(const itimerspec& timer) {
+/// Rings once a `period`; never for 0.
+int SimulatedPcm::SetTimer(std::chrono::nanoseconds period) {
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(period);
+    timespec time{};
+    time.tv_sec = static_cast<time_t>(seconds.count());
+    time.tv_nsec = static_cast<long>((period - seconds).count());
+    const itimerspec timer{time, time};
     return timerfd_settime(m_timer.Get(), 0, &timer, nullptr) == 0 ? 0 : -errno;
+}
+
+std::uint64_t SimulatedPcm::FramesSinceStart() const {
+    const std::chrono::duration<double> elapsed = Clock::now() - m_start;
+    return static_cast<std::uint64_t>(std::max(elapsed.count(), 0.0) * m_io.rate * m_speed);
 }
 
 // The card waits where the program has left it no room or no sound, and catches up afterwards: a program that
@@ -170,7 +186,7 @@ snd_pcm_sframes_t SimulatedPcm::Pointer() {
     if (m_running) {
         if (HasXrun())
             return -EPIPE;
-        const std::uint64_t due = m_startPosition + m_clock.Frames() - m_position;
+        const std::uint64_t due = m_startPosition + FramesSinceStart() - m_position;
         const std::uint64_t possible = m_transferred + (IsCapture() ? m_io.buffer_size : 0) - m_position;
         m_position += std::min({due, possible, std::uint64_t{m_io.buffer_size} - 1});
     }

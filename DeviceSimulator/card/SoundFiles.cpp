@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstdlib>
 #include <cstring>
 
@@ -17,31 +18,26 @@ constexpr long kLowestRate = 8000;
 constexpr long kHighestRate = 192000;
 /// Where the file of what was played starts over, so that a long run does not fill the disk: six minutes.
 constexpr std::uint32_t kMostPlaybackBytes = 64U << 20;
-constexpr std::size_t kHeaderBytes = 44;
 
-void PutLittleEndian(char* at, std::uint32_t value, std::size_t size) {
-    for (std::size_t i = 0; i < size; ++i)
-        at[i] = static_cast<char>(value >> (8 * i));
-}
+/// Of 16-bit sound; numbers are little-endian, as in memory.
+struct WavHeader {
+    char riff[4] = {'R', 'I', 'F', 'F'};
+    std::uint32_t bytesBehind = 0;
+    char wave[8] = {'W', 'A', 'V', 'E', 'f', 'm', 't', ' '};
+    std::uint32_t formatBytes = 16;
+    std::uint16_t format = 1;  // PCM
+    std::uint16_t channels = kSoundChannels;
+    std::uint32_t rate = 0;
+    std::uint32_t bytesASecond = 0;
+    std::uint16_t bytesAFrame = kFrameBytes;
+    std::uint16_t bitsASample = 16;
+    char data[4] = {'d', 'a', 't', 'a'};
+    std::uint32_t dataBytes = 0;
+};
+static_assert(sizeof(WavHeader) == 44 && std::endian::native == std::endian::little);
 
-std::array<char, kHeaderBytes> WavHeader(std::uint32_t rate, std::uint32_t dataBytes) {
-    std::array<char, kHeaderBytes> header{};
-    std::memcpy(&header[0], "RIFF", 4);
-    PutLittleEndian(&header[4], dataBytes + kHeaderBytes - 8, 4);
-    std::memcpy(&header[8], "WAVEfmt ", 8);
-    PutLittleEndian(&header[16], 16, 4);
-    PutLittleEndian(&header[20], 1, 2);  // PCM
-    PutLittleEndian(&header[22], kSoundChannels, 2);
-    PutLittleEndian(&header[24], rate, 4);
-    PutLittleEndian(&header[28], rate * kFrameBytes, 4);
-    PutLittleEndian(&header[32], kFrameBytes, 2);
-    PutLittleEndian(&header[34], 16, 2);
-    std::memcpy(&header[36], "data", 4);
-    PutLittleEndian(&header[40], dataBytes, 4);
-    return header;
-}
-
-Descriptor OpenCapture(const std::string& path) {
+/// Closed where there is none; a pipe without a writer does not hold it up.
+Descriptor OpenForReading(const std::string& path) {
     return Descriptor(path.empty() ? -1 : open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
 }
 
@@ -60,7 +56,7 @@ bool SoundFileExists(const std::string& path) {
 }
 
 long ReadSoundNumber(const std::string& path, long lowest, long highest, long otherwise) {
-    const Descriptor file(path.empty() ? -1 : open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    const Descriptor file = OpenForReading(path);
     char text[16] = "";
     if (!file.IsOpen() || read(file.Get(), text, sizeof text - 1) <= 0)
         return otherwise;
@@ -80,9 +76,9 @@ CaptureFile::CaptureFile(std::uint32_t rate)
 }
 
 void CaptureFile::Open() {
-    m_file = OpenCapture(m_path);
+    m_file = OpenForReading(m_path);
     if (!m_file.IsOpen())
-        m_file = OpenCapture(m_pathOfRate);
+        m_file = OpenForReading(m_pathOfRate);
 }
 
 void CaptureFile::Read(void* into, std::size_t frames) {
@@ -132,14 +128,18 @@ void PlaybackFile::StartOver() {
     // Neither works on a pipe, which just goes on.
     if (ftruncate(m_file.Get(), 0) == 0)
         WriteHeader();
-    lseek(m_file.Get(), kHeaderBytes, SEEK_SET);
+    lseek(m_file.Get(), sizeof(WavHeader), SEEK_SET);
 }
 
 void PlaybackFile::WriteHeader() {
     if (!m_file.IsOpen())
         return;
-    const std::array<char, kHeaderBytes> header = WavHeader(m_rate, m_dataBytes);
-    if (pwrite(m_file.Get(), header.data(), header.size(), 0) < 0)
+    WavHeader header;
+    header.rate = m_rate;
+    header.bytesASecond = m_rate * kFrameBytes;
+    header.dataBytes = m_dataBytes;
+    header.bytesBehind = m_dataBytes + sizeof header - 8;
+    if (pwrite(m_file.Get(), &header, sizeof header, 0) < 0)
         return;
 }
 

@@ -10,9 +10,11 @@
 #include <vector>
 
 #include "DeviceSimulator/media/GstreamerOwned.h"
-#include "DeviceSimulator/media/SoundFifo.h"
 
 namespace DeviceSimulator {
+
+/// A frame of S16LE stereo sound as it lies in memory.
+using SoundFrame = std::uint32_t;
 
 /// Decodes ahead on threads of GStreamer's, as far as a small queue takes it; no member waits for them.
 /// Frames are counted from the track's start. One thread. GStreamer has been initialised.

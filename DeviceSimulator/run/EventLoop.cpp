@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "DeviceSimulator/sound/CaptureRate.h"
+#include "DeviceSimulator/sound/SoundPresence.h"
 #include "DeviceSimulator/wire/Thread.h"
 
 namespace DeviceSimulator {

@@ -17,8 +17,6 @@ constexpr const char* kPlaybackGone = "playback.gone";
 constexpr const char* kDrift = "capture.ppm";
 constexpr const char* kRefused = "playback.refuse";
 
-constexpr const char* kNoCard = "there is no simulated sound card: DEVICE_SIMULATOR_AUDIO is not set";
-
 /// Empty when there is no simulated sound card.
 fs::path SoundFolder() {
     const char* const folder = std::getenv("DEVICE_SIMULATOR_AUDIO");
@@ -38,22 +36,42 @@ Number NumberIn(const fs::path& file) {
     return number;
 }
 
-/// Nothing is no file.
-bool Put(const fs::path& file, const std::string& content) {
-    if (content.empty()) {
-        std::error_code ignored;
-        fs::remove(file, ignored);
-        return !IsThere(file);
+struct State {
+    const char* file;
+    std::string content;  ///< nothing is no file
+};
+
+State NumberState(const char* file, std::int64_t number) {
+    return {file, number == 0 ? std::string() : std::to_string(number) + '\n'};
+}
+
+/// Whole or not at all.
+bool Write(const fs::path& file, const std::string& content) {
+    const fs::path fresh = file.native() + ".new";
+    std::error_code error;
+    if (std::ofstream(fresh) << content << std::flush) {
+        fs::rename(fresh, file, error);
+        return !error;
     }
-    return static_cast<bool>(std::ofstream(file) << content << std::flush);
+    return false;
 }
 
-std::string TextOf(std::int64_t number) {
-    return number == 0 ? std::string() : std::to_string(number) + '\n';
-}
-
-std::string Complaint(bool isDone, const fs::path& folder) {
-    return isDone ? std::string() : "nothing can be written in the sound card's folder " + folder.string();
+/// What was wrong.
+std::string Put(std::initializer_list<State> states) {
+    const fs::path folder = SoundFolder();
+    if (folder.empty()) {
+        return "there is no simulated sound card: DEVICE_SIMULATOR_AUDIO is not set";
+    }
+    for (const State& state : states) {
+        std::error_code ignored;
+        const fs::path file = folder / state.file;
+        const bool isDone =
+            state.content.empty() ? fs::remove(file, ignored) || !IsThere(file) : Write(file, state.content);
+        if (!isDone) {
+            return "nothing can be written in the sound card's folder " + folder.string();
+        }
+    }
+    return {};
 }
 
 }  // namespace
@@ -68,23 +86,18 @@ std::optional<SoundPresence> ReadSoundPresence() {
 }
 
 std::string SetSoundPresence(const SoundPresence& presence) {
-    const fs::path folder = SoundFolder();
-    if (folder.empty()) {
-        return kNoCard;
-    }
-    const bool isDone = Put(folder / kCaptureGone, presence.hasCapture ? "" : "gone\n") &&
-                        Put(folder / kPlaybackGone, presence.hasPlayback ? "" : "gone\n") &&
-                        Put(folder / kDrift, TextOf(presence.driftPpm)) &&
-                        Put(folder / kRefused, TextOf(presence.refusedHz));
-    return Complaint(isDone, folder);
+    return Put({{kCaptureGone, presence.hasCapture ? "" : "gone\n"},
+                {kPlaybackGone, presence.hasPlayback ? "" : "gone\n"},
+                NumberState(kDrift, presence.driftPpm),
+                NumberState(kRefused, presence.refusedHz)});
 }
 
 std::string CauseXrun(bool isCapture) {
-    const fs::path folder = SoundFolder();
-    if (folder.empty()) {
-        return kNoCard;
-    }
-    return Complaint(Put(folder / (isCapture ? "capture.xrun" : "playback.xrun"), "once\n"), folder);
+    return Put({{isCapture ? "capture.xrun" : "playback.xrun", "once\n"}});
+}
+
+std::string SetCaptureRate(std::uint32_t rate) {
+    return Put({NumberState("capture.rate", rate)});
 }
 
 }  // namespace DeviceSimulator
