@@ -107,13 +107,21 @@ class Unpacker {
 
     void operator()(std::uint32_t& number) { Take(&number, sizeof number); }
     void operator()(std::int64_t& number) { Take(&number, sizeof number); }
-    void operator()(std::string& text) {
+    /// A view of what is taken apart.
+    void operator()(std::string_view& text) {
         std::uint32_t size = 0;
         (*this)(size);
         m_isGood = m_isGood && size <= m_rest.size();
-        text = m_isGood ? m_rest.substr(0, size) : std::string_view();
+        text = m_rest.substr(0, m_isGood ? size : 0);
         m_rest.remove_prefix(text.size());
     }
+    void operator()(std::string& text) {
+        std::string_view view;
+        (*this)(view);
+        text = view;
+    }
+    bool IsGood() const { return m_isGood; }
+    std::string_view Rest() const { return m_rest; }
     /// Everything was there, and nothing else.
     bool IsOver() const { return m_isGood && m_rest.empty(); }
 

@@ -22,65 +22,41 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// Collects pictures, a front cover in front.
-class Pictures {
-  public:
-    void Add(const TagLib::ByteVector& data, bool isFront) {
-        const char* const first = data.data();
-        Bytes bytes(first, first + data.size());
-        if (isFront && !m_hasFront) {
-            m_pictures.insert(m_pictures.begin(), std::move(bytes));
-            m_hasFront = true;
-        } else {
-            m_pictures.push_back(std::move(bytes));
-        }
-    }
-
-    void AddFrom(const TagLib::ID3v2::Tag* tag) {
-        if (tag == nullptr) {
-            return;
-        }
-        for (const auto* frame : tag->frameList("APIC")) {
-            if (const auto* picture = dynamic_cast<const TagLib::ID3v2::AttachedPictureFrame*>(frame)) {
-                Add(picture->picture(), picture->type() == TagLib::ID3v2::AttachedPictureFrame::FrontCover);
+/// Each format keeps its pictures in a place of its own. A front cover is in front.
+std::vector<Bytes> PicturesOf(TagLib::File& file) {
+    std::vector<Bytes> pictures;
+    bool hasFront = false;
+    const auto add = [&](const TagLib::ByteVector& data, bool isFront = false) {
+        const bool isFirst = isFront && !std::exchange(hasFront, hasFront || isFront);
+        pictures.emplace(isFirst ? pictures.begin() : pictures.end(), data.begin(), data.end());
+    };
+    const auto addId3 = [&](const TagLib::ID3v2::Tag* tag) {
+        using Picture = TagLib::ID3v2::AttachedPictureFrame;
+        for (const auto* frame : tag != nullptr ? tag->frameList("APIC") : TagLib::ID3v2::FrameList()) {
+            if (const auto* picture = dynamic_cast<const Picture*>(frame)) {
+                add(picture->picture(), picture->type() == Picture::FrontCover);
             }
         }
-    }
-
-    void AddFrom(const TagLib::List<TagLib::FLAC::Picture*>& pictures) {
-        for (const auto* picture : pictures) {
-            Add(picture->data(), picture->type() == TagLib::FLAC::Picture::FrontCover);
+    };
+    const auto addFlac = [&](const TagLib::List<TagLib::FLAC::Picture*>& all) {
+        for (const auto* picture : all) {
+            add(picture->data(), picture->type() == TagLib::FLAC::Picture::FrontCover);
         }
-    }
-
-    void AddFrom(const TagLib::MP4::Tag& tag) {
-        for (const auto& picture : tag.item("covr").toCoverArtList()) {
-            Add(picture.data(), false);
-        }
-    }
-
-    std::vector<Bytes> Take() { return std::move(m_pictures); }
-
-  private:
-    std::vector<Bytes> m_pictures;
-    bool m_hasFront = false;
-};
-
-/// Each format keeps its pictures in a place of its own.
-std::vector<Bytes> PicturesOf(TagLib::File& file) {
-    Pictures pictures;
+    };
     if (auto* mpeg = dynamic_cast<TagLib::MPEG::File*>(&file)) {
-        pictures.AddFrom(mpeg->ID3v2Tag());
+        addId3(mpeg->ID3v2Tag());
     } else if (auto* wav = dynamic_cast<TagLib::RIFF::WAV::File*>(&file)) {
-        pictures.AddFrom(wav->ID3v2Tag());
+        addId3(wav->ID3v2Tag());
     } else if (auto* flac = dynamic_cast<TagLib::FLAC::File*>(&file)) {
-        pictures.AddFrom(flac->pictureList());
+        addFlac(flac->pictureList());
     } else if (auto* xiph = dynamic_cast<TagLib::Ogg::XiphComment*>(file.tag())) {
-        pictures.AddFrom(xiph->pictureList());
+        addFlac(xiph->pictureList());
     } else if (auto* mp4 = dynamic_cast<TagLib::MP4::Tag*>(file.tag())) {
-        pictures.AddFrom(*mp4);
+        for (const auto& picture : mp4->item("covr").toCoverArtList()) {
+            add(picture.data());
+        }
     }
-    return pictures.Take();
+    return pictures;
 }
 
 std::string Name(const TagLib::String& text) {

@@ -7,6 +7,8 @@
 #include <system_error>
 #include <utility>
 
+#include "DeviceSimulator/music/LibraryText.h"
+
 namespace DeviceSimulator {
 
 namespace fs = std::filesystem;
@@ -14,13 +16,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kExtension = ".jpg";
-
-bool HasDigest(const std::string& bytes, const std::string& digest) {
-    const std::unique_ptr<char, decltype(&g_free)> found(
-        g_compute_checksum_for_string(G_CHECKSUM_SHA256, bytes.data(), static_cast<gssize>(bytes.size())),
-        g_free);
-    return digest == found.get();
-}
+constexpr std::size_t kDigestLength = 64;
 
 std::string ReadBytes(const fs::path& file) {
     std::ifstream stream(file, std::ios::binary);
@@ -53,19 +49,16 @@ std::uint32_t CoverFolder::Number(const CoverKey& cover) {
 }
 
 void CoverFolder::Keep(const CoverKey& cover, std::string_view bytes) {
+    constexpr int kMode = 0644;
     if (IsThere(cover.digest)) {
         return;
     }
-    const fs::path fresh = m_folder / (cover.digest + ".new");
-    std::error_code error;
-    if (m_isWritable &&
-        std::ofstream(fresh, std::ios::binary).write(bytes.data(), std::ssize(bytes)).flush()) {
-        fs::rename(fresh, FileOf(cover.digest), error);
-        if (!error) {
-            return;
-        }
+    const bool isKept = m_isWritable && g_file_set_contents_full(
+                                            FileOf(cover.digest).c_str(), bytes.data(), std::ssize(bytes),
+                                            G_FILE_SET_CONTENTS_CONSISTENT, kMode, nullptr) != FALSE;
+    if (!isKept) {
+        m_inMemory.try_emplace(cover.digest, bytes);
     }
-    m_inMemory.try_emplace(cover.digest, bytes);
 }
 
 std::shared_ptr<const Picture> CoverFolder::Read(std::uint32_t number) const {
@@ -73,23 +66,27 @@ std::shared_ptr<const Picture> CoverFolder::Read(std::uint32_t number) const {
         return nullptr;
     }
     const CoverKey& cover = m_covers[number];
-    const auto kept = m_inMemory.find(cover.digest);
-    const bool isInMemory = kept != m_inMemory.end();
-    const std::string bytes = isInMemory ? kept->second : ReadBytes(FileOf(cover.digest));
-    if (!isInMemory && !HasDigest(bytes, cover.digest)) {
-        return nullptr;
+    std::string bytes;
+    if (const auto kept = m_inMemory.find(cover.digest); kept != m_inMemory.end()) {
+        bytes = kept->second;
+    } else {
+        bytes = ReadBytes(FileOf(cover.digest));
+        if (TakeGlibText(g_compute_checksum_for_string(G_CHECKSUM_SHA256, bytes.data(), std::ssize(bytes))) !=
+            cover.digest) {
+            return nullptr;
+        }
     }
     return std::make_shared<const Picture>(Picture{{bytes.begin(), bytes.end()}, cover.width, cover.height});
 }
 
 void CoverFolder::RemoveOthers(const std::unordered_set<std::string>& digests) const {
-    constexpr std::size_t kDigestLength = 64;
     std::error_code error;
     for (fs::directory_iterator entry(m_folder, error), end; !error && entry != end; entry.increment(error)) {
         const std::string name = entry->path().filename().native();
-        const bool isOurs =
-            name.size() == kDigestLength + 4 && name.find_first_not_of("0123456789abcdef") == kDigestLength;
-        if (isOurs && !(name.ends_with(kExtension) && digests.contains(name.substr(0, kDigestLength)))) {
+        const bool isOurs = name.find_first_not_of("0123456789abcdef") == kDigestLength &&
+                            name.compare(kDigestLength, 4, kExtension) == 0;
+        if (isOurs &&
+            !(name.size() == kDigestLength + 4 && digests.contains(name.substr(0, kDigestLength)))) {
             std::error_code ignored;
             fs::remove(entry->path(), ignored);
         }

@@ -65,28 +65,18 @@ std::string Packed(std::string_view path, std::string_view rest) {
     return record;
 }
 
-std::uint32_t NumberAt(std::string_view text, std::size_t at) {
-    std::uint32_t number = 0;
-    std::memcpy(&number, text.data() + at, sizeof number);
-    return number;
-}
-
-/// Takes the next record's payload off the front of `text`; empty when it is not whole.
-std::string_view TakePayload(std::string_view& text) {
-    constexpr std::size_t kHeadBytes = 2 * sizeof(std::uint32_t);
-    if (text.size() < kHeadBytes) {
-        return {};
-    }
-    const std::size_t size = NumberAt(text, sizeof(std::uint32_t));
-    if (size < sizeof(std::uint32_t) || size > kMostRecord || size > text.size() - kHeadBytes) {
-        return {};
-    }
-    const std::string_view payload = text.substr(kHeadBytes, size);
-    if (Checksum(payload) != NumberAt(text, 0) || NumberAt(payload, 0) > size - sizeof(std::uint32_t)) {
-        return {};
-    }
-    text.remove_prefix(kHeadBytes + size);
-    return payload;
+/// Takes the next record off the front of `text`; false when it is not whole.
+bool TakeRecord(std::string_view& text, std::string_view& path, std::string_view& rest) {
+    Unpacker outer(text);
+    std::uint32_t checksum = 0;
+    std::string_view payload;
+    outer(checksum);
+    outer(payload);
+    Unpacker inner(payload);
+    inner(path);
+    rest = inner.Rest();
+    text = outer.Rest();
+    return outer.IsGood() && inner.IsGood() && payload.size() <= kMostRecord && Checksum(payload) == checksum;
 }
 
 std::string ReadFile(const fs::path& path) {
@@ -142,16 +132,15 @@ std::size_t MusicIndex::Load() {
         return 0;
     }
     rest.remove_prefix(kHead.size());
-    for (auto payload = TakePayload(rest); !payload.empty(); payload = TakePayload(rest)) {
-        const auto path = payload.substr(sizeof(std::uint32_t), NumberAt(payload, 0));
-        const auto record = payload.substr(sizeof(std::uint32_t) + path.size());
+    std::size_t good = kHead.size();
+    for (std::string_view path, record; TakeRecord(rest, path, record); good = m_text.size() - rest.size()) {
         m_known.erase(path);
         if (!record.empty()) {
             m_known.emplace(path, Known{record});
         }
         ++m_records;
     }
-    return m_text.size() - rest.size();
+    return good;
 }
 
 std::optional<MusicRecord> MusicIndex::Find(const FoundFile& file) {

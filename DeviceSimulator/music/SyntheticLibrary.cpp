@@ -15,32 +15,20 @@ constexpr std::size_t kTracksPerAlbum = 12;
 constexpr std::size_t kAlbumsPerArtist = 5;
 constexpr std::size_t kTracksPerArtist = kTracksPerAlbum * kAlbumsPerArtist;
 
+// Lists of words. The first has three of each letter, so that a list of names has something under every one.
+constexpr std::string_view kWordLines =
+#include "DeviceSimulator/music/SyntheticWords.txt"
+    ;
+
 /// What names are made of.
 struct Words {
-    // Three of each letter, so that a list of any length has something under every letter.
-    std::vector<std::string_view> first = Split(
-        "Amber|Ashen|Azure|Bitter|Brass|Bright|Calm|Cobalt|Crooked|Dapple|Distant|Dusty|Early|Eastern|Ember|"
-        "Faded|Feather|Frozen|Gentle|Gilded|Grey|Hazel|Hidden|Hollow|Idle|Indigo|Ivory|Jade|Jagged|Jolly|"
-        "Keen|Kindled|Knotted|Lantern|Lilac|Lonely|Marble|Midnight|Mossy|Narrow|Neon|Northern|Oaken|Odd|"
-        "Olive|Pale|Paper|Proud|Quaint|Quick|Quiet|Rainy|Restless|Rusty|Scarlet|Silent|Silver|Tender|Thirsty|"
-        "Twin|Umber|Unseen|Upper|Vacant|Velvet|Violet|Wandering|Weary|Winter|Xanadu|Xenial|Xylo|Yearning|"
-        "Yellow|Young|Zealous|Zephyr|Zinc",
-        '|');
-    std::vector<std::string_view> second = Split(
-        "Anchor|Arcade|Avenue|Bridge|Canyon|Carousel|Cinema|Compass|Corner|Engine|Feather|Garden|Harbour|"
-        "Hotel|Island|Junction|Ladder|Lantern|Letter|Meadow|Mirror|Morning|Museum|Orchard|Parade|Parlour|"
-        "Pilot|Postcard|River|Rocket|Saddle|Signal|Station|Summer|Theatre|Thunder|Tunnel|Valley|Window|"
-        "Winter",
-        '|');
-    std::vector<std::string_view> third = Split(
-        "at Dawn|Blues|by the Sea|Dance|for Two|Forever|in Blue|in the Rain|Lullaby|Parade|Reprise|Revisited|"
-        "Serenade|Shuffle|Song|Tomorrow|Tonight|Underground|Waltz|Without You",
-        '|');
-    std::vector<std::string_view> genres = Split(
-        "Alternative|Ambient|Blues|Classical|Country|Dance|Disco|Electronic|Folk|Funk|Hip-Hop|House|Indie|"
-        "Jazz|Latin|Metal|Opera|Pop|Punk|Reggae|Rock|Soundtrack|Soul|World",
-        '|');
+    std::vector<std::string_view> first, second, third, genres;
 };
+
+Words ReadWords() {
+    const auto lines = Split(kWordLines, '\n');
+    return {Split(lines[0], '|'), Split(lines[1], '|'), Split(lines[2], '|'), Split(lines[3], '|')};
+}
 
 void Append(std::string& text, std::string_view word) {
     if (!text.empty()) {
@@ -95,7 +83,7 @@ void AddPlaylists(LibraryBuilder& builder, LibraryRandom& random) {
 }  // namespace
 
 std::unique_ptr<Library> MakeSyntheticLibrary(std::size_t tracks, Sorting sorting) {
-    const Words words;
+    const Words words = ReadWords();
     LibraryBuilder builder(sorting);
     LibraryRandom random(std::uint64_t{tracks});
     TrackTags tags;

@@ -11,80 +11,62 @@
 #include <xiphcomment.h>
 
 #include <memory>
+#include <utility>
 
 namespace DeviceSimulator {
 
 namespace {
 
-TagLib::ByteVector BytesOf(const DemoPicture& picture) {
-    return {reinterpret_cast<const char*>(picture.bytes.data()),
-            static_cast<unsigned int>(picture.bytes.size())};
-}
-
-bool IsJpeg(const DemoPicture& picture) {
-    return !picture.bytes.empty() && picture.bytes.front() == 0xFF;
-}
-
-const char* MimeType(const DemoPicture& picture) {
-    return IsJpeg(picture) ? "image/jpeg" : "image/png";
-}
-
-void AddTo(TagLib::ID3v2::Tag& tag, const DemoPicture& picture) {
-    using Frame = TagLib::ID3v2::AttachedPictureFrame;
-    auto frame = std::make_unique<Frame>();
-    frame->setMimeType(MimeType(picture));
-    frame->setType(picture.isFront ? Frame::FrontCover : Frame::BackCover);
-    frame->setPicture(BytesOf(picture));
-    tag.addFrame(frame.release());  // the tag owns it
-}
-
-/// The caller hands it to what owns it.
-std::unique_ptr<TagLib::FLAC::Picture> FlacPicture(const DemoPicture& picture) {
-    auto block = std::make_unique<TagLib::FLAC::Picture>();
-    block->setMimeType(MimeType(picture));
-    block->setType(picture.isFront ? TagLib::FLAC::Picture::FrontCover : TagLib::FLAC::Picture::BackCover);
-    block->setData(BytesOf(picture));
-    return block;
-}
-
-void AddTo(TagLib::MP4::Tag& tag, const DemoPicture& picture) {
-    TagLib::MP4::CoverArtList covers = tag.item("covr").toCoverArtList();
-    covers.append(
-        {IsJpeg(picture) ? TagLib::MP4::CoverArt::JPEG : TagLib::MP4::CoverArt::PNG, BytesOf(picture)});
-    tag.setItem("covr", covers);
-}
-
+/// Each format keeps its pictures in a place of its own.
 void AddPicture(TagLib::File& file, const DemoPicture& picture) {
+    using Frame = TagLib::ID3v2::AttachedPictureFrame;
+    const TagLib::ByteVector bytes(reinterpret_cast<const char*>(picture.bytes.data()),
+                                   static_cast<unsigned int>(picture.bytes.size()));
+    const bool isJpeg = bytes.startsWith("\xFF");
+    const char* const type = isJpeg ? "image/jpeg" : "image/png";
     if (auto* mpeg = dynamic_cast<TagLib::MPEG::File*>(&file)) {
-        AddTo(*mpeg->ID3v2Tag(true), picture);
-    } else if (auto* flac = dynamic_cast<TagLib::FLAC::File*>(&file)) {
-        flac->addPicture(FlacPicture(picture).release());
+        auto frame = std::make_unique<Frame>();
+        frame->setMimeType(type);
+        frame->setType(picture.isFront ? Frame::FrontCover : Frame::BackCover);
+        frame->setPicture(bytes);
+        mpeg->ID3v2Tag(true)->addFrame(frame.release());  // the tag owns it
+        return;
+    }
+    if (auto* mp4 = dynamic_cast<TagLib::MP4::Tag*>(file.tag())) {
+        TagLib::MP4::CoverArtList covers = mp4->item("covr").toCoverArtList();
+        covers.append({isJpeg ? TagLib::MP4::CoverArt::JPEG : TagLib::MP4::CoverArt::PNG, bytes});
+        mp4->setItem("covr", covers);
+        return;
+    }
+    auto block = std::make_unique<TagLib::FLAC::Picture>();
+    block->setMimeType(type);
+    block->setType(picture.isFront ? TagLib::FLAC::Picture::FrontCover : TagLib::FLAC::Picture::BackCover);
+    block->setData(bytes);
+    if (auto* flac = dynamic_cast<TagLib::FLAC::File*>(&file)) {
+        flac->addPicture(block.release());  // the file owns it
     } else if (auto* xiph = dynamic_cast<TagLib::Ogg::XiphComment*>(file.tag())) {
-        xiph->addPicture(FlacPicture(picture).release());
-    } else if (auto* mp4 = dynamic_cast<TagLib::MP4::Tag*>(file.tag())) {
-        AddTo(*mp4, picture);
+        xiph->addPicture(block.release());
     }
 }
 
 TagLib::PropertyMap PropertiesOf(const TrackTags& tags) {
-    TagLib::PropertyMap properties;
-    const auto set = [&properties](const char* key, const std::string& value) {
-        if (!value.empty()) {
-            properties.replace(key, TagLib::StringList(TagLib::String(value, TagLib::String::UTF8)));
-        }
-    };
     const auto number = [](std::uint32_t value) {
         return value == 0 ? std::string() : std::to_string(value);
     };
-    set("TITLE", tags.title);
-    set("ARTIST", tags.artist);
-    set("ALBUM", tags.album);
-    set("ALBUMARTIST", tags.albumArtist);
-    set("GENRE", tags.genre);
-    set("COMPOSER", tags.composer);
-    set("DISCNUMBER", number(tags.disc));
-    set("TRACKNUMBER", number(tags.track));
-    set("COMPILATION", tags.compilation != 0 ? "1" : "");
+    TagLib::PropertyMap properties;
+    for (const auto& [key, value] : {std::pair<const char*, std::string>{"TITLE", tags.title},
+                                     {"ARTIST", tags.artist},
+                                     {"ALBUM", tags.album},
+                                     {"ALBUMARTIST", tags.albumArtist},
+                                     {"GENRE", tags.genre},
+                                     {"COMPOSER", tags.composer},
+                                     {"DISCNUMBER", number(tags.disc)},
+                                     {"TRACKNUMBER", number(tags.track)},
+                                     {"COMPILATION", number(tags.compilation)}}) {
+        if (!value.empty()) {
+            properties.replace(key, TagLib::StringList(TagLib::String(value, TagLib::String::UTF8)));
+        }
+    }
     return properties;
 }
 

@@ -1,9 +1,9 @@
 #include "DeviceSimulator/music/Library.h"
 
 #include <algorithm>
-#include <ostream>
 #include <set>
 
+#include "DeviceSimulator/media/PictureCover.h"
 #include "DeviceSimulator/music/LibraryText.h"
 #include "LibraryTestFiles.h"
 
@@ -43,27 +43,14 @@ std::size_t CountTracks(const Library& library, std::vector<PathStep> path, Name
     return count;
 }
 
-struct Maker {
-    const char* name;
-    std::unique_ptr<Library> (*make)();
-};
-
-/// The parameter is part of the test's name, which must be the same in every run.
-void PrintTo(const Maker& maker, std::ostream* out) {
-    *out << maker.name;
-}
-
-class EveryLibraryTest : public testing::TestWithParam<Maker> {};
-
-TEST_P(EveryLibraryTest, IsSortedAndLeadsToEachTrackOnce) {
-    const auto library = GetParam().make();
+void ExpectSortedAndLeadingToEachTrackOnce(const Library& library) {
     for (const std::uint32_t category :
          {DEV_MGR_CATEGORY_ARTIST, DEV_MGR_CATEGORY_ALBUM, DEV_MGR_CATEGORY_GENRE, DEV_MGR_CATEGORY_COMPOSER,
           DEV_MGR_CATEGORY_TRACK}) {
-        const auto list = library->Items({}, category);
+        const auto list = library.Items({}, category);
         ASSERT_FALSE(list->empty()) << category;
         EXPECT_EQ(std::set(list->begin(), list->end()).size(), list->size()) << category;
-        const Names names = NamesOf(*library, {}, category);
+        const Names names = NamesOf(library, {}, category);
         EXPECT_TRUE(std::is_sorted(names.begin(), names.end(), [](const auto& a, const auto& b) {
             return SortKey(a) < SortKey(b);
         })) << category;
@@ -72,33 +59,34 @@ TEST_P(EveryLibraryTest, IsSortedAndLeadsToEachTrackOnce) {
     for (const Chain& chain : {Chain{DEV_MGR_CATEGORY_GENRE, DEV_MGR_CATEGORY_ARTIST, DEV_MGR_CATEGORY_ALBUM},
                                Chain{DEV_MGR_CATEGORY_ALBUM}, Chain{DEV_MGR_CATEGORY_ARTIST}}) {
         std::size_t expected = 0;
-        for (std::uint32_t track = 0; track < library->TrackCount(); ++track) {
-            expected += FieldOf(library->Track(track), chain.front()).empty() ? 0U : 1U;
+        for (std::uint32_t track = 0; track < library.TrackCount(); ++track) {
+            expected += FieldOf(library.Track(track), chain.front()).empty() ? 0U : 1U;
         }
-        EXPECT_EQ(CountTracks(*library, {}, {}, chain), expected);
+        EXPECT_EQ(CountTracks(library, {}, {}, chain), expected);
     }
     for (std::uint32_t i = 0; i < 30; ++i) {
-        if (const auto cover = library->Cover(
-                library->Items({{DEV_MGR_CATEGORY_ALBUM, i}}, DEV_MGR_CATEGORY_TRACK)->front())) {
+        if (const auto cover = library.Cover(
+                library.Items({{DEV_MGR_CATEGORY_ALBUM, i}}, DEV_MGR_CATEGORY_TRACK)->front())) {
             EXPECT_EQ(SizeOf(cover->bytes), (ImageSize{cover->width, cover->height}));
             EXPECT_LE(cover->bytes.size(), std::size_t{2} * cover->width * cover->height);
         }
     }
     // What does not exist is an empty list, and a path may be of any length.
-    EXPECT_TRUE(library->Items({{DEV_MGR_CATEGORY_ARTIST, UINT32_MAX}}, DEV_MGR_CATEGORY_ALBUM)->empty());
+    EXPECT_TRUE(library.Items({{DEV_MGR_CATEGORY_ARTIST, UINT32_MAX}}, DEV_MGR_CATEGORY_ALBUM)->empty());
     EXPECT_TRUE(
         library
-            ->Items({{DEV_MGR_CATEGORY_ARTIST, 0}, {DEV_MGR_CATEGORY_ALBUM, 99}, {DEV_MGR_CATEGORY_TRACK, 0}},
-                    DEV_MGR_CATEGORY_TRACK)
+            .Items({{DEV_MGR_CATEGORY_ARTIST, 0}, {DEV_MGR_CATEGORY_ALBUM, 99}, {DEV_MGR_CATEGORY_TRACK, 0}},
+                   DEV_MGR_CATEGORY_TRACK)
             ->empty());
     const std::vector<PathStep> path(20000, PathStep{DEV_MGR_CATEGORY_ARTIST, 0});
-    EXPECT_EQ(library->Items(path, DEV_MGR_CATEGORY_TRACK),
-              library->Items({{DEV_MGR_CATEGORY_ARTIST, 0}}, DEV_MGR_CATEGORY_TRACK));
+    EXPECT_EQ(library.Items(path, DEV_MGR_CATEGORY_TRACK),
+              library.Items({{DEV_MGR_CATEGORY_ARTIST, 0}}, DEV_MGR_CATEGORY_TRACK));
 }
 
-INSTANTIATE_TEST_SUITE_P(Makers, EveryLibraryTest,
-                         testing::Values(Maker{"BuiltIn", [] { return MakeBuiltInLibrary(); }},
-                                         Maker{"Synthetic", [] { return MakeSyntheticLibrary(1200); }}));
+TEST(LibraryTest, MadeUpOnesAreSortedAndLeadToEachTrackOnce) {
+    ExpectSortedAndLeadingToEachTrackOnce(*MakeBuiltInLibrary());
+    ExpectSortedAndLeadingToEachTrackOnce(*MakeSyntheticLibrary(1200));
+}
 
 TEST(LibraryTest, KeysIgnoreCaseAndArticleAndNamesBecomeCleanText) {
     const Names ascending{"",     "\"Quoted\"", "1 Way",     "Abba",  "the Beatles", "beta", "THE Gamma",
@@ -141,6 +129,37 @@ TEST(LibraryTest, AnAlbumIsItsTitleAndWhoseItIs) {
     EXPECT_EQ(NamesOf(*library, {{DEV_MGR_CATEGORY_ALBUM, 2}}, DEV_MGR_CATEGORY_ARTIST), (Names{"Bob"}));
     EXPECT_EQ(NamesOf(*library, {{DEV_MGR_CATEGORY_ARTIST, 3}}, DEV_MGR_CATEGORY_ALBUM),
               (Names{"Duets", "Sampler"}));
+}
+
+Bytes Padded(Bytes bytes, std::size_t size) {
+    bytes.resize(std::max(size, bytes.size()));
+    return bytes;
+}
+
+TEST(LibraryTest, ACoverFitsItsRoomAndKeepsItsAspect) {
+    struct Case {
+        Bytes picture;
+        bool passes;  ///< as it is
+        ImageSize result;
+    };
+    const Case cases[] = {
+        {MakeJpeg({1200, 900}), true, {1200, 900}},
+        {Padded(MakeJpeg({64, 64}), 8192), true, {64, 64}},
+        {Padded(MakeJpeg({64, 64}), 8193), false, {64, 64}},
+        {Padded(MakeJpeg({1100, 1100}), kMostCoverBytes), true, {1100, 1100}},
+        {Padded(MakeJpeg({1100, 1100}), kMostCoverBytes + 1), false, {640, 640}},
+        {Padded(MakeJpeg({16, 1600}), 60000), false, {6, 640}},
+        {MakePng({333, 999}), false, {213, 640}},
+        {MakePng({8, 4}), false, {32, 16}},  // too small for any JPEG to fit twice its pixels
+    };
+    for (const Case& c : cases) {
+        const auto cover = MakeCover(c.picture);
+        ASSERT_TRUE(cover) << c.result.width;
+        EXPECT_EQ(cover->bytes == c.picture, c.passes) << c.result.width;
+        EXPECT_EQ((ImageSize{cover->width, cover->height}), c.result);
+        EXPECT_EQ(SizeOf(cover->bytes), c.result);
+        EXPECT_LE(cover->bytes.size(), std::size_t{2} * cover->width * cover->height) << c.result.width;
+    }
 }
 
 }  // namespace
