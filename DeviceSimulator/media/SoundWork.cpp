@@ -64,15 +64,118 @@ class SoundFeeder {
 
   private:
     bool IsMoving() const { return m_decoder && m_command.isMoving != 0; }
-    void TakeCommands();
-    void Obey(std::string file);
-    bool OpenFifo();
-    bool HasBegun();
-    void Feed();
-    void TellNews();
-    void Report(const std::string& failure) const;
-    std::int64_t FrameNow() const;
-    std::int64_t ToFrames(std::chrono::nanoseconds time) const;
+
+    /// Each command says everything, so only the newest counts.
+    void TakeCommands() {
+        std::array<char, sizeof(SoundCommand) + kMostSoundText> message;
+        const SoundCommand before = m_command;
+        std::optional<std::string> file;
+        ssize_t size = 0;
+        while ((size = recv(m_socket, message.data(), message.size(), MSG_DONTWAIT)) >=
+               static_cast<ssize_t>(sizeof m_command)) {
+            std::memcpy(&m_command, message.data(), sizeof m_command);
+            file.emplace(message.data() + sizeof m_command,
+                         static_cast<std::size_t>(size) - sizeof m_command);
+        }
+        if (file) {
+            const bool isSameSound =
+                before.track == m_command.track && before.rate == m_command.rate && *file == m_file;
+            if (!isSameSound) {
+                m_decoder.reset();
+            }
+            Obey(std::move(*file));
+        }
+    }
+
+    /// What of the sound before is unread is thrown away.
+    void Obey(std::string file) {
+        m_file = std::move(file);
+        m_fifo.Clear();
+        if (m_file.empty() || m_command.rate == 0 || !OpenFifo()) {
+            m_decoder.reset();
+            return;
+        }
+        if (!m_decoder) {
+            m_decoder.emplace(m_file, m_command.rate);
+        }
+        m_hasBegun = false;
+        m_lag = 0;
+        m_next = ToFrames(m_command.position);
+        m_decoder->GoTo(std::max(m_next, FrameNow() - ToFrames(kMostLag)));
+    }
+
+    /// One for each rate: a stream that still runs at another one must not read this sound, and one that has
+    /// been opened anew is to find it, whichever comes first.
+    bool OpenFifo() {
+        std::error_code ignored;
+        if (std::filesystem::exists(m_folder + "/capture.pcm", ignored)) {
+            m_fifo.Close();  // the user's own is what the player sends
+            return false;
+        }
+        const std::string path = m_folder + "/capture-" + std::to_string(m_command.rate) + ".pcm";
+        const int error = m_fifo.Open(path);
+        if (error != 0 && !std::exchange(m_isWithoutFifo, true)) {
+            std::fprintf(stderr, "device simulator: no sound, for want of a FIFO at %s: %s\n", path.c_str(),
+                         std::strerror(error));
+        }
+        return error == 0;
+    }
+
+    /// From its first frame on where that is decoded soon, else wherever the clock is by then.
+    bool HasBegun() {
+        if (!m_hasBegun) {
+            const std::int64_t late = FrameNow() - m_next;
+            const bool isSoon = late < ToFrames(kMostLag);
+            m_hasBegun = !isSoon || !m_decoder->Frames(m_next, 1).empty();
+            m_lag = isSoon ? late : 0;
+        }
+        return m_hasBegun;
+    }
+
+    void Feed() {
+        const std::int64_t now = FrameNow() - m_lag;
+        const auto lead = static_cast<std::size_t>(ToFrames(kLead));
+        const auto unread = static_cast<std::int64_t>(m_fifo.Unread());
+        if (unread > ToFrames(kMostUnread)) {
+            m_fifo.Drop(static_cast<std::size_t>(unread) - lead);
+        } else if (unread < ToFrames(kLeastUnread)) {
+            m_fifo.Clear();
+            m_next = now;
+        }
+        m_next = std::max(m_next, now);
+        const std::span<const SoundFrame> frames = m_decoder->Frames(now, lead);
+        const auto written = std::min(static_cast<std::size_t>(m_next - now), frames.size());
+        const std::size_t taken = m_fifo.Write(frames.subspan(written));
+        m_next += static_cast<std::int64_t>(taken);
+        m_hasSounded = m_hasSounded || taken > 0;
+    }
+
+    /// Of the first sound of all, and of each track that cannot be decoded; once.
+    void TellNews() {
+        if (m_decoder && !m_decoder->Failure().empty()) {
+            Report(m_decoder->Failure());
+            m_decoder.reset();
+        } else if (m_hasSounded && !std::exchange(m_isToldOfSound, true)) {
+            Report({});
+        }
+    }
+
+    void Report(const std::string& failure) const {
+        const SoundReport report{m_command.track};
+        std::string message(reinterpret_cast<const char*>(&report), sizeof report);
+        message += failure.substr(0, kMostSoundText);
+        send(m_socket, message.data(), message.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    }
+
+    std::int64_t FrameNow() const {
+        const std::chrono::nanoseconds now = std::chrono::steady_clock::now().time_since_epoch();
+        const auto moved = m_command.isMoving != 0 ? std::max(now - m_command.since, 0ns) : 0ns;
+        return ToFrames(m_command.position + moved);
+    }
+
+    std::int64_t ToFrames(std::chrono::nanoseconds time) const {
+        return static_cast<std::int64_t>(std::chrono::duration<double>(time).count() * m_command.rate);
+    }
 
     const int m_socket;
     const std::string m_folder;
@@ -88,117 +191,6 @@ class SoundFeeder {
     bool m_isToldOfSound = false;
 };
 
-/// Each command says everything, so only the newest counts.
-void SoundFeeder::TakeCommands() {
-    std::array<char, sizeof(SoundCommand) + kMostSoundText> message;
-    const SoundCommand before = m_command;
-    std::optional<std::string> file;
-    ssize_t size = 0;
-    while ((size = recv(m_socket, message.data(), message.size(), MSG_DONTWAIT)) >=
-           static_cast<ssize_t>(sizeof m_command)) {
-        std::memcpy(&m_command, message.data(), sizeof m_command);
-        file.emplace(message.data() + sizeof m_command, static_cast<std::size_t>(size) - sizeof m_command);
-    }
-    if (file) {
-        const bool isSameSound =
-            before.track == m_command.track && before.rate == m_command.rate && *file == m_file;
-        if (!isSameSound) {
-            m_decoder.reset();
-        }
-        Obey(std::move(*file));
-    }
-}
-
-/// What of the sound before is unread is thrown away.
-void SoundFeeder::Obey(std::string file) {
-    m_file = std::move(file);
-    m_fifo.Clear();
-    if (m_file.empty() || m_command.rate == 0 || !OpenFifo()) {
-        m_decoder.reset();
-        return;
-    }
-    if (!m_decoder) {
-        m_decoder.emplace(m_file, m_command.rate);
-    }
-    m_hasBegun = false;
-    m_lag = 0;
-    m_next = ToFrames(m_command.position);
-    m_decoder->GoTo(std::max(m_next, FrameNow() - ToFrames(kMostLag)));
-}
-
-/// One for each rate: a stream that still runs at another one must not read this sound, and one that has been
-/// opened anew is to find it, whichever comes first.
-bool SoundFeeder::OpenFifo() {
-    std::error_code ignored;
-    if (std::filesystem::exists(m_folder + "/capture.pcm", ignored)) {
-        m_fifo.Close();  // the user's own is what the player sends
-        return false;
-    }
-    const std::string path = m_folder + "/capture-" + std::to_string(m_command.rate) + ".pcm";
-    const int error = m_fifo.Open(path);
-    if (error != 0 && !std::exchange(m_isWithoutFifo, true)) {
-        std::fprintf(stderr, "device simulator: no sound, for want of a FIFO at %s: %s\n", path.c_str(),
-                     std::strerror(error));
-    }
-    return error == 0;
-}
-
-/// From its first frame on where that is decoded soon, else wherever the clock is by then.
-bool SoundFeeder::HasBegun() {
-    if (!m_hasBegun) {
-        const std::int64_t late = FrameNow() - m_next;
-        const bool isSoon = late < ToFrames(kMostLag);
-        m_hasBegun = !isSoon || !m_decoder->Frames(m_next, 1).empty();
-        m_lag = isSoon ? late : 0;
-    }
-    return m_hasBegun;
-}
-
-void SoundFeeder::Feed() {
-    const std::int64_t now = FrameNow() - m_lag;
-    const auto lead = static_cast<std::size_t>(ToFrames(kLead));
-    const auto unread = static_cast<std::int64_t>(m_fifo.Unread());
-    if (unread > ToFrames(kMostUnread)) {
-        m_fifo.Drop(static_cast<std::size_t>(unread) - lead);
-    } else if (unread < ToFrames(kLeastUnread)) {
-        m_fifo.Clear();
-        m_next = now;
-    }
-    m_next = std::max(m_next, now);
-    const std::span<const SoundFrame> frames = m_decoder->Frames(now, lead);
-    const auto written = std::min(static_cast<std::size_t>(m_next - now), frames.size());
-    const std::size_t taken = m_fifo.Write(frames.subspan(written));
-    m_next += static_cast<std::int64_t>(taken);
-    m_hasSounded = m_hasSounded || taken > 0;
-}
-
-/// Of the first sound of all, and of each track that cannot be decoded; once.
-void SoundFeeder::TellNews() {
-    if (m_decoder && !m_decoder->Failure().empty()) {
-        Report(m_decoder->Failure());
-        m_decoder.reset();
-    } else if (m_hasSounded && !std::exchange(m_isToldOfSound, true)) {
-        Report({});
-    }
-}
-
-void SoundFeeder::Report(const std::string& failure) const {
-    const SoundReport report{m_command.track};
-    std::string message(reinterpret_cast<const char*>(&report), sizeof report);
-    message += failure.substr(0, kMostSoundText);
-    send(m_socket, message.data(), message.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
-}
-
-std::int64_t SoundFeeder::FrameNow() const {
-    const std::chrono::nanoseconds now = std::chrono::steady_clock::now().time_since_epoch();
-    const auto moved = m_command.isMoving != 0 ? std::max(now - m_command.since, 0ns) : 0ns;
-    return ToFrames(m_command.position + moved);
-}
-
-std::int64_t SoundFeeder::ToFrames(std::chrono::nanoseconds time) const {
-    return static_cast<std::int64_t>(std::chrono::duration<double>(time).count() * m_command.rate);
-}
-
 }  // namespace
 
 int FeedSound(int socket, const char* folder) {
@@ -207,6 +199,7 @@ int FeedSound(int socket, const char* folder) {
         return 1;
     }
     SoundFeeder feeder(socket, folder);
+
     for (;;) {
         feeder.Wait();
         alarm(kStuckSeconds);

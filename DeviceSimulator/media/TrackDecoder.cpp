@@ -66,42 +66,31 @@ void TrackDecoder::HandleMessages() {
 void TrackDecoder::Handle(GstMessage* message) {
     switch (GST_MESSAGE_TYPE(message)) {
         case GST_MESSAGE_ASYNC_DONE:
-            HandlePreroll();
-            break;
-        case GST_MESSAGE_ERROR:
-            HandleError(message);
-            break;
-        case GST_MESSAGE_EOS:
-            if (!m_hasSound && !Pull()) {
-                Fail("there is no sound in it");
+            m_isReady = true;
+            m_hasSound = m_hasSound || Take("try-pull-preroll");
+            if (m_seekLater) {
+                Seek(*std::exchange(m_seekLater, std::nullopt));
             }
+            break;
+        case GST_MESSAGE_ERROR: {
+            GError* error = nullptr;
+            gst_message_parse_error(message, &error, nullptr);
+            m_isBroken = true;
+            FailIfSilent(Owned<GError>(error)->message);
+            break;
+        }
+        case GST_MESSAGE_EOS:
+            FailIfSilent("there is no sound in it");
             break;
         default:
             break;
     }
 }
 
-void TrackDecoder::HandlePreroll() {
-    m_isReady = true;
-    GstSample* preroll = nullptr;
-    g_signal_emit_by_name(m_sink, "try-pull-preroll", GstClockTime{0}, &preroll);
-    m_hasSound = m_hasSound || preroll != nullptr;
-    if (preroll != nullptr) {
-        gst_sample_unref(preroll);
-    }
-    if (m_seekLater) {
-        Seek(*std::exchange(m_seekLater, std::nullopt));
-    }
-}
-
 /// What has been decoded before a damaged place is played.
-void TrackDecoder::HandleError(GstMessage* message) {
-    GError* parsed = nullptr;
-    gst_message_parse_error(message, &parsed, nullptr);
-    const Owned<GError> error(parsed);
-    m_isBroken = true;
+void TrackDecoder::FailIfSilent(std::string reason) {
     if (!m_hasSound && !Pull()) {
-        Fail(error->message);
+        Fail(std::move(reason));
     }
 }
 
@@ -160,33 +149,31 @@ std::span<const SoundFrame> TrackDecoder::Frames(std::int64_t from, std::size_t 
 }
 
 bool TrackDecoder::Pull() {
-    GstSample* pulled = nullptr;
-    g_signal_emit_by_name(m_sink, "try-pull-sample", GstClockTime{0}, &pulled);
-    const Owned<GstSample> sample(pulled);
-    if (sample) {
-        m_hasSound = true;
-        Append(sample.get());
+    const auto sample = Take("try-pull-sample");
+    if (!sample) {
+        return false;
     }
-    return sample != nullptr;
-}
-
-void TrackDecoder::Append(GstSample* sample) {
+    m_hasSound = true;
+    GstBuffer* const buffer = gst_sample_get_buffer(sample.get());
     if (!m_first) {
-        m_first = FirstFrame(sample);
+        const guint64 time = gst_segment_to_stream_time(gst_sample_get_segment(sample.get()), GST_FORMAT_TIME,
+                                                        GST_BUFFER_PTS(buffer));
+        m_first = time == GST_CLOCK_TIME_NONE
+                      ? 0
+                      : static_cast<std::int64_t>(gst_util_uint64_scale_round(time, m_rate, GST_SECOND));
     }
-    GstBuffer* const buffer = gst_sample_get_buffer(sample);
     const std::size_t old = m_frames.size();
-    const std::size_t bytes = gst_buffer_get_size(buffer);
-    m_frames.resize(old + bytes / sizeof(SoundFrame));
-    gst_buffer_extract(buffer, 0, m_frames.data() + old, bytes / sizeof(SoundFrame) * sizeof(SoundFrame));
+    const std::size_t count = gst_buffer_get_size(buffer) / sizeof(SoundFrame);
+    m_frames.resize(old + count);
+    gst_buffer_extract(buffer, 0, m_frames.data() + old, count * sizeof(SoundFrame));
+    return true;
 }
 
-std::int64_t TrackDecoder::FirstFrame(GstSample* sample) const {
-    const guint64 time = gst_segment_to_stream_time(gst_sample_get_segment(sample), GST_FORMAT_TIME,
-                                                    GST_BUFFER_PTS(gst_sample_get_buffer(sample)));
-    return time == GST_CLOCK_TIME_NONE
-               ? 0
-               : static_cast<std::int64_t>(gst_util_uint64_scale_round(time, m_rate, GST_SECOND));
+/// What the sink has at this moment, by a signal of its; null for nothing.
+Owned<GstSample> TrackDecoder::Take(const char* signal) const {
+    GstSample* sample = nullptr;
+    g_signal_emit_by_name(m_sink, signal, GstClockTime{0}, &sample);
+    return Owned<GstSample>(sample);
 }
 
 }  // namespace DeviceSimulator

@@ -40,14 +40,12 @@ class TrackDecoder {
 
     void Build();
     void Handle(GstMessage* message);
-    void HandlePreroll();
-    void HandleError(GstMessage* message);
     void Fail(std::string reason);
+    void FailIfSilent(std::string reason);
     void ExpectFrom(std::int64_t frame);
     void Seek(std::int64_t frame);
     bool Pull();
-    void Append(GstSample* sample);
-    std::int64_t FirstFrame(GstSample* sample) const;
+    Owned<GstSample> Take(const char* signal) const;
 
     const std::string m_file;
     const std::uint32_t m_rate;

@@ -49,16 +49,19 @@ std::uint32_t CoverFolder::Number(const CoverKey& cover) {
 }
 
 void CoverFolder::Keep(const CoverKey& cover, std::string_view bytes) {
-    constexpr int kMode = 0644;
     if (IsThere(cover.digest)) {
         return;
     }
-    const bool isKept = m_isWritable && g_file_set_contents_full(
-                                            FileOf(cover.digest).c_str(), bytes.data(), std::ssize(bytes),
-                                            G_FILE_SET_CONTENTS_CONSISTENT, kMode, nullptr) != FALSE;
-    if (!isKept) {
-        m_inMemory.try_emplace(cover.digest, bytes);
+    const fs::path fresh = m_folder / (cover.digest + ".new");
+    std::error_code error;
+    if (m_isWritable &&
+        std::ofstream(fresh, std::ios::binary).write(bytes.data(), std::ssize(bytes)).flush()) {
+        fs::rename(fresh, FileOf(cover.digest), error);
+        if (!error) {
+            return;
+        }
     }
+    m_inMemory.try_emplace(cover.digest, bytes);
 }
 
 std::shared_ptr<const Picture> CoverFolder::Read(std::uint32_t number) const {
@@ -83,10 +86,9 @@ void CoverFolder::RemoveOthers(const std::unordered_set<std::string>& digests) c
     std::error_code error;
     for (fs::directory_iterator entry(m_folder, error), end; !error && entry != end; entry.increment(error)) {
         const std::string name = entry->path().filename().native();
-        const bool isOurs = name.find_first_not_of("0123456789abcdef") == kDigestLength &&
-                            name.compare(kDigestLength, 4, kExtension) == 0;
-        if (isOurs &&
-            !(name.size() == kDigestLength + 4 && digests.contains(name.substr(0, kDigestLength)))) {
+        const bool isOurs =
+            name.size() == kDigestLength + 4 && name.find_first_not_of("0123456789abcdef") == kDigestLength;
+        if (isOurs && !(name.ends_with(kExtension) && digests.contains(name.substr(0, kDigestLength)))) {
             std::error_code ignored;
             fs::remove(entry->path(), ignored);
         }

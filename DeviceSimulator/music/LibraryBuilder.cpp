@@ -73,7 +73,7 @@ std::uint32_t LibraryBuilder::GroupNumber(GroupKind kind, std::string_view name,
     const auto number = static_cast<std::uint32_t>(groups.rows.size());
     const std::string_view kept = m_tables.texts.Keep(key);
     groups.numbers.emplace(kept, number);
-    groups.rows.push_back({kept.substr(0, name.size()), kept.substr(name.size() + 1)});
+    groups.rows.push_back({kept.substr(0, name.size()), kept.substr(name.size() + 1), kNoCover, {}});
     return number;
 }
 
@@ -115,7 +115,7 @@ void LibraryBuilder::NumberGroups(GroupKind kind) {
         }
     }
     for (const std::uint32_t group : order) {
-        m_tables.groups[kind].rows.push_back(rows[group]);
+        m_tables.groups[kind].push_back(rows[group]);
     }
 }
 
@@ -151,21 +151,11 @@ std::vector<std::uint32_t> LibraryBuilder::AlbumOrder() const {
     return order;
 }
 
-/// Fills the tracks of each group of `kind`, in the order of `order` (final numbers).
-void LibraryBuilder::ListTracks(GroupKind kind, const std::vector<std::uint32_t>& order) {
-    GroupTable& table = m_tables.groups[kind];
-    table.starts.assign(table.rows.size() + 1, 0);
-    for (const TrackRow& row : m_tables.tracks) {
-        if (row.groups[kind] != kNone) {
-            ++table.starts[row.groups[kind] + 1];
-        }
-    }
-    std::partial_sum(table.starts.begin(), table.starts.end(), table.starts.begin());
-    table.tracks.resize(table.starts.back());
-    auto next = table.starts;
-    for (const std::uint32_t track : order) {
+/// Adds the track of that final number to its groups of `kinds`.
+void LibraryBuilder::ListTrack(std::uint32_t track, std::initializer_list<GroupKind> kinds) {
+    for (const GroupKind kind : kinds) {
         if (const std::uint32_t group = m_tables.tracks[track].groups[kind]; group != kNone) {
-            table.tracks[next[group]++] = track;
+            m_tables.groups[kind][group].tracks.push_back(track);
         }
     }
 }
@@ -176,15 +166,12 @@ std::unique_ptr<Library> LibraryBuilder::Build(std::shared_ptr<const CoverFolder
     }
     m_tables.coverFolder = std::move(folder);
     const auto numbers = NumberTracks();
-    auto byAlbum = AlbumOrder();
-    std::transform(byAlbum.begin(), byAlbum.end(), byAlbum.begin(),
-                   [&numbers](std::uint32_t track) { return numbers[track]; });
-    std::vector<std::uint32_t> byTitle(m_tracks.size());
-    std::iota(byTitle.begin(), byTitle.end(), 0U);
-    ListTracks(kArtists, byAlbum);
-    ListTracks(kAlbums, byAlbum);
-    ListTracks(kGenres, byTitle);
-    ListTracks(kComposers, byTitle);
+    for (const std::uint32_t track : AlbumOrder()) {
+        ListTrack(numbers[track], {kArtists, kAlbums});
+    }
+    for (std::uint32_t track = 0; track < m_tables.tracks.size(); ++track) {
+        ListTrack(track, {kGenres, kComposers});
+    }
     return MakeTableLibrary(std::move(m_tables));
 }
 

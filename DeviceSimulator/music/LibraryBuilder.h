@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <string_view>
 #include <unordered_map>
@@ -48,7 +49,7 @@ class LibraryBuilder {
     void NumberGroups(GroupKind kind);
     std::vector<std::uint32_t> NumberTracks();
     std::vector<std::uint32_t> AlbumOrder() const;
-    void ListTracks(GroupKind kind, const std::vector<std::uint32_t>& order);
+    void ListTrack(std::uint32_t track, std::initializer_list<GroupKind> kinds);
 
     const Sorting m_sorting;
     LibraryTables m_tables;

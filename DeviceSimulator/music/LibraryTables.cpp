@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <mutex>
 #include <numeric>
+#include <span>
 #include <utility>
 
 #include "DeviceSimulator/music/CoverDrawing.h"
@@ -94,152 +95,140 @@ class TableLibrary final : public Library {
     explicit TableLibrary(LibraryTables tables) : m_tables(std::move(tables)) {}
 
     std::size_t TrackCount() const override { return m_tables.tracks.size(); }
-    TrackInfo Track(std::uint32_t track) const override;
+
+    TrackInfo Track(std::uint32_t track) const override {
+        if (track >= m_tables.tracks.size()) {
+            return {};
+        }
+        const TrackRow& row = m_tables.tracks[track];
+        const auto group = [&](GroupKind kind) { return GroupName(kind, row.groups[kind]); };
+        return {row.title,         group(kArtists), group(kAlbums), group(kGenres),
+                group(kComposers), row.durationMs,  row.sampleRate, row.file};
+    }
+
     std::shared_ptr<const ItemList> Items(const std::vector<PathStep>& path,
-                                          std::uint32_t category) const override;
-    std::string_view ItemName(std::uint32_t category, std::uint32_t entry) const override;
-    std::shared_ptr<const Picture> Cover(std::uint32_t track) const override;
+                                          std::uint32_t category) const override {
+        Scope scope = kEverything;
+        for (const PathStep& step : path) {
+            const std::size_t kind = KindOf(step.category);
+            const auto list = List(scope, kind);
+            if (step.position >= list->size()) {
+                return std::make_shared<const ItemList>();
+            }
+            scope[kind] = (*list)[step.position];
+        }
+        return List(scope, KindOf(category));
+    }
+
+    std::string_view ItemName(std::uint32_t category, std::uint32_t entry) const override {
+        const std::size_t kind = KindOf(category);
+        if (kind < kGroupKinds) {
+            return GroupName(kind, entry);
+        }
+        if (kind == kTracks && entry < m_tables.tracks.size()) {
+            return m_tables.tracks[entry].title;
+        }
+        if (kind == kPlaylists && entry < m_tables.playlists.size()) {
+            return m_tables.playlists[entry].name;
+        }
+        return {};
+    }
+
+    std::shared_ptr<const Picture> Cover(std::uint32_t track) const override {
+        if (track >= m_tables.tracks.size()) {
+            return nullptr;
+        }
+        const std::uint32_t number = m_tables.tracks[track].groups[kAlbums];
+        const GroupRow& album = m_tables.groups[kAlbums][number];
+        if (m_tables.coverFolder == nullptr) {
+            return m_covers.Get(number, [&] { return DrawCover(number, album.name, album.owner); });
+        }
+        return album.cover == kNoCover
+                   ? nullptr
+                   : m_covers.Get(album.cover, [&] { return m_tables.coverFolder->Read(album.cover); });
+    }
 
   private:
-    std::shared_ptr<const ItemList> List(const Scope& scope, std::size_t kind) const;
-    ItemList MakeList(const Scope& scope, std::size_t kind) const;
-    ItemList Tracks(const Scope& scope) const;
-    ItemList Groups(const Scope& scope, std::size_t kind) const;
-    ItemList Playlists(const Scope& scope) const;
-    std::string_view GroupName(std::size_t kind, std::uint32_t group) const;
+    std::shared_ptr<const ItemList> List(const Scope& scope, std::size_t kind) const {
+        return m_lists.Get({scope, kind},
+                           [&] { return std::make_shared<const ItemList>(MakeList(scope, kind)); });
+    }
+
+    ItemList MakeList(const Scope& scope, std::size_t kind) const {
+        if (kind < kGroupKinds) {
+            return Groups(scope, kind);
+        }
+        if (kind == kTracks) {
+            return Tracks(scope);
+        }
+        return kind == kPlaylists ? Playlists(scope) : ItemList{};
+    }
+
+    ItemList Tracks(const Scope& scope) const {
+        if (scope == kEverything) {
+            return AllBelow(m_tables.tracks.size());
+        }
+        // Of what was chosen, the first of these gives its order to the list, the others only thin it out.
+        std::span<const std::uint32_t> candidates;
+        if (scope[kPlaylists] != kNone) {
+            candidates = m_tables.playlists[scope[kPlaylists]].tracks;
+        } else if (scope[kTracks] != kNone) {
+            candidates = std::span(&scope[kTracks], 1);
+        } else {
+            for (const GroupKind kind : {kAlbums, kArtists, kComposers, kGenres}) {
+                if (scope[kind] != kNone) {
+                    candidates = m_tables.groups[kind][scope[kind]].tracks;
+                    break;
+                }
+            }
+        }
+        ItemList tracks;
+        std::copy_if(candidates.begin(), candidates.end(), std::back_inserter(tracks),
+                     [&](std::uint32_t track) { return Matches(scope, track, m_tables.tracks[track]); });
+        return tracks;
+    }
+
+    ItemList Groups(const Scope& scope, std::size_t kind) const {
+        if (scope == kEverything) {
+            return AllBelow(m_tables.groups[kind].size());
+        }
+        ItemList groups;
+        for (const std::uint32_t track : *List(scope, kTracks)) {
+            if (const std::uint32_t group = m_tables.tracks[track].groups[kind]; group != kNone) {
+                groups.push_back(group);
+            }
+        }
+        std::sort(groups.begin(), groups.end());
+        groups.erase(std::unique(groups.begin(), groups.end()), groups.end());
+        return groups;
+    }
+
+    /// The playlists that hold at least one of the tracks.
+    ItemList Playlists(const Scope& scope) const {
+        ItemList playlists = AllBelow(m_tables.playlists.size());
+        if (scope == kEverything) {
+            return playlists;
+        }
+        std::erase_if(playlists, [&](std::uint32_t playlist) {
+            const ItemList& tracks = m_tables.playlists[playlist].tracks;
+            return (scope[kPlaylists] != kNone && scope[kPlaylists] != playlist) ||
+                   std::none_of(tracks.begin(), tracks.end(), [&](std::uint32_t track) {
+                       return Matches(scope, track, m_tables.tracks[track]);
+                   });
+        });
+        return playlists;
+    }
+
+    std::string_view GroupName(std::size_t kind, std::uint32_t group) const {
+        const auto& rows = m_tables.groups[kind];
+        return group < rows.size() ? rows[group].name : std::string_view{};
+    }
 
     const LibraryTables m_tables;
     mutable LatestAnswers<std::pair<Scope, std::size_t>, std::shared_ptr<const ItemList>> m_lists{kKeptLists};
     /// By the folder's number, or by album where they are drawn.
     mutable LatestAnswers<std::uint32_t, std::shared_ptr<const Picture>> m_covers{kKeptCovers};
 };
-
-TrackInfo TableLibrary::Track(std::uint32_t track) const {
-    if (track >= m_tables.tracks.size()) {
-        return {};
-    }
-    const TrackRow& row = m_tables.tracks[track];
-    const auto group = [&](GroupKind kind) { return GroupName(kind, row.groups[kind]); };
-    return {row.title,         group(kArtists), group(kAlbums), group(kGenres),
-            group(kComposers), row.durationMs,  row.sampleRate, row.file};
-}
-
-std::shared_ptr<const ItemList> TableLibrary::Items(const std::vector<PathStep>& path,
-                                                    std::uint32_t category) const {
-    Scope scope = kEverything;
-    for (const PathStep& step : path) {
-        const std::size_t kind = KindOf(step.category);
-        const auto list = List(scope, kind);
-        if (step.position >= list->size()) {
-            return std::make_shared<const ItemList>();
-        }
-        scope[kind] = (*list)[step.position];
-    }
-    return List(scope, KindOf(category));
-}
-
-std::string_view TableLibrary::ItemName(std::uint32_t category, std::uint32_t entry) const {
-    const std::size_t kind = KindOf(category);
-    if (kind < kGroupKinds) {
-        return GroupName(kind, entry);
-    }
-    if (kind == kTracks && entry < m_tables.tracks.size()) {
-        return m_tables.tracks[entry].title;
-    }
-    if (kind == kPlaylists && entry < m_tables.playlists.size()) {
-        return m_tables.playlists[entry].name;
-    }
-    return {};
-}
-
-std::shared_ptr<const Picture> TableLibrary::Cover(std::uint32_t track) const {
-    if (track >= m_tables.tracks.size()) {
-        return nullptr;
-    }
-    const std::uint32_t number = m_tables.tracks[track].groups[kAlbums];
-    const GroupRow& album = m_tables.groups[kAlbums].rows[number];
-    if (m_tables.coverFolder == nullptr) {
-        return m_covers.Get(number, [&] { return DrawCover(number, album.name, album.owner); });
-    }
-    return album.cover == kNoCover
-               ? nullptr
-               : m_covers.Get(album.cover, [&] { return m_tables.coverFolder->Read(album.cover); });
-}
-
-std::shared_ptr<const ItemList> TableLibrary::List(const Scope& scope, std::size_t kind) const {
-    return m_lists.Get({scope, kind},
-                       [&] { return std::make_shared<const ItemList>(MakeList(scope, kind)); });
-}
-
-ItemList TableLibrary::MakeList(const Scope& scope, std::size_t kind) const {
-    if (kind < kGroupKinds) {
-        return Groups(scope, kind);
-    }
-    if (kind == kTracks) {
-        return Tracks(scope);
-    }
-    return kind == kPlaylists ? Playlists(scope) : ItemList{};
-}
-
-ItemList TableLibrary::Tracks(const Scope& scope) const {
-    if (scope == kEverything) {
-        return AllBelow(m_tables.tracks.size());
-    }
-    // Of what was chosen, the first of these gives its order to the list, the others only thin it out.
-    std::span<const std::uint32_t> candidates;
-    if (scope[kPlaylists] != kNone) {
-        candidates = m_tables.playlists[scope[kPlaylists]].tracks;
-    } else if (scope[kTracks] != kNone) {
-        candidates = std::span(&scope[kTracks], 1);
-    } else {
-        for (const GroupKind kind : {kAlbums, kArtists, kComposers, kGenres}) {
-            if (scope[kind] != kNone) {
-                candidates = m_tables.groups[kind].TracksOf(scope[kind]);
-                break;
-            }
-        }
-    }
-    ItemList tracks;
-    std::copy_if(candidates.begin(), candidates.end(), std::back_inserter(tracks),
-                 [&](std::uint32_t track) { return Matches(scope, track, m_tables.tracks[track]); });
-    return tracks;
-}
-
-ItemList TableLibrary::Groups(const Scope& scope, std::size_t kind) const {
-    if (scope == kEverything) {
-        return AllBelow(m_tables.groups[kind].rows.size());
-    }
-    ItemList groups;
-    for (const std::uint32_t track : *List(scope, kTracks)) {
-        if (const std::uint32_t group = m_tables.tracks[track].groups[kind]; group != kNone) {
-            groups.push_back(group);
-        }
-    }
-    std::sort(groups.begin(), groups.end());
-    groups.erase(std::unique(groups.begin(), groups.end()), groups.end());
-    return groups;
-}
-
-/// The playlists that hold at least one of the tracks.
-ItemList TableLibrary::Playlists(const Scope& scope) const {
-    ItemList playlists = AllBelow(m_tables.playlists.size());
-    if (scope == kEverything) {
-        return playlists;
-    }
-    std::erase_if(playlists, [&](std::uint32_t playlist) {
-        const ItemList& tracks = m_tables.playlists[playlist].tracks;
-        return (scope[kPlaylists] != kNone && scope[kPlaylists] != playlist) ||
-               std::none_of(tracks.begin(), tracks.end(), [&](std::uint32_t track) {
-                   return Matches(scope, track, m_tables.tracks[track]);
-               });
-    });
-    return playlists;
-}
-
-std::string_view TableLibrary::GroupName(std::size_t kind, std::uint32_t group) const {
-    const auto& rows = m_tables.groups[kind].rows;
-    return group < rows.size() ? rows[group].name : std::string_view{};
-}
 
 }  // namespace
 

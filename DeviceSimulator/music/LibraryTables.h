@@ -4,7 +4,6 @@
 #include <array>
 #include <cstdint>
 #include <memory>
-#include <span>
 #include <string_view>
 #include <vector>
 
@@ -34,17 +33,7 @@ struct GroupRow {
     std::string_view name;
     std::string_view owner;          ///< an album's artist
     std::uint32_t cover = kNoCover;  ///< an album's, by the folder's numbers
-};
-
-struct GroupTable {
-    std::vector<GroupRow> rows;
-    std::vector<std::uint32_t> starts;  ///< of each group in `tracks`; one more for the end
-    /// Group after group: an artist's and an album's tracks by album, disc and track number, others by title.
-    std::vector<std::uint32_t> tracks;
-
-    std::span<const std::uint32_t> TracksOf(std::uint32_t group) const {
-        return std::span(tracks).subspan(starts[group], starts[group + 1] - starts[group]);
-    }
+    ItemList tracks;  ///< an artist's and an album's by album, disc and track number, others' by title
 };
 
 struct PlaylistRow {
@@ -55,7 +44,7 @@ struct PlaylistRow {
 struct LibraryTables {
     TextPool texts;
     std::vector<TrackRow> tracks;
-    std::array<GroupTable, kGroupKinds> groups;
+    std::array<std::vector<GroupRow>, kGroupKinds> groups;
     std::vector<PlaylistRow> playlists;
     std::shared_ptr<const CoverFolder> coverFolder;  ///< null: covers are drawn
 };

@@ -7,7 +7,6 @@
 #include <unordered_map>
 #include <utility>
 
-#include "DeviceSimulator/music/CoverFolder.h"
 #include "DeviceSimulator/music/LibraryBuilder.h"
 #include "DeviceSimulator/music/MusicFolderFiles.h"
 #include "DeviceSimulator/music/MusicIndex.h"
@@ -43,13 +42,13 @@ bool IsSound(const std::string& picture, const CoverKey& cover) {
 
 class Scan {
   public:
-    /// `index` may be null.
-    Scan(std::unique_ptr<MusicIndex> index, const fs::path& cache, const ScanOptions& options)
-        : m_index(std::move(index)),
-          m_covers(std::make_shared<CoverFolder>(m_index ? cache / "covers" : fs::path(),
-                                                 m_index && m_index->IsWritable())),
-          m_options(options),
-          m_builder(options.sorting) {}
+    Scan(const fs::path& cache, const ScanOptions& options)
+        : m_index(cache), m_options(options), m_builder(options.sorting) {
+        if (!m_index.Problem().empty()) {
+            std::cerr << "device simulator: what is read of the music is not kept in " + PathText(cache) +
+                             ": " + m_index.Problem() + '\n';
+        }
+    }
 
     std::unique_ptr<Library> Run(const fs::path& folder) {
         const MusicFolderFiles files = FindMusicFiles(folder);
@@ -59,7 +58,7 @@ class Scan {
         std::for_each(files.playlists.begin(), files.playlists.end(),
                       [this](const fs::path& path) { AddPlaylist(path); });
         // What could not be looked at, such as a disk that is not mounted, may come back.
-        if (m_index && !m_index->Close(files.isComplete ? folder.native() : "", *m_covers)) {
+        if (!m_index.Close(files.isComplete ? folder.native() : "")) {
             m_lines.emplace_back("not all of what was read of the music can be kept");
         }
         if (m_builder.TrackCount() == 0 && files.isComplete) {
@@ -68,24 +67,15 @@ class Scan {
         for (const std::string& line : m_lines) {
             std::cerr << "device simulator: " + line + '\n';
         }
-        return m_builder.Build(m_covers);
+        return m_builder.Build(m_index.Covers());
     }
 
   private:
-    /// What is known of it.
-    std::optional<MusicRecord> Find(const FoundFile& file) {
-        auto record = m_index ? m_index->Find(file) : std::nullopt;
-        // Somebody may have removed the cover.
-        const bool isWhole =
-            record && (record->cover.IsNone() || m_covers->Number(record->cover) != kNoCover);
-        return isWhole ? std::move(record) : std::nullopt;
-    }
-
     void ReadNew(const std::vector<FoundFile>& files) {
         std::vector<std::string> paths;
         std::vector<std::size_t> numbers;
         for (std::size_t i = 0; i < files.size(); ++i) {
-            if (!Find(files[i])) {
+            if (!m_index.Find(files[i])) {
                 paths.push_back(files[i].path);
                 numbers.push_back(i);
             }
@@ -114,7 +104,7 @@ class Scan {
     /// Those that are known.
     void FileUpTo(const std::vector<FoundFile>& files, std::size_t end) {
         for (; m_filed < end; ++m_filed) {
-            if (auto record = Find(files[m_filed])) {
+            if (auto record = m_index.Find(files[m_filed])) {
                 File(files[m_filed].path, std::move(*record));
             }
             if (m_filed % kFilesATick == 0) {
@@ -135,9 +125,7 @@ class Scan {
             record.tags = std::move(read.file.tags);
             record.cover = Keep(read.file);
         }
-        if (m_index) {
-            m_index->Put(found, record);
-        }
+        m_index.Put(found, record);
         File(found.path, std::move(record));
     }
 
@@ -146,9 +134,9 @@ class Scan {
             return {};
         }
         if (IsSound(file.picture, file.cover)) {
-            m_covers->Keep(file.cover, file.picture);
+            m_index.Covers()->Keep(file.cover, file.picture);
         }
-        return m_covers->Number(file.cover) != kNoCover ? file.cover : CoverKey();
+        return m_index.Covers()->Number(file.cover) != kNoCover ? file.cover : CoverKey();
     }
 
     void File(const std::string& path, MusicRecord record) {
@@ -162,7 +150,7 @@ class Scan {
         if (record.tags.title.empty()) {
             record.tags.title = CleanName(fs::path(path).stem().native());
         }
-        m_tracks.emplace(path, m_builder.Add(record.tags, path, m_covers->Number(record.cover)));
+        m_tracks.emplace(path, m_builder.Add(record.tags, path, m_index.Covers()->Number(record.cover)));
     }
 
     void AddPlaylist(const fs::path& path) {
@@ -184,28 +172,13 @@ class Scan {
 
     static constexpr std::size_t kFilesATick = 256;
 
-    const std::unique_ptr<MusicIndex> m_index;
-    const std::shared_ptr<CoverFolder> m_covers;
+    MusicIndex m_index;
     const ScanOptions& m_options;
     LibraryBuilder m_builder;
     std::size_t m_filed = 0;                                  // so many, from the first on
     std::unordered_map<std::string, std::uint32_t> m_tracks;  // by path
     std::vector<std::string> m_lines;
 };
-
-/// Null for none.
-std::unique_ptr<MusicIndex> OpenIndex(const fs::path& folder) {
-    if (folder.empty()) {
-        return nullptr;
-    }
-    std::string error;
-    auto index = MusicIndex::Open(folder, error);
-    if (!index || !index->IsWritable()) {
-        std::cerr << "device simulator: what is read of the music is not kept in " + PathText(folder) + ": " +
-                         (index ? "another process writes there" : error) + '\n';
-    }
-    return index;
-}
 
 }  // namespace
 
@@ -216,7 +189,7 @@ std::unique_ptr<Library> ScanMusicFolder(const fs::path& folder, const fs::path&
     if (!root.has_filename() && root.has_relative_path()) {
         root = root.parent_path();
     }
-    return Scan(OpenIndex(cache), cache, options).Run(root);
+    return Scan(cache, options).Run(root);
 }
 
 }  // namespace DeviceSimulator

@@ -90,26 +90,36 @@ bool IsBelow(std::string_view path, const std::string& folder) {
 
 }  // namespace
 
-std::unique_ptr<MusicIndex> MusicIndex::Open(const fs::path& folder, std::string& error) {
-    std::error_code code;
-    fs::create_directories(folder, code);
-    std::unique_ptr<MusicIndex> index(new MusicIndex(folder / "music.index"));
-    errno = 0;
-    const bool isWritable = index->OpenForWriting();
-    const int failure = errno;
-    const std::size_t good = index->Load();
-    if (isWritable && good < index->m_text.size()) {
+MusicIndex::MusicIndex(const fs::path& folder) : m_path(folder / "music.index") {
+    bool isThere = false;
+    if (!folder.empty()) {
+        std::error_code error;
+        fs::create_directories(folder, error);
+        errno = 0;
+        const bool isWritable = OpenForWriting();
+        const int failure = errno;
+        const std::size_t good = Load();
+        isThere = isWritable || good > 0 || failure == EWOULDBLOCK;
+        if (isWritable) {
+            StartOver(good);
+        } else {
+            m_problem = isThere
+                            ? "another process writes there"
+                            : (error ? error : std::error_code(failure, std::generic_category())).message();
+        }
+    }
+    m_covers = std::make_shared<CoverFolder>(isThere ? folder / "covers" : fs::path(), m_file.IsOpen());
+}
+
+/// Behind what is good of it.
+void MusicIndex::StartOver(std::size_t good) {
+    if (good < m_text.size()) {
         // Nobody else writes: it has been cut short or damaged, or is of another version.
-        index->m_hasFailed = ftruncate(index->m_file.Get(), static_cast<off_t>(good)) != 0;
+        m_hasFailed = ftruncate(m_file.Get(), static_cast<off_t>(good)) != 0;
     }
-    if (isWritable && good == 0) {
-        index->Append(kHead);
+    if (good == 0) {
+        Append(kHead);
     }
-    if (!isWritable && good == 0 && failure != EWOULDBLOCK) {
-        error = code ? code.message() : std::generic_category().message(failure);
-        return nullptr;
-    }
-    return index;
 }
 
 bool MusicIndex::OpenForWriting() {
@@ -149,7 +159,9 @@ std::optional<MusicRecord> MusicIndex::Find(const FoundFile& file) {
         return std::nullopt;
     }
     known->second.isWanted = true;
-    return RecordOf(known->second.rest, file.stamp);
+    auto record = RecordOf(known->second.rest, file.stamp);
+    const bool isWhole = record && (record->cover.IsNone() || m_covers->Number(record->cover) != kNoCover);
+    return isWhole ? std::move(record) : std::nullopt;
 }
 
 void MusicIndex::Put(const FoundFile& file, const MusicRecord& record) {
@@ -160,20 +172,20 @@ void MusicIndex::Put(const FoundFile& file, const MusicRecord& record) {
 }
 
 void MusicIndex::Append(std::string_view bytes) {
-    if (IsWritable() && !m_hasFailed) {
+    if (m_file.IsOpen() && !m_hasFailed) {
         m_isChanged = true;
         m_hasFailed = write(m_file.Get(), bytes.data(), bytes.size()) != std::ssize(bytes);
     }
 }
 
-bool MusicIndex::Close(const std::string& folder, const CoverFolder& covers) {
+bool MusicIndex::Close(const std::string& folder) {
     for (const auto& [path, known] : m_known) {
         if (!folder.empty() && !known.isWanted && IsBelow(path, folder)) {
             Append(Packed(path, {}));
         }
     }
     if (m_isChanged && !m_hasFailed) {
-        Tidy(covers);
+        Tidy();
     }
     m_known = {};
     m_text = {};
@@ -182,7 +194,7 @@ bool MusicIndex::Close(const std::string& folder, const CoverFolder& covers) {
     return !m_hasFailed;
 }
 
-void MusicIndex::Tidy(const CoverFolder& covers) {
+void MusicIndex::Tidy() {
     Load();
     if (m_records > m_known.size() + m_known.size() / 4) {
         Rewrite();
@@ -193,7 +205,7 @@ void MusicIndex::Tidy(const CoverFolder& covers) {
             digests.insert(std::move(record->cover.digest));
         }
     }
-    covers.RemoveOthers(digests);
+    m_covers->RemoveOthers(digests);
 }
 
 /// Without what has been written over. Whoever reads the old file at this moment reads on in that.

@@ -30,19 +30,21 @@ struct MusicRecord {
 class MusicIndex {
   public:
     /// The index in `folder`, which is made where it is missing; what is damaged of it, or of another
-    /// version, is started over. Null, with the reason in `error`, when there can be none.
-    static std::unique_ptr<MusicIndex> Open(const std::filesystem::path& folder, std::string& error);
+    /// version, is started over. An empty folder is for none.
+    explicit MusicIndex(const std::filesystem::path& folder);
 
-    /// False: another process writes to it, or it may not be written to.
-    bool IsWritable() const { return m_file.IsOpen(); }
+    /// Why nothing is written to it, or it cannot be had at all; empty: nothing is wrong.
+    const std::string& Problem() const { return m_problem; }
 
-    /// What is known of a file as it is.
+    /// What is known of a file as it is, unless its cover has gone.
     std::optional<MusicRecord> Find(const FoundFile& file);
     void Put(const FoundFile& file, const MusicRecord& record);
+    /// Those of its records, and others that are kept with them; never null.
+    const std::shared_ptr<CoverFolder>& Covers() const { return m_covers; }
     /// Forgets what has been written over, the covers that no file has any more and, where `folder` is not
     /// empty, the files below it that nobody has asked for; from then on nothing is found, and another
     /// process may write. False when not everything could be written.
-    bool Close(const std::string& folder, const CoverFolder& covers);
+    bool Close(const std::string& folder);
 
   private:
     struct Known {
@@ -50,15 +52,16 @@ class MusicIndex {
         bool isWanted = false;
     };
 
-    explicit MusicIndex(std::filesystem::path file) : m_path(std::move(file)) {}
-
-    std::size_t Load();
     bool OpenForWriting();
+    void StartOver(std::size_t good);
+    std::size_t Load();
     void Append(std::string_view bytes);
-    void Tidy(const CoverFolder& covers);
+    void Tidy();
     void Rewrite();
 
     const std::filesystem::path m_path;
+    std::string m_problem;
+    std::shared_ptr<CoverFolder> m_covers;
     Descriptor m_lock;
     Descriptor m_file;                                    // to be written to
     std::string m_text;                                   // all of the file
