@@ -12,7 +12,6 @@
 namespace DeviceSimulator {
 namespace {
 
-constexpr const char* kFolderVariable = "DEVICE_SIMULATOR_AUDIO";
 constexpr long kDefaultRate = 44100;
 constexpr long kLowestRate = 8000;
 constexpr long kHighestRate = 192000;
@@ -36,15 +35,15 @@ struct WavHeader {
 };
 static_assert(sizeof(WavHeader) == 44 && std::endian::native == std::endian::little);
 
-/// Closed where there is none; a pipe without a writer does not hold it up.
+/// Closed where there is none, as with an empty path; a pipe without a writer does not hold it up.
 Descriptor OpenForReading(const std::string& path) {
-    return Descriptor(path.empty() ? -1 : open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    return Descriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
 }
 
 }  // namespace
 
 std::string SoundFilePath(const char* name) {
-    const char* folder = std::getenv(kFolderVariable);
+    const char* folder = std::getenv("DEVICE_SIMULATOR_AUDIO");
     if (folder == nullptr || *folder == '\0')
         return {};
     return std::string(folder) + '/' + name;
@@ -52,7 +51,7 @@ std::string SoundFilePath(const char* name) {
 
 bool SoundFileExists(const std::string& path) {
     struct stat unused {};
-    return !path.empty() && stat(path.c_str(), &unused) == 0;
+    return stat(path.c_str(), &unused) == 0;
 }
 
 long ReadSoundNumber(const std::string& path, long lowest, long highest, long otherwise) {
@@ -113,8 +112,6 @@ PlaybackFile::~PlaybackFile() {
 
 void PlaybackFile::Begin(std::uint32_t rate) {
     m_rate = rate;
-    if (m_path.empty())
-        return;
     constexpr mode_t kReadableByAll = 0644;
     m_file = Descriptor(
         open(m_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, kReadableByAll));

@@ -9,7 +9,6 @@
 #include <cstring>
 #include <deque>
 #include <map>
-#include <memory>
 #include <set>
 #include <system_error>
 #include <thread>
@@ -30,98 +29,14 @@ constexpr std::size_t kMostAhead = 512;
 constexpr std::chrono::milliseconds kTick{100};
 
 /// One running program, and the files that it has been given.
-class Reader {
-  public:
-    explicit Reader(std::chrono::milliseconds patience) : m_patience(patience) {}
+struct Reader {
+    MediaProgram program;
+    std::deque<std::size_t> given;  // not answered yet, in order
+    std::string received;
+    Deadline due{};  // of the first of `given`
+    bool isGreeted = false;
 
-    /// 0, or an errno.
-    int Start() {
-        m_received.clear();
-        m_isGreeted = false;
-        return m_program.Start(SOCK_STREAM, {kScanWork});
-    }
-    bool IsRunning() const { return m_program.IsRunning(); }
-    bool IsGreeted() const { return m_isGreeted; }
-    bool IsHungry() const { return m_given.size() < kChunk / 2; }
-    bool IsLate() const { return !m_given.empty() && std::chrono::steady_clock::now() > m_due; }
-    pollfd Poll() const { return {m_program.Socket(), POLLIN, 0}; }
-
-    /// What it has room for at any time.
-    void Give(const std::vector<std::size_t>& numbers, const std::vector<std::string>& paths) {
-        if (m_given.empty()) {
-            m_due = In(m_patience);
-        }
-        std::string message;
-        Packer packer(message);
-        for (const std::size_t number : numbers) {
-            packer(std::string_view(paths[number]));
-            m_given.push_back(number);
-        }
-        send(m_program.Socket(), message.data(), message.size(), MSG_NOSIGNAL);
-    }
-
-    /// False: it has hung up, or says what makes no sense.
-    template <typename Take>
-    bool Receive(const Take& take) {
-        char bytes[65536];
-        const ssize_t size = recv(m_program.Socket(), bytes, sizeof bytes, 0);
-        if (size <= 0) {
-            return size < 0 && (errno == EAGAIN || errno == EINTR);
-        }
-        m_received.append(bytes, static_cast<std::size_t>(size));
-        std::string_view rest = m_received;
-        std::uint32_t length = 0;
-        bool isSound = true;
-        while (isSound && rest.size() >= sizeof length) {
-            std::memcpy(&length, rest.data(), sizeof length);
-            isSound = length <= kMostScanAnswer;
-            if (!isSound || rest.size() - sizeof length < length) {
-                break;
-            }
-            isSound = TakeMessage(rest.substr(sizeof length, length), take);
-            rest.remove_prefix(sizeof length + length);
-        }
-        m_received.erase(0, m_received.size() - rest.size());
-        return isSound;
-    }
-
-    /// Ends it, and returns why it has ended.
-    std::string End() {
-        const bool isLate = IsLate();
-        const int status = m_program.End();
-        if (isLate) {
-            return "it takes longer than " + std::to_string(m_patience.count()) + " ms";
-        }
-        return WIFEXITED(status) && WEXITSTATUS(status) == kOutOfMemoryStatus
-                   ? "it takes too much memory"
-                   : "the media program has ended (" + MediaProgram::DescribeEnd(status) + ")";
-    }
-    std::deque<std::size_t> TakeGiven() { return std::exchange(m_given, {}); }
-
-  private:
-    template <typename Take>
-    bool TakeMessage(std::string_view message, const Take& take) {
-        m_due = In(m_patience);
-        if (!std::exchange(m_isGreeted, true)) {
-            return message.empty();
-        }
-        ReadMusic read;
-        Unpacker unpacker(message);
-        PackScanned(unpacker, read.file);
-        if (m_given.empty() || !unpacker.IsOver()) {
-            return false;
-        }
-        take(m_given.front(), std::move(read));
-        m_given.pop_front();
-        return true;
-    }
-
-    const std::chrono::milliseconds m_patience;
-    MediaProgram m_program;
-    std::deque<std::size_t> m_given;  // not answered yet, in order
-    std::string m_received;
-    Deadline m_due{};  // of the first of m_given
-    bool m_isGreeted = false;
+    bool IsLate() const { return !given.empty() && std::chrono::steady_clock::now() > due; }
 };
 
 class Readers {
@@ -130,17 +45,13 @@ class Readers {
         : m_paths(paths), m_reading(reading) {
         const std::size_t processors = std::max(1U, std::thread::hardware_concurrency());
         const std::size_t chunks = (paths.size() + kChunk - 1) / kChunk;
-        for (std::size_t i = 0; i < std::min({processors, chunks, kMostReaders}); ++i) {
-            m_readers.push_back(std::make_unique<Reader>(reading.patience));
-        }
+        m_readers = std::vector<Reader>(std::min({processors, chunks, kMostReaders}));
     }
 
     std::string Run() {
         auto ticked = std::chrono::steady_clock::now();
         while (m_error.empty() && m_taken < m_paths.size()) {
-            for (const auto& reader : m_readers) {
-                Feed(*reader);
-            }
+            std::for_each(m_readers.begin(), m_readers.end(), [this](Reader& reader) { Feed(reader); });
             Wait();
             if (std::chrono::steady_clock::now() - ticked >= kTick) {
                 ticked = std::chrono::steady_clock::now();
@@ -151,20 +62,30 @@ class Readers {
     }
 
   private:
+    /// With what it has room for at any time.
     void Feed(Reader& reader) {
-        if (!reader.IsHungry()) {
-            return;
-        }
-        const auto numbers = NextChunk();
+        const auto numbers = reader.given.size() < kChunk / 2 ? NextChunk() : std::vector<std::size_t>();
         if (numbers.empty()) {
             return;
         }
-        const int error = reader.IsRunning() ? 0 : reader.Start();
-        if (error != 0) {
-            m_error = MediaProgram::Path() + ": " + std::generic_category().message(error);
-            return;
+        if (!reader.program.IsRunning()) {
+            reader.received.clear();
+            reader.isGreeted = false;
+            if (const int error = reader.program.Start(SOCK_STREAM, {kScanWork}); error != 0) {
+                m_error = MediaProgram::Path() + ": " + std::generic_category().message(error);
+                return;
+            }
         }
-        reader.Give(numbers, m_paths);
+        if (reader.given.empty()) {
+            reader.due = In(m_reading.patience);
+        }
+        std::string message;
+        Packer packer(message);
+        for (const std::size_t number : numbers) {
+            packer(std::string_view(m_paths[number]));
+            reader.given.push_back(number);
+        }
+        send(reader.program.Socket(), message.data(), message.size(), MSG_NOSIGNAL);
     }
 
     std::vector<std::size_t> NextChunk() {
@@ -183,33 +104,84 @@ class Readers {
     void Wait() {
         std::vector<pollfd> ready;
         std::transform(m_readers.begin(), m_readers.end(), std::back_inserter(ready),
-                       [](const auto& reader) { return reader->Poll(); });
+                       [](const Reader& reader) {
+                           return pollfd{reader.program.Socket(), POLLIN, 0};
+                       });
         PollUntil(ready, In(kTick));
         for (std::size_t i = 0; i < ready.size(); ++i) {
-            Reader& reader = *m_readers[i];
+            Reader& reader = m_readers[i];
             // What was late may have come meanwhile, as when this process stood still.
-            const bool isSound =
-                (ready[i].revents == 0 && !reader.IsLate()) ||
-                reader.Receive([this](std::size_t number, ReadMusic read) { Take(number, std::move(read)); });
-            if (reader.IsRunning() && (!isSound || reader.IsLate())) {
+            const bool isSound = (ready[i].revents == 0 && !reader.IsLate()) || Receive(reader);
+            if (reader.program.IsRunning() && (!isSound || reader.IsLate())) {
                 Replace(reader);
             }
         }
     }
 
+    /// False: it has hung up, or says what makes no sense.
+    bool Receive(Reader& reader) {
+        char bytes[65536];
+        const ssize_t size = recv(reader.program.Socket(), bytes, sizeof bytes, 0);
+        if (size <= 0) {
+            return size < 0 && (errno == EAGAIN || errno == EINTR);
+        }
+        reader.received.append(bytes, static_cast<std::size_t>(size));
+        std::string_view rest = reader.received;
+        std::uint32_t length = 0;
+        bool isSound = true;
+        while (isSound && rest.size() >= sizeof length) {
+            std::memcpy(&length, rest.data(), sizeof length);
+            isSound = length <= kMostScanAnswer;
+            if (!isSound || rest.size() - sizeof length < length) {
+                break;
+            }
+            isSound = TakeMessage(reader, rest.substr(sizeof length, length));
+            rest.remove_prefix(sizeof length + length);
+        }
+        reader.received.erase(0, reader.received.size() - rest.size());
+        return isSound;
+    }
+
+    bool TakeMessage(Reader& reader, std::string_view message) {
+        reader.due = In(m_reading.patience);
+        if (!std::exchange(reader.isGreeted, true)) {
+            return message.empty();
+        }
+        ReadMusic read;
+        Unpacker unpacker(message);
+        PackScanned(unpacker, read.file);
+        if (reader.given.empty() || !unpacker.IsOver()) {
+            return false;
+        }
+        Take(reader.given.front(), std::move(read));
+        reader.given.pop_front();
+        return true;
+    }
+
     /// What it was at has brought it down, if that happens twice: the first time it may have been somebody
     /// else, or this machine. All is another one's now.
     void Replace(Reader& reader) {
-        const bool wasGreeted = reader.IsGreeted();
-        const std::string reason = reader.End();
-        auto given = reader.TakeGiven();
-        if (!wasGreeted && ++m_failedStarts > 1) {
+        const std::string reason = End(reader);
+        auto given = std::exchange(reader.given, {});
+        if (!reader.isGreeted && ++m_failedStarts > 1) {
             m_error = MediaProgram::Path() + ": " + reason;
-        } else if (wasGreeted && !given.empty() && !m_suspects.insert(given.front()).second) {
+        } else if (reader.isGreeted && !given.empty() && !m_suspects.insert(given.front()).second) {
             Take(given.front(), {{}, reason});
             given.pop_front();
         }
         m_again.insert(m_again.begin(), given.begin(), given.end());
+    }
+
+    /// Returns why it has ended.
+    std::string End(Reader& reader) const {
+        const bool isLate = reader.IsLate();
+        const int status = reader.program.End();
+        if (isLate) {
+            return "it takes longer than " + std::to_string(m_reading.patience.count()) + " ms";
+        }
+        return WIFEXITED(status) && WEXITSTATUS(status) == kOutOfMemoryStatus
+                   ? "it takes too much memory"
+                   : "the media program has ended (" + MediaProgram::DescribeEnd(status) + ")";
     }
 
     void Take(std::size_t number, ReadMusic read) {
@@ -222,7 +194,7 @@ class Readers {
 
     const std::vector<std::string>& m_paths;
     const MusicReading& m_reading;
-    std::vector<std::unique_ptr<Reader>> m_readers;
+    std::vector<Reader> m_readers;
     std::size_t m_next = 0;            // to be given
     std::deque<std::size_t> m_again;   // given to one that has ended
     std::set<std::size_t> m_suspects;  // that one was at when it ended

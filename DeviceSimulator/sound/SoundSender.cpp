@@ -64,7 +64,10 @@ void SoundSender::Run() {
         const bool isToStart = m_isUnsent && !m_program.IsRunning();
         poll(ready.data(), ready.size(), isToStart ? 0 : -1);
         if (ready[0].revents != 0) {
-            TakeWanted();
+            m_wakeUp->Clear();
+            const std::lock_guard lock(m_mutex);
+            m_current = m_wanted;
+            m_isUnsent = true;
         }
         if ((ready[1].revents & ~POLLOUT) != 0) {
             Receive();
@@ -73,13 +76,6 @@ void SoundSender::Run() {
             Send();
         }
     }
-}
-
-void SoundSender::TakeWanted() {
-    m_wakeUp->Clear();
-    const std::lock_guard lock(m_mutex);
-    m_current = m_wanted;
-    m_isUnsent = true;
 }
 
 /// Started with the first track to sound, and again with what there is to be told after it has ended.
@@ -117,19 +113,16 @@ void SoundSender::Receive() {
     if (size >= static_cast<ssize_t>(sizeof(SoundReport))) {
         SoundReport report;
         std::memcpy(&report, message.data(), sizeof report);
-        HandleReport(report, std::string(message.data() + sizeof report,
-                                         static_cast<std::size_t>(size) - sizeof report));
+        const std::string failure(message.data() + sizeof report,
+                                  static_cast<std::size_t>(size) - sizeof report);
+        if (failure.empty()) {
+            m_ends = 0;
+        } else if (report.track == m_current.command.track) {  // it may have gone on to another one by itself
+            PassOver(failure);
+        }
     } else if (size >= 0 || (errno != EAGAIN && errno != EINTR)) {
         m_isUnsent = m_isUnsent || (size < 0 && errno == ECONNRESET);  // it has left the last one unread
         ProgramEnded();
-    }
-}
-
-void SoundSender::HandleReport(const SoundReport& report, const std::string& failure) {
-    if (failure.empty()) {
-        m_ends = 0;
-    } else if (report.track == m_current.command.track) {  // it may have gone on to another one by itself
-        PassOver(failure);
     }
 }
 

@@ -35,11 +35,9 @@ class SoundSender {
 
     bool Start();
     void Run();
-    void TakeWanted();
     bool EnsureProgram();
     void Send();
     void Receive();
-    void HandleReport(const SoundReport& report, const std::string& failure);
     void ProgramEnded();
     void PassOver(const std::string& reason);
 
