@@ -18,9 +18,8 @@ constexpr int kMostPulls = 64;
 
 // A picture in the file is not decoded; of several streams the first one sounds.
 constexpr const char* kPipeline =
-    "filesrc name=source ! decodebin caps=audio/x-raw expose-all-streams=false ! audioconvert ! "
-    "audioresample ! "
-    "appsink name=sink sync=false max-buffers=16 "
+    "filesrc name=source ! decodebin caps=audio/x-raw expose-all-streams=false "
+    "! audioconvert ! audioresample ! appsink name=sink sync=false max-buffers=16 "
     "caps=audio/x-raw,format=S16LE,channels=2,layout=interleaved,rate=";
 
 }  // namespace
@@ -40,7 +39,7 @@ void TrackDecoder::Build() {
         GST_ELEMENT(gst_object_ref_sink(parsed != nullptr ? parsed : gst_pipeline_new(nullptr))));
     m_bus.reset(gst_element_get_bus(m_pipeline.get()));
     if (problem) {
-        Fail(problem->message);  // one of GStreamer's base plugins is missing
+        Fail("GStreamer's base plugins are missing");
         return;
     }
     g_object_set(ElementOf(m_pipeline.get(), "source"), "location", m_file.c_str(), nullptr);
