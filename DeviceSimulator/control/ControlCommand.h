@@ -38,7 +38,7 @@ struct ControlCall {
 struct ControlCommand {
     std::string_view name;
     std::string_view meaning;
-    std::array<Member, 16> members;  ///< in the order of their checks; those without a name are none
+    std::array<Member, 17> members;  ///< in the order of their checks; those without a name are none
     /// Returns what is wrong; empty when nothing is. What `answer` has been told then does not count.
     std::string (*run)(ControlCall& call);
 };

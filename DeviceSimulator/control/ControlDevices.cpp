@@ -16,7 +16,12 @@ std::string MustBeNewHandle(const Json::Value& value) {
     return wrong.empty() && value.asUInt() == 0 ? "must not be 0" : wrong;
 }
 
-constexpr std::array<Member, 16> kPlugMembers{
+std::string MustBeLocale(const Json::Value& value) {
+    return value.isString() && IsLocale(value.asString()) ? ""
+                                                          : "must be a locale that is known, as sv or de-AT";
+}
+
+constexpr std::array<Member, 17> kPlugMembers{
     {{"type", "iap2 (default), iap, stick, mtp, unknown, hub, no-medium, unsupported or a number",
       MustBeType},
      {"handle", "the next free one", MustBeNewHandle},
@@ -28,6 +33,7 @@ constexpr std::array<Member, 16> kPlugMembers{
      {"music", "of a player: the folder of its music; else the environment's", MustBeText},
      {"tracks", "instead: so many made-up tracks", MustBeAtMost<kMostSyntheticTracks>},
      {"sort", "no-article (default: a leading The does not count), article or bytes", MustBeWord<kSortWords>},
+     {"locale", "whose alphabet it sorts by, as sv or de-AT; not with bytes", MustBeLocale},
      {"seed", "of its shuffle; another one each time", MustBeNumber},
      {"build", "ms that an iap2 takes to build its database; 1000", MustBeNumber},
      {"ids", "of items: positions (default), or stable, which are none", MustBeWord<kIdWords>},
@@ -57,7 +63,7 @@ DeviceDescription ReadDescription(const Json::Value& members) {
     Character& character = device.character;
     character.music.folder = members["music"].asString();
     character.music.tracks = OptionalNumber(members["tracks"]);
-    character.music.sorting = ValueOf<Sorting>(members["sort"], kSortWords);
+    character.music.sorting = {ValueOf<SortRule>(members["sort"], kSortWords), members["locale"].asString()};
     character.seed = OptionalNumber(members["seed"]);
     if (const auto build = OptionalNumber(members["build"])) {
         character.databaseBuildTime = std::chrono::milliseconds(*build);
@@ -77,6 +83,9 @@ std::string ReadDescriptions(const Json::Value& command, std::vector<DeviceDescr
     }
     const auto add = [&](const Json::Value& members) -> std::string {
         descriptions.push_back(ReadDescription(members));
+        if (members.isMember("locale") && members["sort"] == "bytes") {
+            return "\"locale\" has no say in what is sorted by bytes";
+        }
         const bool isTwice = members.isMember("tracks") && !members["music"].asString().empty();
         return isTwice ? "only one of \"music\" and \"tracks\" can say what it holds" : "";
     };

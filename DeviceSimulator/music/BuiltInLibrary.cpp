@@ -83,7 +83,7 @@ void AddPlaylists(LibraryBuilder& builder) {
 
 }  // namespace
 
-std::unique_ptr<Library> MakeBuiltInLibrary(Sorting sorting) {
+std::unique_ptr<Library> MakeBuiltInLibrary(const Sorting& sorting) {
     LibraryBuilder builder(sorting);
     const auto albums = Split(kAlbumLines, '\n');
     for (std::size_t i = 0; i < albums.size(); ++i) {

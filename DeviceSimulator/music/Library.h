@@ -62,10 +62,10 @@ class Library {
 
 /// At least 12 artists, 30 albums, 300 tracks, with playlists, genres and composers; covers are drawn at run
 /// time.
-std::unique_ptr<Library> MakeBuiltInLibrary(Sorting sorting = Sorting::WithoutArticle);
+std::unique_ptr<Library> MakeBuiltInLibrary(const Sorting& sorting = {});
 
 /// `tracks` made-up tracks, the same ones at every call.
-std::unique_ptr<Library> MakeSyntheticLibrary(std::size_t tracks, Sorting sorting = Sorting::WithoutArticle);
+std::unique_ptr<Library> MakeSyntheticLibrary(std::size_t tracks, const Sorting& sorting = {});
 
 /// Is told how far a library is, in per cent: on the thread that makes it, never less than before, below 100.
 using LibraryProgress = std::function<void(std::uint32_t percentage)>;
@@ -74,7 +74,7 @@ struct ScanOptions {
     /// Is called every 100 ms at least; what it throws ends the scan.
     LibraryProgress progress;
     std::chrono::milliseconds patience{10000};  ///< with a file
-    Sorting sorting = Sorting::WithoutArticle;
+    Sorting sorting = {};
 };
 
 /// The music files below `folder` by their tags, read by the media program. Files that cannot be read, or

@@ -106,7 +106,7 @@ void LibraryBuilder::AddPlaylist(std::string_view name, std::vector<std::uint32_
 void LibraryBuilder::NumberGroups(GroupKind kind) {
     const auto& rows = m_groups[kind].rows;
     const auto order = SortedNumbers(rows.size(), [&](std::uint32_t group) {
-        return SortKey(rows[group].name, m_sorting) + '\0' + SortKey(rows[group].owner, m_sorting);
+        return m_order.Key(rows[group].name) + '\0' + m_order.Key(rows[group].owner);
     });
     const auto numbers = NewNumbers(order);
     for (AddedTrack& track : m_tracks) {
@@ -121,9 +121,8 @@ void LibraryBuilder::NumberGroups(GroupKind kind) {
 
 /// Returns the tracks' final numbers, by the order in which they were added.
 std::vector<std::uint32_t> LibraryBuilder::NumberTracks() {
-    const auto order = SortedNumbers(m_tracks.size(), [this](std::uint32_t track) {
-        return SortKey(m_tracks[track].row.title, m_sorting);
-    });
+    const auto order = SortedNumbers(
+        m_tracks.size(), [this](std::uint32_t track) { return m_order.Key(m_tracks[track].row.title); });
     m_tables.tracks.reserve(order.size());
     for (const std::uint32_t track : order) {
         m_tables.tracks.push_back(m_tracks[track].row);

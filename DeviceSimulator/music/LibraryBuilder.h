@@ -17,7 +17,7 @@ namespace DeviceSimulator {
 /// One thread builds; Build() ends it.
 class LibraryBuilder {
   public:
-    explicit LibraryBuilder(Sorting sorting = Sorting::WithoutArticle) : m_sorting(sorting) {}
+    explicit LibraryBuilder(const Sorting& sorting = {}) : m_order(sorting) {}
 
     /// Tracks without an artist or album are filed as unknown. Albums of one title are one when they have
     /// the same album artist (or are compilations, or without either have the same artist).
@@ -51,7 +51,7 @@ class LibraryBuilder {
     std::vector<std::uint32_t> AlbumOrder() const;
     void ListTrack(std::uint32_t track, std::initializer_list<GroupKind> kinds);
 
-    const Sorting m_sorting;
+    const NameOrder m_order;
     LibraryTables m_tables;
     std::vector<AddedTrack> m_tracks;
     std::array<Groups, kGroupKinds> m_groups;

@@ -4,6 +4,8 @@
 #include <strings.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <utility>
 
 #include "ServiceUtil/Utf8.h"
 
@@ -15,6 +17,47 @@ constexpr std::string_view kArticle = "The ";
 
 bool IsAscii(std::string_view text) {
     return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+/// Null for a locale that nothing is known of.
+std::unique_ptr<const icu::Collator> MakeCollator(const std::string& locale) {
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<const icu::Collator> collator(
+        icu::Collator::createInstance(icu::Locale(locale.c_str()), status));
+    // Who asks for what is not known gets what is nobody's in particular, which has no name.
+    const bool isKnown =
+        U_SUCCESS(status) && *collator->getLocale(ULOC_VALID_LOCALE, status).getName() != '\0';
+    return isKnown ? std::move(collator) : nullptr;
+}
+
+std::string CollationKey(const icu::Collator& collator, std::string_view name) {
+    const auto text = icu::UnicodeString::fromUTF8({name.data(), static_cast<std::int32_t>(name.size())});
+    std::string key(4 * name.size() + 16, '\0');
+    const auto get = [&] {
+        return static_cast<std::size_t>(collator.getSortKey(text, reinterpret_cast<std::uint8_t*>(key.data()),
+                                                            static_cast<std::int32_t>(key.size())));
+    };
+    const std::size_t size = get();
+    if (size > key.size()) {
+        key.resize(size);
+        get();
+    }
+    key.resize(std::max<std::size_t>(size, 1) - 1);  // it ends in a zero
+    return key;
+}
+
+std::string FoldedKey(std::string_view name) {
+    if (name.empty()) {
+        return {};
+    }
+    // The initial byte once more in front: folding may change it, and would tear a letter's group apart.
+    std::string key(1, g_ascii_tolower(name.front()));
+    if (IsAscii(name)) {
+        std::transform(name.begin(), name.end(), std::back_inserter(key), g_ascii_tolower);
+    } else {
+        key += TakeGlibText(g_utf8_casefold(name.data(), static_cast<gssize>(name.size())));
+    }
+    return key;
 }
 
 }  // namespace
@@ -39,25 +82,22 @@ std::string CleanName(std::string_view bytes) {
     return name;
 }
 
-std::string SortKey(std::string_view name, Sorting sorting) {
-    if (sorting == Sorting::Bytes) {
+bool IsLocale(const std::string& locale) {
+    return MakeCollator(locale) != nullptr;
+}
+
+NameOrder::NameOrder(const Sorting& sorting)
+    : m_rule(sorting.rule), m_collator(sorting.locale.empty() ? nullptr : MakeCollator(sorting.locale)) {}
+
+std::string NameOrder::Key(std::string_view name) const {
+    if (m_rule == SortRule::Bytes) {
         return std::string(name);
     }
-    if (sorting == Sorting::WithoutArticle && name.size() > kArticle.size() &&
+    if (m_rule == SortRule::WithoutArticle && name.size() > kArticle.size() &&
         strncasecmp(name.data(), kArticle.data(), kArticle.size()) == 0) {
         name.remove_prefix(kArticle.size());
     }
-    if (name.empty()) {
-        return {};
-    }
-    // The initial byte once more in front: folding may change it, and would tear a letter's group apart.
-    std::string key(1, g_ascii_tolower(name.front()));
-    if (IsAscii(name)) {
-        std::transform(name.begin(), name.end(), std::back_inserter(key), g_ascii_tolower);
-    } else {
-        key += TakeGlibText(g_utf8_casefold(name.data(), static_cast<gssize>(name.size())));
-    }
-    return key;
+    return m_collator != nullptr ? CollationKey(*m_collator, name) : FoldedKey(name);
 }
 
 std::vector<std::string_view> Split(std::string_view text, char separator) {

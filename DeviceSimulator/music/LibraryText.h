@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include <unicode/coll.h>
+
 #include "DeviceSimulator/music/MusicChoice.h"
 
 namespace DeviceSimulator {
@@ -19,10 +21,20 @@ constexpr std::size_t kMaxNameBytes = 1024;
 /// around it, at most kMaxNameBytes.
 std::string CleanName(std::string_view bytes);
 
-/// Names compare as bytes of their keys. Unless by bytes, case does not count, and the names that share the
-/// initial byte which a letter jump goes by stand together, whatever their script; non-Latin ones come last.
-/// `name` is well-formed UTF-8.
-std::string SortKey(std::string_view name, Sorting sorting = Sorting::WithoutArticle);
+/// The order of a list of names. Any thread may ask.
+class NameOrder {
+  public:
+    explicit NameOrder(const Sorting& sorting = {});
+
+    /// Names compare as bytes of their keys. Without a locale, and unless by bytes, the names that share the
+    /// initial byte which a letter jump goes by stand together, whatever their script; non-Latin ones come
+    /// last. `name` is well-formed UTF-8.
+    std::string Key(std::string_view name) const;
+
+  private:
+    SortRule m_rule;
+    std::shared_ptr<const icu::Collator> m_collator;  // null: without a locale
+};
 
 /// What of `text` stands between the separators, in its order; at least one part.
 std::vector<std::string_view> Split(std::string_view text, char separator);

@@ -82,7 +82,7 @@ void AddPlaylists(LibraryBuilder& builder, LibraryRandom& random) {
 
 }  // namespace
 
-std::unique_ptr<Library> MakeSyntheticLibrary(std::size_t tracks, Sorting sorting) {
+std::unique_ptr<Library> MakeSyntheticLibrary(std::size_t tracks, const Sorting& sorting) {
     const Words words = ReadWords();
     LibraryBuilder builder(sorting);
     LibraryRandom random(std::uint64_t{tracks});

@@ -3,7 +3,7 @@
 BUILD_PACKAGES=(
     g++ cmake ninja-build pkg-config
     libjsoncpp-dev libglib2.0-dev libgstreamer1.0-dev libvips-dev     # the service
-    libtag1-dev libpng-dev libturbojpeg0-dev libasound2-dev           # the simulated player
+    libtag1-dev libpng-dev libturbojpeg0-dev libasound2-dev libicu-dev # the simulated player
     libcli11-dev libncurses-dev                                       # the command-line programs
     libjpeg-dev                                                       # what is measured against
 )

@@ -45,7 +45,7 @@ TEST_F(CharacterTest, EachHoldsItsOwnMusicInItsOwnOrderAndPages) {
     EXPECT_EQ(Whole(DEV_MGR_CATEGORY_TRACK).size(), 10U);
     EXPECT_EQ(Items(DEV_MGR_WHOLE_LIBRARY, 0, DEV_MGR_CATEGORY_TRACK, 20).size(), kTracks - 20);
     const auto names = [this](const std::string& sort) {
-        Open("'tracks':400,'sort':'" + sort + "'");
+        Open("'tracks':4800,'sort':'" + sort + "'");
         std::vector<std::string> artists;
         for (const BrowseItem& item : Whole(DEV_MGR_CATEGORY_ARTIST)) {
             artists.emplace_back(item.name);
@@ -56,6 +56,9 @@ TEST_F(CharacterTest, EachHoldsItsOwnMusicInItsOwnOrderAndPages) {
     EXPECT_TRUE(std::is_sorted(bytes.begin(), bytes.end()));
     EXPECT_NE(names("no-article"), bytes) << "a leading The counts there";
     EXPECT_EQ(names("article"), bytes) << "made-up names are of one case";
+    EXPECT_NE(names("article','locale':'et"), bytes) << "Z stands before T there";
+    EXPECT_FALSE(IsDone("{'command':'plug','locale':'et','sort':'bytes'}"));
+    EXPECT_FALSE(IsDone("{'command':'plug','locale':'articel'}"));
 }
 
 TEST_F(CharacterTest, StableIdsNameAnItemInEveryList) {

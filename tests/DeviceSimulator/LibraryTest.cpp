@@ -36,7 +36,7 @@ void ExpectSortedAndLeadingToEachTrackOnce(const Library& library) {
         EXPECT_EQ(std::set(list->begin(), list->end()).size(), list->size()) << category;
         const Names names = NamesOf(library, {}, category);
         EXPECT_TRUE(std::is_sorted(names.begin(), names.end(), [](const auto& a, const auto& b) {
-            return SortKey(a) < SortKey(b);
+            return NameOrder().Key(a) < NameOrder().Key(b);
         })) << category;
     }
     std::size_t withGenre = 0;
@@ -75,10 +75,17 @@ TEST(LibraryTest, MadeUpOnesAreSortedAndLeadToEachTrackOnce) {
 TEST(LibraryTest, KeysIgnoreCaseAndArticleAndNamesBecomeCleanText) {
     const Names ascending{"",     "\"Quoted\"", "1 Way",     "Abba",  "the Beatles", "beta", "THE Gamma",
                           "The ", "Them",       "The Zebra", "Äpfel", "éclair",      "анна", "日本"};
+    const NameOrder order;
     for (std::size_t i = 1; i < ascending.size(); ++i) {
-        EXPECT_LT(SortKey(ascending[i - 1]), SortKey(ascending[i])) << ascending[i];
+        EXPECT_LT(order.Key(ascending[i - 1]), order.Key(ascending[i])) << ascending[i];
     }
-    EXPECT_EQ(SortKey("The Beatles"), SortKey("bEATLES"));
+    EXPECT_EQ(order.Key("The Beatles"), order.Key("bEATLES"));
+    for (const auto& [locale, isBehind] : {std::pair("sv", true), {"de-AT", false}}) {
+        const NameOrder local({SortRule::WithoutArticle, locale});
+        EXPECT_EQ(local.Key("Zoo") < local.Key("The Ärzte"), isBehind) << locale;
+        EXPECT_LT(local.Key("a" + std::string(1000, 'b')), local.Key("A" + std::string(1000, 'b') + "c"));
+    }
+    EXPECT_FALSE(IsLocale("") || IsLocale("articel"));
     EXPECT_EQ(CleanName(" two\nlines\t"), "two lines");
     EXPECT_EQ(CleanName({"a\0z", 3}), "a\xEF\xBF\xBDz");
 }
