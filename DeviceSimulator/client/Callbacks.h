@@ -4,45 +4,55 @@
 #include <condition_variable>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <mutex>
-#include <thread>
-#include <vector>
 
 #include "DeviceManager/DeviceManager.h"
 
 namespace DeviceSimulator {
 
-/// Every member may be called from any thread, but for Deliver. No lock is held while a callback runs.
+/// Each process's callback runs on a thread of its own, in the order of its events: one that hangs holds up
+/// no other. No lock is held while a callback runs. Every member may be called from any thread, but for
+/// Deliver.
 class Callbacks {
+    struct Order;
+
   public:
+    /// How far a callback may be behind before all wait for it.
+    static constexpr std::size_t kMostWaiting = 1024;
+
     /// While one lives a process is being registered: an event for one that is not known yet waits for it.
     class Registering {
       public:
+        /// std::system_error when there is no thread to be had.
         explicit Registering(Callbacks& callbacks);
         ~Registering();
         Registering(const Registering&) = delete;
         Registering& operator=(const Registering&) = delete;
 
+        /// It has been registered.
+        void Add(std::uint32_t process, DeviceEventCallback callback);
+
       private:
         Callbacks& m_callbacks;
+        std::shared_ptr<Order> m_order;  // null once it is added
     };
 
-    void Add(std::uint32_t process, DeviceEventCallback callback);
-    /// After it no callback of `process` runs any more, unless it is called from one.
+    /// After it no callback of `process` runs any more, unless it is called from that.
     void Remove(std::uint32_t process);
     /// Waits for those that are being registered.
-    std::vector<std::uint32_t> Processes();
+    void AwaitRegistrations();
 
     /// On one thread.
     void Deliver(const DeviceEvent& event, std::uint32_t process);
+    /// Behind all that has been delivered, to every process and those that are being registered.
+    void DeliverToAll(const DeviceEvent& event);
 
   private:
-    std::mutex m_mutex;  // guards all below
+    std::mutex m_mutex;  // guards all below; taken before an Order's
     std::condition_variable m_changed;
-    std::map<std::uint32_t, DeviceEventCallback> m_callbacks;
+    std::map<std::uint32_t, std::shared_ptr<Order>> m_orders;
     int m_registering = 0;
-    std::uint32_t m_running = 0;  // whose callback runs; 0: none
-    std::thread::id m_thread;     // that delivers
 };
 
 }  // namespace DeviceSimulator

@@ -12,7 +12,6 @@
 #include <memory>
 #include <mutex>
 #include <new>
-#include <tuple>
 
 #include "DeviceSimulator/client/PlayerLink.h"
 #include "DeviceSimulator/wire/Arguments.h"
@@ -50,7 +49,7 @@ class Players {
         }
         if (m_latest != nullptr) {
             // Waits for those who register with it still: the next player gives none of their handles again.
-            m_latest->Registered().Processes();
+            m_latest->Registered().AwaitRegistrations();
         }
         auto link = PlayerLink::Open(m_nextProcess);
         const std::lock_guard lock(m_mutex);
@@ -75,18 +74,23 @@ class Players {
     std::atomic<std::uint32_t> m_nextProcess{0};
 };
 
+struct Outcome {
+    u32 result;
+    Descriptor memory{};  ///< what came with a success
+};
+
 template <typename... Arguments>
-u32 CallOn(PlayerLink& link, FunctionId function, Descriptor* memory, Arguments... arguments) {
+Outcome CallOn(PlayerLink& link, FunctionId function, Arguments... arguments) {
     auto connection = link.Take();
     if (connection == nullptr) {
-        return DEV_MGR_DEVICE_NOT_RESPONDING;
+        return {DEV_MGR_DEVICE_NOT_RESPONDING};
     }
     connection->call.assign(sizeof(Wire::CallHead), {});
     (Wire::Send(connection->call, arguments), ...);
     const auto result = PlayerLink::Exchange(*connection, function);
     if (!result) {
         link.Lose();
-        return DEV_MGR_DEVICE_NOT_RESPONDING;
+        return {DEV_MGR_DEVICE_NOT_RESPONDING};
     }
     if (*result == DEV_MGR_SUCCESS) {
         const std::uint32_t room = std::max({Wire::Room(arguments)...});
@@ -94,15 +98,12 @@ u32 CallOn(PlayerLink& link, FunctionId function, Descriptor* memory, Arguments.
         taker.Take<Wire::AnswerHead>();
         (Wire::Receive(taker, arguments, room), ...);
         if (!taker.IsDone()) {
-            return DEV_MGR_UNKNOWN_FAILURE;
+            return {DEV_MGR_UNKNOWN_FAILURE};
         }
     }
-    Descriptor received = std::move(connection->memory);
-    if (memory != nullptr) {
-        *memory = std::move(received);
-    }
+    Outcome outcome{*result, std::move(connection->memory)};
     link.Return(std::move(connection));
-    return *result;
+    return outcome;
 }
 
 /// What goes wrong here comes to the caller as a code.
@@ -117,74 +118,63 @@ u32 Guarded(Work work) noexcept {
     }
 }
 
-template <FunctionId kFunction, typename... Arguments>
-u32 Call(u32 ph, Arguments... arguments) {
+/// `work`(link) with the player of the process.
+template <typename Work>
+u32 OnPlayerOf(u32 ph, Work work) {
     return Guarded([&]() -> u32 {
         const auto link = Players::Instance().Of(ph);
-        return link != nullptr ? CallOn(*link, kFunction, nullptr, ph, arguments...)
-                               : u32{DEV_MGR_PROCESS_NOT_REGISTERED};
+        return link != nullptr ? work(*link) : u32{DEV_MGR_PROCESS_NOT_REGISTERED};
     });
+}
+
+template <FunctionId kFunction, typename... Arguments>
+u32 Call(u32 ph, Arguments... arguments) {
+    return OnPlayerOf(ph, [&](PlayerLink& link) { return CallOn(link, kFunction, ph, arguments...).result; });
 }
 
 template <>
 u32 Call<FunctionId::eDevMgrDeRegisterProcess>(u32 ph) {
-    return Guarded([&]() -> u32 {
-        const auto link = Players::Instance().Of(ph);
-        if (link == nullptr) {
-            return DEV_MGR_PROCESS_NOT_REGISTERED;
+    return OnPlayerOf(ph, [&](PlayerLink& link) -> u32 {
+        const u32 result = CallOn(link, FunctionId::eDevMgrDeRegisterProcess, ph).result;
+        // With a player that is gone went all that it had of the process.
+        if (result != DEV_MGR_SUCCESS && link.IsAlive()) {
+            return result;
         }
-        u32 result = CallOn(*link, FunctionId::eDevMgrDeRegisterProcess, nullptr, ph);
-        if (!link->IsAlive()) {
-            // With the player went all that it had of the process.
-            result = DEV_MGR_SUCCESS;
-        }
-        if (result == DEV_MGR_SUCCESS) {
-            link->Registered().Remove(ph);
-            link->RemoveBlocks(ph);
-            Players::Instance().Remove(ph);
-        }
-        return result;
+        link.Registered().Remove(ph);
+        link.RemoveBlocks(ph);
+        Players::Instance().Remove(ph);
+        return DEV_MGR_SUCCESS;
     });
 }
 
 template <>
 u32 Call<FunctionId::eDevMgrAllocateSharedMemory>(u32 ph, u32* size, u32* block) {
-    return Guarded([&]() -> u32 {
-        const auto link = Players::Instance().Of(ph);
-        if (link == nullptr) {
-            return DEV_MGR_PROCESS_NOT_REGISTERED;
-        }
+    return OnPlayerOf(ph, [&](PlayerLink& link) -> u32 {
         LowMemory memory(size != nullptr ? *size : 0);
         u32 address = memory.Address();
-        Descriptor file;
-        const u32 result = CallOn(*link, FunctionId::eDevMgrAllocateSharedMemory, &file, ph, size,
-                                  block != nullptr ? &address : nullptr);
-        if (result != DEV_MGR_SUCCESS) {
-            return result;
+        const Outcome outcome = CallOn(link, FunctionId::eDevMgrAllocateSharedMemory, ph, size,
+                                       block != nullptr ? &address : nullptr);
+        if (outcome.result != DEV_MGR_SUCCESS) {
+            return outcome.result;
         }
-        if (!file.IsOpen() || !memory.Fill(file.Get())) {
-            CallOn(*link, FunctionId::eDevMgrDeAllocateSharedMemory, nullptr, ph, address);
+        if (!outcome.memory.IsOpen() || !memory.Fill(outcome.memory.Get())) {
+            CallOn(link, FunctionId::eDevMgrDeAllocateSharedMemory, ph, address);
             return DEV_MGR_MEMORY_ERROR;
         }
         *block = address;
-        link->AddBlock(ph, std::move(memory));
-        return result;
+        link.AddBlock(ph, std::move(memory));
+        return DEV_MGR_SUCCESS;
     });
 }
 
 template <>
 u32 Call<FunctionId::eDevMgrDeAllocateSharedMemory>(u32 ph, u32 block) {
-    return Guarded([&]() -> u32 {
-        const auto link = Players::Instance().Of(ph);
-        if (link == nullptr) {
-            return DEV_MGR_PROCESS_NOT_REGISTERED;
+    return OnPlayerOf(ph, [&](PlayerLink& link) -> u32 {
+        const u32 result = CallOn(link, FunctionId::eDevMgrDeAllocateSharedMemory, ph, block).result;
+        if (result != DEV_MGR_SUCCESS && link.IsAlive()) {
+            return result;
         }
-        const u32 result = CallOn(*link, FunctionId::eDevMgrDeAllocateSharedMemory, nullptr, ph, block);
-        const bool isOver = result == DEV_MGR_SUCCESS || !link->IsAlive();
-        if (isOver && link->RemoveBlock(ph, block)) {
-            return DEV_MGR_SUCCESS;
-        }
-        return isOver ? u32{DEV_MGR_WROG_SHARED_MEMORY} : result;
+        return link.RemoveBlock(ph, block) ? DEV_MGR_SUCCESS : DEV_MGR_WROG_SHARED_MEMORY;
     });
 }
 
@@ -196,50 +186,21 @@ u32 Call(u32* ph, DeviceEventCallback callback) {
         if (link == nullptr) {
             return DEV_MGR_PROCESS_REGISTRY_FAILED;
         }
-        const Callbacks::Registering registering(link->Registered());
-        const u32 result = CallOn(*link, kFunction, nullptr, ph, callback);
+        Callbacks::Registering registering(link->Registered());
+        const u32 result = CallOn(*link, kFunction, ph, callback).result;
         if (result == DEV_MGR_SUCCESS) {
             Players::Instance().Add(*ph, link);
-            link->Registered().Add(*ph, callback);
+            registering.Add(*ph, callback);
         }
         return result;
     });
 }
 
-template <typename Function>
-struct Parameters;
-template <typename... Arguments>
-struct Parameters<u32(Arguments...)> {
-    template <std::size_t kIndex>
-    using At = std::tuple_element_t<kIndex, std::tuple<Arguments...>>;
-};
-
 }  // namespace
 
 }  // namespace DeviceSimulator
 
-using DeviceSimulator::FunctionId;
-
-#define AT(f, index) typename DeviceSimulator::Parameters<decltype(f)>::At<index> a##index
-#define PARAMETERS_1(f) AT(f, 0)
-#define PARAMETERS_2(f) PARAMETERS_1(f), AT(f, 1)
-#define PARAMETERS_3(f) PARAMETERS_2(f), AT(f, 2)
-#define PARAMETERS_4(f) PARAMETERS_3(f), AT(f, 3)
-#define PARAMETERS_5(f) PARAMETERS_4(f), AT(f, 4)
-#define PARAMETERS_6(f) PARAMETERS_5(f), AT(f, 5)
-#define PARAMETERS_7(f) PARAMETERS_6(f), AT(f, 6)
-#define PARAMETERS_8(f) PARAMETERS_7(f), AT(f, 7)
-#define NAMES_1 a0
-#define NAMES_2 NAMES_1, a1
-#define NAMES_3 NAMES_2, a2
-#define NAMES_4 NAMES_3, a3
-#define NAMES_5 NAMES_4, a4
-#define NAMES_6 NAMES_5, a5
-#define NAMES_7 NAMES_6, a6
-#define NAMES_8 NAMES_7, a7
-#define DEFINE(f, parameters)                                            \
-    u32 f(PARAMETERS_##parameters(f)) {                                  \
-        return DeviceSimulator::Call<FunctionId::f>(NAMES_##parameters); \
-    }
+#define DEFINE(function, count) \
+    DEVICE_MANAGER_DEFINE(function, count, DeviceSimulator::Call<DeviceSimulator::FunctionId::function>)
 
 DEVICE_MANAGER_FUNCTIONS(DEFINE)

@@ -117,9 +117,7 @@ void PlayerLink::ReceiveEvents() {
     Lose();
     DeviceEvent exited{};
     exited.words[0] = DEV_MGR_EVENT_DEVICE_MANAGER_EXITED;
-    for (const std::uint32_t process : m_callbacks.Processes()) {
-        m_callbacks.Deliver(exited, process);
-    }
+    m_callbacks.DeliverToAll(exited);
     if (m_player.child >= 0) {
         // It has gone; this leaves nothing of it behind.
         WaitForChild(m_player.child);

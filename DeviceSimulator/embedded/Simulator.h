@@ -5,7 +5,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,7 +14,6 @@
 #include "DeviceSimulator/device/SimulatorOptions.h"
 #include "DeviceSimulator/run/CallLog.h"
 #include "DeviceSimulator/run/ScriptEngine.h"
-#include "DeviceSimulator/run/StandIns.h"
 
 namespace DeviceSimulator {
 
@@ -68,11 +66,8 @@ class Simulator {
     Simulator& operator=(const Simulator&) = delete;
 
   private:
-    Simulator();
-    ~Simulator();
-
-    class State;
-    std::unique_ptr<State> m_state;
+    Simulator() = default;
+    ~Simulator() = default;
 };
 
 }  // namespace DeviceSimulator

@@ -11,7 +11,6 @@
 
 #include "DeviceSimulator/control/ControlServer.h"
 #include "DeviceSimulator/run/Engine.h"
-#include "DeviceSimulator/run/Environment.h"
 #include "DeviceSimulator/run/PlayerServer.h"
 #include "DeviceSimulator/wire/PlayerSocket.h"
 
@@ -90,8 +89,8 @@ int main(int argc, char** argv) {
     // Before the first client is answered, who then finds both there.
     Engine::Instance().EnsureStarted();
     std::unique_ptr<ControlServer> control;
-    if (const auto path = ControlPathFromEnvironment()) {
-        control = ControlServer::Open(*path);
+    if (const char* const path = std::getenv("DEVICE_SIMULATOR_CONTROL"); path != nullptr && *path != '\0') {
+        control = ControlServer::Open(path);
     }
     PlayerServer(std::move(listener), options.isStaying).Run();
 }

@@ -1,35 +1,17 @@
 #include "DeviceSimulator/run/CallLog.h"
 
-#include <sys/syscall.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <utility>
 
 namespace DeviceSimulator {
 
-namespace {
-
-/// 0: this thread calls for itself.
-thread_local std::uint64_t t_caller = 0;
-
-std::uint64_t CurrentThread() {
-    return t_caller != 0 ? t_caller : static_cast<std::uint64_t>(syscall(SYS_gettid));
-}
-
-}  // namespace
-
-void CallLog::SetCaller(std::uint64_t thread) {
-    t_caller = thread;
-}
-
-std::uint64_t CallLog::Begin(FunctionId function, CallArguments arguments) {
+std::uint64_t CallLog::Begin(FunctionId function, std::uint64_t thread, CallArguments arguments) {
     const std::lock_guard lock(m_mutex);
     if (m_calls.size() == kMostCalls) {
         m_calls.pop_front();
         ++m_firstCall;
     }
-    m_calls.push_back({function, std::move(arguments), 0, CurrentThread()});
+    m_calls.push_back({function, thread, std::move(arguments)});
     ++m_counts[IndexOf(function)];
     if (m_waiters > 0) {
         m_begun.notify_all();

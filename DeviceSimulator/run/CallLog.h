@@ -34,6 +34,8 @@ struct CallArguments {
     std::array<std::int64_t, kMost> numbers{};
     std::size_t count = 0;
     std::string text;
+
+    void Add(std::int64_t number) { numbers[count++] = number; }
 };
 
 /// Every member may be called from any thread.
@@ -42,10 +44,8 @@ class CallLog {
     /// Of more calls, the oldest are forgotten: a player that runs for days does not grow.
     static constexpr std::size_t kMostCalls = 16'384;
 
-    /// The calls of the calling thread are made for that thread of another process from now on.
-    static void SetCaller(std::uint64_t thread);
-    /// A number to hand to End.
-    std::uint64_t Begin(FunctionId function, CallArguments arguments);
+    /// A number to hand to End. `thread`: the kernel's number of the calling one.
+    std::uint64_t Begin(FunctionId function, std::uint64_t thread, CallArguments arguments);
     void End(std::uint64_t call, std::uint32_t result);
 
     struct Filter {
@@ -66,9 +66,9 @@ class CallLog {
   private:
     struct Call {
         FunctionId function;
-        CallArguments arguments;
-        std::uint32_t result;
         std::uint64_t thread;
+        CallArguments arguments;
+        std::uint32_t result = 0;
         bool isRunning = true;
     };
 

@@ -1,80 +1,48 @@
 // The C functions for charging, volume and the playing application.
 #include "DeviceManager/DeviceManager.h"
 
-#include <cstdlib>
 #include <cstring>
 
 #include "DeviceSimulator/run/Gate.h"
 
-using namespace DeviceSimulator;
+namespace DeviceSimulator::Answers {
 
-u32 eDevMgriPodSetMaxCurrent(u32 ph, u32 dh, u16 milliamps) {
-    return PassPlayerGate(
-        DEVICE_SIMULATOR_KEY(eDevMgriPodSetMaxCurrent),
-        [&](Device& device, TimePoint) {
-            device.settings.maxCurrent = milliamps;
-            return DEV_MGR_SUCCESS;
-        },
-        ph, dh, milliamps);
+namespace {
+
+u32 eDevMgriPodSetMaxCurrent(Device& device, TimePoint, u16 milliamps) {
+    device.settings.maxCurrent = milliamps;
+    return DEV_MGR_SUCCESS;
 }
 
-u32 eDevMgriPodSetInternalBatteryChargeState(u32 ph, u32 dh, u8 allow) {
-    return PassPlayerGate(
-        DEVICE_SIMULATOR_KEY(eDevMgriPodSetInternalBatteryChargeState),
-        [&](Device& device, TimePoint) {
-            device.settings.mayCharge = allow;
-            return DEV_MGR_SUCCESS;
-        },
-        ph, dh, allow);
+u32 eDevMgriPodSetInternalBatteryChargeState(Device& device, TimePoint, u8 allow) {
+    device.settings.mayCharge = allow;
+    return DEV_MGR_SUCCESS;
 }
 
-u32 eDevMgriPodGetBatteryPowerState(u32 ph, u32 dh, BatteryState* state) {
-    return PassPlayerGate(
-        DEVICE_SIMULATOR_KEY(eDevMgriPodGetBatteryPowerState),
-        [&](const Device& device, TimePoint) {
-            if (state == nullptr) {
-                return DEV_MGR_WRONG_PARAMS;
-            }
-            *state = device.settings.battery;
-            return DEV_MGR_SUCCESS;
-        },
-        ph, dh, state);
+u32 eDevMgriPodGetBatteryPowerState(const Device& device, TimePoint, BatteryState& state) {
+    state = device.settings.battery;
+    return DEV_MGR_SUCCESS;
 }
 
-u32 eDevmgriPodGetVolume(u32 ph, u32 dh, u8* mute, u8* volume) {
-    return PassPlayerGate(
-        DEVICE_SIMULATOR_KEY(eDevmgriPodGetVolume),
-        [&](const Device& device, TimePoint) {
-            if (mute == nullptr || volume == nullptr) {
-                return DEV_MGR_WRONG_PARAMS;
-            }
-            *mute = device.settings.volumeFlag;
-            *volume = device.settings.volume;
-            return DEV_MGR_SUCCESS;
-        },
-        ph, dh, mute, volume);
+u32 eDevmgriPodGetVolume(const Device& device, TimePoint, u8& mute, u8& volume) {
+    mute = device.settings.volumeFlag;
+    volume = device.settings.volume;
+    return DEV_MGR_SUCCESS;
 }
 
-u32 eDevmgriPodSetVolume(u32 ph, u32 dh, u8 flag, u8 volume) {
-    return PassPlayerGate(
-        DEVICE_SIMULATOR_KEY(eDevmgriPodSetVolume),
-        [&](Device& device, TimePoint) {
-            device.settings.volumeFlag = flag;
-            device.settings.volume = volume;
-            return DEV_MGR_SUCCESS;
-        },
-        ph, dh, flag, volume);
+u32 eDevmgriPodSetVolume(Device& device, TimePoint, u8 flag, u8 volume) {
+    device.settings.volumeFlag = flag;
+    device.settings.volume = volume;
+    return DEV_MGR_SUCCESS;
 }
 
-u32 eDevMgriPodGetNowPlayingAppname(u32 ph, u32 dh, char** name) {
-    return PassPlayerGate(
-        DEVICE_SIMULATOR_KEY(eDevMgriPodGetNowPlayingAppname),
-        [&](const Device& device, TimePoint) {
-            if (name == nullptr) {
-                return DEV_MGR_WRONG_PARAMS;
-            }
-            *name = device.player.State() == E_DEVMGR_IPOD_PLAY_STOPPED ? nullptr : strdup("Music");
-            return DEV_MGR_SUCCESS;
-        },
-        ph, dh, name);
+u32 eDevMgriPodGetNowPlayingAppname(const Device& device, TimePoint, char*& name) {
+    name = device.player.State() == E_DEVMGR_IPOD_PLAY_STOPPED ? nullptr : strdup("Music");
+    return DEV_MGR_SUCCESS;
 }
+
+}  // namespace
+
+}  // namespace DeviceSimulator::Answers
+
+DEVICE_MANAGER_CHARGING_FUNCTIONS(DEVICE_SIMULATOR_FUNCTION)

@@ -2,11 +2,7 @@
 
 #include <utility>
 
-#include "DeviceSimulator/run/Environment.h"
-
 namespace DeviceSimulator {
-
-Engine::Engine() : m_standIns(std::make_shared<StandIns>()) {}
 
 Engine& Engine::Instance() {
     static auto* const kEngine = new Engine;
@@ -26,14 +22,14 @@ void Engine::EnsureStarted() {
         const std::lock_guard musicLock(m_musicMutex);
         m_isInEnvironment = true;
     }
-    m_loop.Reset(OptionsFromEnvironment(), std::make_shared<SteadyClock>());
+    m_loop.Reset(OptionsFromEnvironment(), {});
     m_isStarted.store(true, std::memory_order_release);
 }
 
-void Engine::Reset(SimulatorOptions options, std::shared_ptr<const Clock> clock) {
+void Engine::Reset(SimulatorOptions options, Clock clock) {
     const std::lock_guard lock(m_startMutex);
     m_scripts.Clear();
-    SetStandIns({});
+    m_scripts.SetStandIns({});
     {
         const std::lock_guard musicLock(m_musicMutex);
         m_music.clear();
@@ -64,17 +60,6 @@ std::shared_ptr<MusicSource> Engine::Music(const MusicChoice& choice) {
             [this] { m_loop.ClockMoved(); });
     }
     return source;
-}
-
-std::shared_ptr<const StandIns> Engine::CurrentStandIns() const {
-    const std::lock_guard lock(m_standInMutex);
-    return m_standIns;
-}
-
-void Engine::SetStandIns(StandIns standIns) {
-    auto replacement = std::make_shared<const StandIns>(std::move(standIns));
-    const std::lock_guard lock(m_standInMutex);
-    m_standIns.swap(replacement);
 }
 
 }  // namespace DeviceSimulator

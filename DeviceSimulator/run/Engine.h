@@ -11,9 +11,11 @@
 #include "DeviceSimulator/run/EventLoop.h"
 #include "DeviceSimulator/run/MusicSource.h"
 #include "DeviceSimulator/run/ScriptEngine.h"
-#include "DeviceSimulator/run/StandIns.h"
 
 namespace DeviceSimulator {
+
+/// DEVICE_SIMULATOR_DEVICE: what is plugged in at start.
+SimulatorOptions OptionsFromEnvironment();
 
 /// Every member may be called from any thread.
 class Engine {
@@ -26,8 +28,7 @@ class Engine {
 
     /// Does what the environment asks for, unless that has been done or Reset has been called.
     void EnsureStarted();
-    void Reset(SimulatorOptions options,
-               std::shared_ptr<const Clock> clock = std::make_shared<SteadyClock>());
+    void Reset(SimulatorOptions options, Clock clock = {});
 
     EventLoop& Loop() { return m_loop; }
     /// The same for all devices of one choice; each is made once.
@@ -35,12 +36,8 @@ class Engine {
     CallLog& Calls() { return m_calls; }
     ScriptEngine& Scripts() { return m_scripts; }
 
-    /// Never null.
-    std::shared_ptr<const StandIns> CurrentStandIns() const;
-    void SetStandIns(StandIns standIns);
-
   private:
-    Engine();
+    Engine() = default;
 
     EventLoop m_loop;
     std::mutex m_musicMutex;  // guards the three below
@@ -49,8 +46,6 @@ class Engine {
     bool m_isInEnvironment = false;            // a process of its own, which takes what its environment says
     CallLog m_calls;
     ScriptEngine m_scripts;
-    mutable std::mutex m_standInMutex;
-    std::shared_ptr<const StandIns> m_standIns;
     std::mutex m_startMutex;
     std::atomic<bool> m_isStarted{false};
 };

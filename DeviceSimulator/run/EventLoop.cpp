@@ -29,7 +29,7 @@ const Device* FindSounding(const ManagerModel& model) {
 
 EventLoop::EventLoop() : m_sound([this](const SoundTrack& track) { PassOver(track); }) {}
 
-void EventLoop::Reset(SimulatorOptions options, std::shared_ptr<const Clock> clock) {
+void EventLoop::Reset(SimulatorOptions options, Clock clock) {
     std::unique_lock lock(m_mutex);
     m_model.Reset(std::move(options));
     FollowSound();
@@ -42,7 +42,7 @@ void EventLoop::Reset(SimulatorOptions options, std::shared_ptr<const Clock> clo
 
 DevMgrResult EventLoop::Deregister(std::uint32_t process) {
     std::unique_lock lock(m_mutex);
-    const TimePoint now = m_clock->Now();
+    const TimePoint now = Now();
     const DevMgrResult result = m_model.Deregister(process, now);
     Settle(now);
     if (result == DEV_MGR_SUCCESS) {
@@ -51,19 +51,15 @@ DevMgrResult EventLoop::Deregister(std::uint32_t process) {
     return result;
 }
 
-void EventLoop::Abandon(std::uint32_t process) {
-    Locked([process](ManagerModel& model, TimePoint now) { model.Abandon(process, now); });
-}
-
 void EventLoop::Drain() {
     std::unique_lock lock(m_mutex);
-    Settle(m_clock->Now());
+    Settle(Now());
     m_delivered.wait(lock, [this, target = m_model.LastSequence()] { return m_deliveredCount >= target; });
 }
 
 void EventLoop::ClockMoved() {
     const std::lock_guard lock(m_mutex);
-    Settle(m_clock->Now());
+    Settle(Now());
 }
 
 /// Collects what has happened and wakes the thread, but only when there is something new for it: a call that
@@ -113,16 +109,19 @@ void EventLoop::PassOver(const SoundTrack& track) {
 void EventLoop::Run() {
     std::unique_lock lock(m_mutex);
     for (;;) {
-        m_model.Advance(m_clock->Now());
+        m_model.Advance(Now());
         FollowSound();
         if (m_model.HasPending()) {
             Deliver(lock, m_model.TakePending());
             continue;
         }
-        const auto clock = m_clock;
-        m_sleepsUntil = m_model.NextDue();
+        const auto until = m_sleepsUntil = m_model.NextDue();
         m_isSleeping = true;
-        clock->Wait(m_changed, lock, m_sleepsUntil);
+        if (until && !m_clock) {
+            m_changed.wait_until(lock, *until);
+        } else {
+            m_changed.wait(lock);
+        }
         m_isSleeping = false;
     }
 }

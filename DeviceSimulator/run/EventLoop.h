@@ -3,6 +3,7 @@
 
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -11,10 +12,13 @@
 #include <utility>
 
 #include "DeviceSimulator/device/ManagerModel.h"
-#include "DeviceSimulator/run/Clock.h"
 #include "DeviceSimulator/sound/SoundSender.h"
 
 namespace DeviceSimulator {
+
+/// Where the model's time comes from. An empty one is CLOCK_MONOTONIC; for another one, nothing is due until
+/// EventLoop::ClockMoved is called.
+using Clock = std::function<TimePoint()>;
 
 /// Lives as long as the process. Every member may be called from any thread; the lock is never held while a
 /// callback runs.
@@ -28,7 +32,7 @@ class EventLoop {
     template <typename Work>
     auto Locked(Work work) {
         const std::lock_guard lock(m_mutex);
-        const TimePoint now = m_clock->Now();
+        const TimePoint now = Now();
         m_model.Advance(now);
         if constexpr (std::is_void_v<std::invoke_result_t<Work, ManagerModel&, TimePoint>>) {
             work(m_model, now);
@@ -40,11 +44,9 @@ class EventLoop {
         }
     }
 
-    void Reset(SimulatorOptions options, std::shared_ptr<const Clock> clock);
+    void Reset(SimulatorOptions options, Clock clock);
     /// After it no callback of `process` runs any more, unless it is called from one.
     DevMgrResult Deregister(std::uint32_t process);
-    /// The same for a process that is no more: what plays goes on.
-    void Abandon(std::uint32_t process);
     /// Waits until what is pending or due now has been delivered.
     void Drain();
     /// Looks at the clock again.
@@ -57,6 +59,7 @@ class EventLoop {
         bool operator==(const Sounding&) const = default;
     };
 
+    TimePoint Now() const { return m_clock ? m_clock() : std::chrono::steady_clock::now(); }
     void Settle(TimePoint now);
     void FollowSound();
     void PassOver(const SoundTrack& track);
@@ -67,7 +70,7 @@ class EventLoop {
     std::mutex m_mutex;
     std::condition_variable m_changed;    // something is pending, or due sooner
     std::condition_variable m_delivered;  // a callback has returned, or an event is done with
-    std::shared_ptr<const Clock> m_clock = std::make_shared<SteadyClock>();
+    Clock m_clock;
     ManagerModel m_model;
     SoundSender m_sound;
     Sounding m_sounding;  // what the sender has been told of

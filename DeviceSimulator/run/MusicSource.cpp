@@ -10,17 +10,6 @@ namespace DeviceSimulator {
 
 namespace {
 
-class EmptyLibrary : public Library {
-  public:
-    std::size_t TrackCount() const override { return 0; }
-    TrackInfo Track(std::uint32_t) const override { return {}; }
-    std::shared_ptr<const ItemList> Items(const std::vector<PathStep>&, std::uint32_t) const override {
-        return std::make_shared<ItemList>();
-    }
-    std::string_view ItemName(std::uint32_t, std::uint32_t) const override { return {}; }
-    std::shared_ptr<const Picture> Cover(std::uint32_t) const override { return nullptr; }
-};
-
 std::shared_ptr<const Library> Make(const MusicSource::Maker& maker, const LibraryProgress& progress) {
     try {
         if (auto library = maker(progress)) {
@@ -29,7 +18,7 @@ std::shared_ptr<const Library> Make(const MusicSource::Maker& maker, const Libra
     } catch (const std::exception& error) {
         std::fprintf(stderr, "device simulator: no music library: %s\n", error.what());
     }
-    return std::make_shared<EmptyLibrary>();
+    return MakeSyntheticLibrary(0);
 }
 
 }  // namespace
@@ -47,11 +36,6 @@ void MusicSource::Reset(std::shared_ptr<const Library> library) {
     const std::lock_guard lock(m_mutex);
     m_library = promise.get_future().share();
     m_progress = std::make_shared<BuildProgress>(100);
-}
-
-void MusicSource::Prepare() {
-    const std::lock_guard lock(m_mutex);
-    Start();
 }
 
 std::shared_ptr<const BuildProgress> MusicSource::Progress() {

@@ -23,7 +23,7 @@ class MusicSource {
     /// What there is from now on; not null.
     void Reset(std::shared_ptr<const Library> library);
     /// Begins to build unless that has begun.
-    void Prepare();
+    void Prepare() { Progress(); }
     /// The same, and how far it is; also with a maker that fails it comes to 100.
     std::shared_ptr<const BuildProgress> Progress();
     /// Waits for it. Never null: a maker that fails leaves an empty library.

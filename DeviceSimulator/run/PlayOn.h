@@ -10,9 +10,6 @@ namespace DeviceSimulator {
 /// Gives the device to play on, or says why there is none. Called under the model's lock, once or twice.
 using FindDevice = std::function<DevMgrResult(ManagerModel&, Device*&)>;
 
-/// The music of that player of the process; the environment's while it has not opened it.
-MusicChoice ChoiceOf(Engine& engine, std::uint32_t process, std::uint32_t handle);
-
 /// Plays on; with nothing chosen yet, all that the library holds. DEV_MGR_IAP_IPOD_IN_STOP_STATE when it
 /// holds nothing.
 DevMgrResult PlayOn(Engine& engine, const FindDevice& find);

@@ -4,11 +4,11 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
-#include <new>
+#include <optional>
 #include <utility>
 
 #include "DeviceSimulator/run/Engine.h"
@@ -24,69 +24,33 @@ namespace {
 /// After a failed accept, for want of descriptors or memory.
 constexpr int kAcceptPauseMs = 100;
 
-struct RemoteCall {
-    RemoteClient& client;
-    Wire::Taker arguments;
-    Wire::Bytes& answer;
-    Descriptor memory;  ///< what goes to the client beside the answer
-};
+using Carrier = std::optional<std::uint32_t> (*)(Wire::Taker&, Wire::Bytes&);
 
-using CarriedResult = std::optional<std::uint32_t>;
-
-template <typename... Arguments>
-CarriedResult CarryTo(std::uint32_t (*function)(Arguments...), RemoteCall& call) {
-    return Wire::Carry<Arguments...>(function, call.arguments, call.answer);
-}
-
-CarriedResult CarryRegister(RemoteCall& call) {
-    return Wire::Carry<u32*, DeviceEventCallback>(
-        [&](u32* process, DeviceEventCallback callback) { return call.client.Register(process, callback); },
-        call.arguments, call.answer);
-}
-
-CarriedResult CarryAllocate(RemoteCall& call) {
-    return Wire::Carry<u32, u32*, u32*>(
-        [&](u32 process, u32* size, u32* block) {
-            return call.client.Allocate(process, size, block, call.memory);
-        },
-        call.arguments, call.answer);
-}
-
-using Carrier = CarriedResult (*)(RemoteCall&);
-
-constexpr std::array<Carrier, kFunctionCount> MakeCarriers() {
-    std::array<Carrier, kFunctionCount> carriers = {
+/// Room for the head, then what the call gives, which also may leave `call.memory`. False when the call makes
+/// no sense.
+bool Answer(RemoteCall& call, std::span<const std::byte> message, Wire::Bytes& answer) {
+    static constexpr Carrier kCarriers[] = {
 #define DEVICE_SIMULATOR_CARRIER(function, parameters) \
-    [](RemoteCall& call) { return CarryTo(&::function, call); },
+    [](Wire::Taker& taker, Wire::Bytes& bytes) { return Wire::Carry(&::function, taker, bytes); },
         DEVICE_MANAGER_FUNCTIONS(DEVICE_SIMULATOR_CARRIER)
 #undef DEVICE_SIMULATOR_CARRIER
     };
-    carriers[IndexOf(FunctionId::eDevMgrRegisterProcess)] = CarryRegister;
-    carriers[IndexOf(FunctionId::eDevMgrAllocateSharedMemory)] = CarryAllocate;
-    return carriers;
-}
-
-/// Room for the head, then what the call gives. False when the call makes no sense.
-bool Answer(RemoteClient& client, std::span<const std::byte> message, Wire::Bytes& answer,
-            Descriptor& memory) {
-    static constexpr auto kCarriers = MakeCarriers();
     Wire::Taker taker(message);
     const auto head = taker.Take<Wire::CallHead>();
     if (head.function >= kFunctionCount) {
         return false;
     }
-    CallLog::SetCaller(head.thread);
+    call.thread = head.thread;
     answer.assign(sizeof(Wire::AnswerHead), {});
-    RemoteCall call{client, taker, answer, Descriptor{}};
-    const CarriedResult result = kCarriers[head.function](call);
+    const auto result = kCarriers[head.function](taker, answer);
     if (!result) {
         return false;
     }
     const Wire::AnswerHead answerHead{static_cast<std::uint32_t>(answer.size() - sizeof(Wire::AnswerHead)),
                                       *result};
     std::memcpy(answer.data(), &answerHead, sizeof(answerHead));
-    if (*result == DEV_MGR_SUCCESS) {
-        memory = std::move(call.memory);
+    if (*result != DEV_MGR_SUCCESS) {
+        call.memory.Close();
     }
     return true;
 }
@@ -178,24 +142,23 @@ void PlayerServer::ServeCalls(const Descriptor& socket, std::uint64_t number) {
     {
         const std::lock_guard lock(m_mutex);
         const auto found = m_clients.find(number);
-        client = found != m_clients.end() ? found->second : nullptr;
+        if (found == m_clients.end()) {
+            return;
+        }
+        client = found->second;
     }
     Wire::Bytes buffer;
     Wire::Bytes answer;
     Descriptor none;
+    RemoteCall call(*client);
     try {
-        while (client != nullptr) {
+        for (bool isSent = true; isSent;) {
             const auto message =
                 Wire::ReceiveMessage(socket.Get(), buffer, sizeof(Wire::CallHead), Wire::kLongestCall, none);
-            Descriptor memory;
-            if (message.empty() || !Answer(*client, message, answer, memory)) {
-                return;
-            }
-            const bool isSent = memory.IsOpen() ? Wire::SendWith(socket.Get(), answer, memory.Get())
-                                                : SendAll(socket.Get(), answer);
-            if (!isSent) {
-                return;
-            }
+            isSent = !message.empty() && Answer(call, message, answer) &&
+                     (call.memory.IsOpen() ? Wire::SendWith(socket.Get(), answer, call.memory.Get())
+                                           : SendAll(socket.Get(), answer));
+            call.memory.Close();
         }
     } catch (const std::exception& error) {
         std::fprintf(stderr, "device simulator: a connection ends: %s\n", error.what());

@@ -4,38 +4,53 @@
 #include <poll.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
-#include <memory>
 
 #include "DeviceSimulator/run/Engine.h"
-#include "DeviceSimulator/run/Sessions.h"
 #include "DeviceSimulator/wire/Stream.h"
 
 namespace DeviceSimulator {
 
 namespace {
 
-/// Memory that two processes share. Its size is fixed: neither can take it away under the other.
-std::optional<MappedBlock> MakeShared(std::uint32_t size, std::uint32_t address, Descriptor& file) {
-    file = Descriptor(memfd_create("devmgr-block", MFD_CLOEXEC | MFD_ALLOW_SEALING));
-    if (address == 0 || !file.IsOpen() || ftruncate(file.Get(), size) != 0 ||
-        fcntl(file.Get(), F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL) != 0) {
+thread_local RemoteCall* t_call = nullptr;
+
+}  // namespace
+
+RemoteCall::RemoteCall(RemoteClient& caller) : client(caller) {
+    t_call = this;
+}
+
+RemoteCall::~RemoteCall() {
+    t_call = nullptr;
+}
+
+RemoteCall* RemoteCall::Current() {
+    return t_call;
+}
+
+std::uint64_t RemoteCall::CallingThread() {
+    return t_call != nullptr ? t_call->thread : static_cast<std::uint64_t>(syscall(SYS_gettid));
+}
+
+std::optional<MappedBlock> RemoteCall::MapShared(std::uint32_t size, std::uint32_t address) {
+    memory = Descriptor(memfd_create("devmgr-block", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+    // Its size is fixed: neither process can take it away under the other.
+    if (address == 0 || !memory.IsOpen() || ftruncate(memory.Get(), size) != 0 ||
+        fcntl(memory.Get(), F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL) != 0) {
         return std::nullopt;
     }
-    void* const start = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, file.Get(), 0);
+    void* const start = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, memory.Get(), 0);
     if (start == MAP_FAILED) {
         return std::nullopt;
     }
     const std::shared_ptr<void> owner(start, [size](void* mapped) { munmap(mapped, size); });
     return MappedBlock{address, {static_cast<std::uint8_t*>(start), size}, owner};
 }
-
-}  // namespace
-
-RemoteClient::RemoteClient(Descriptor socket) : m_socket(std::move(socket)) {}
 
 void RemoteClient::SendEvents() {
     for (;;) {
@@ -52,28 +67,10 @@ void RemoteClient::SendEvents() {
     Leave();
 }
 
-std::uint32_t RemoteClient::Register(std::uint32_t* process, DeviceEventCallback callback) {
-    const auto result = RegisterProcess(process, callback, shared_from_this());
-    if (result == DEV_MGR_SUCCESS && !Keep(*process)) {
-        // Without this client's lock: an event under way has the model's and wants this one.
-        Engine::Instance().Loop().Abandon(*process);
-    }
-    return result;
-}
-
-bool RemoteClient::Keep(std::uint32_t process) {
+DevMgrResult RemoteClient::Register(ManagerModel& model, std::uint32_t& process, TimePoint now) {
     const std::lock_guard lock(m_mutex);
-    if (!m_hasLeft) {
-        m_processes.insert(process);
-    }
-    return !m_hasLeft;
-}
-
-std::uint32_t RemoteClient::Allocate(std::uint32_t process, std::uint32_t* size, std::uint32_t* block,
-                                     Descriptor& memory) {
-    const std::uint32_t address = block != nullptr ? *block : 0;
-    return AllocateMemory(process, size, block,
-                          [&](std::uint32_t wanted) { return MakeShared(wanted, address, memory); });
+    // Leave, which waits for the model's lock, finds what is registered by now.
+    return m_hasLeft ? DEV_MGR_PROCESS_REGISTRY_FAILED : model.Register(shared_from_this(), process, now);
 }
 
 void RemoteClient::OnEvent(const DeviceEvent& event, std::uint32_t process) {
@@ -114,17 +111,19 @@ bool RemoteClient::SendPending() {
 }
 
 void RemoteClient::Leave() {
-    std::set<std::uint32_t> processes;
     {
         const std::lock_guard lock(m_mutex);
         m_hasLeft = true;
-        processes.swap(m_processes);
     }
     shutdown(m_socket.Get(), SHUT_RDWR);
-    for (const std::uint32_t process : processes) {
-        // One that has deregistered in order is not there any more.
-        Engine::Instance().Loop().Abandon(process);
-    }
+    // Without this client's lock, which is taken under the model's.
+    Engine::Instance().Loop().Locked([this](ManagerModel& model, TimePoint now) {
+        for (const std::uint32_t process : model.Processes().Handles()) {
+            if (model.Processes().Listener(process).get() == this) {
+                model.Abandon(process, now);
+            }
+        }
+    });
 }
 
 }  // namespace DeviceSimulator

@@ -1,14 +1,14 @@
 // A process that reaches the player through its own libdevicemanager.so: the device-manager processes that it
-// has registered, and the events that it has not been sent yet.
+// has registered, the events that it has not been sent yet, and its calls.
 #pragma once
 
 #include <cstdint>
 #include <deque>
 #include <memory>
 #include <mutex>
-#include <set>
+#include <optional>
 
-#include "DeviceSimulator/device/ProcessRegistry.h"
+#include "DeviceSimulator/device/ManagerModel.h"
 #include "DeviceSimulator/wire/Protocol.h"
 #include "ServiceUtil/Descriptor.h"
 #include "ServiceUtil/WakeUp.h"
@@ -23,7 +23,7 @@ class RemoteClient : public EventListener, public std::enable_shared_from_this<R
     static constexpr std::size_t kMostEvents = 4096;
 
     /// `socket`: the connection that its events go to.
-    explicit RemoteClient(Descriptor socket);
+    explicit RemoteClient(Descriptor socket) : m_socket(std::move(socket)) {}
 
     /// The player can do without it: it was not to be had for want of descriptors.
     bool IsGood() const { return m_wakeUp.IsOpen(); }
@@ -31,18 +31,13 @@ class RemoteClient : public EventListener, public std::enable_shared_from_this<R
     /// more.
     void SendEvents();
 
-    // What its calls need.
-
-    std::uint32_t Register(std::uint32_t* process, DeviceEventCallback callback);
-    std::uint32_t Allocate(std::uint32_t process, std::uint32_t* size, std::uint32_t* block,
-                           Descriptor& memory);
+    /// As ManagerModel::Register, whose lock is held. Fails when the client has gone.
+    DevMgrResult Register(ManagerModel& model, std::uint32_t& process, TimePoint now);
 
     void OnEvent(const DeviceEvent& event, std::uint32_t process) override;
     std::size_t Waiting() override;
 
   private:
-    /// False when the client has left.
-    bool Keep(std::uint32_t process);
     bool SendPending();
     void Leave();
 
@@ -50,8 +45,28 @@ class RemoteClient : public EventListener, public std::enable_shared_from_this<R
     const WakeUp m_wakeUp;  // an event has come
     std::mutex m_mutex;     // guards all below
     std::deque<Wire::EventMessage> m_events;
-    std::set<std::uint32_t> m_processes;
     bool m_hasLeft = false;
+};
+
+/// What a client's call is beside its function and arguments. Made by the thread that carries out the calls
+/// of one connection, and that thread's as long as it lives.
+struct RemoteCall {
+    explicit RemoteCall(RemoteClient& caller);
+    ~RemoteCall();
+    RemoteCall(const RemoteCall&) = delete;
+    RemoteCall& operator=(const RemoteCall&) = delete;
+
+    /// That of the calling thread; null: this process calls for itself.
+    static RemoteCall* Current();
+    /// The kernel's number of the thread that calls, in whichever process.
+    static std::uint64_t CallingThread();
+
+    /// Memory for `address` in the client, which gets it as `memory`. As MapBlock.
+    std::optional<MappedBlock> MapShared(std::uint32_t size, std::uint32_t address);
+
+    RemoteClient& client;
+    std::uint64_t thread = 0;
+    Descriptor memory;  ///< what goes to the client beside the answer
 };
 
 }  // namespace DeviceSimulator

@@ -1,5 +1,7 @@
 #include "DeviceSimulator/run/ScriptEngine.h"
 
+#include <utility>
+
 namespace DeviceSimulator {
 
 namespace {
@@ -62,7 +64,13 @@ void ScriptEngine::Clear() {
     m_cleared.notify_all();
 }
 
-void ScriptEngine::ApplyDelay(FunctionId function) {
+void ScriptEngine::SetStandIns(StandIns standIns) {
+    auto replacement = std::make_shared<const StandIns>(std::move(standIns));
+    const std::lock_guard lock(m_mutex);
+    m_standIns.swap(replacement);
+}
+
+ScriptEngine::Instead ScriptEngine::Apply(FunctionId function) {
     std::unique_lock lock(m_mutex);
     CallScript& script = m_scripts[IndexOf(function)];
     if (Use(script.delayTimes)) {
@@ -70,12 +78,7 @@ void ScriptEngine::ApplyDelay(FunctionId function) {
         m_cleared.wait_until(lock, until,
                              [this, generation = m_generation] { return m_generation != generation; });
     }
-}
-
-std::optional<std::uint32_t> ScriptEngine::NextFailure(FunctionId function) {
-    const std::lock_guard lock(m_mutex);
-    CallScript& script = m_scripts[IndexOf(function)];
-    return Use(script.failTimes) ? std::optional(script.failCode) : std::nullopt;
+    return {Use(script.failTimes) ? std::optional(script.failCode) : std::nullopt, m_standIns};
 }
 
 }  // namespace DeviceSimulator

@@ -1,17 +1,30 @@
-// What a script makes of the next calls: slower ones, failing ones.
+// What becomes of the next calls: scripts make them slower, or fail; a test answers them in the model's
+// place.
 #pragma once
 
 #include <array>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <mutex>
 #include <optional>
 
+#include "DeviceManager/DeviceManager.h"
 #include "DeviceSimulator/device/SimulatorOptions.h"
 #include "DeviceSimulator/wire/FunctionId.h"
 
 namespace DeviceSimulator {
+
+/// Every function's stand-in; an empty one leaves the model's own answer. A stand-in runs on the caller's
+/// thread, without any lock of the simulator's held, so it may block and may call back into the simulator.
+struct StandIns {
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a member's name takes none
+#define DEVICE_SIMULATOR_STAND_IN(name, parameters) std::function<decltype(::name)> name;
+    DEVICE_MANAGER_FUNCTIONS(DEVICE_SIMULATOR_STAND_IN)
+#undef DEVICE_SIMULATOR_STAND_IN
+};
 
 struct ArtworkScript {
     ArtworkVariant variant = ArtworkVariant::AsIs;
@@ -42,21 +55,27 @@ class ScriptEngine {
     std::uint32_t LargestBlock();
     /// By function.
     std::array<CallScript, kFunctionCount> Active();
-    /// Also releases the calls that are being delayed.
+    /// Also releases the calls that are being delayed. The stand-ins stay.
     void Clear();
 
-    /// Sleeps as long as the next call of `function` is to be delayed.
-    void ApplyDelay(FunctionId function);
-    /// The code with which the next call of `function` is to fail.
-    std::optional<std::uint32_t> NextFailure(FunctionId function);
+    void SetStandIns(StandIns standIns);
+
+    /// What takes the place of the model's answer.
+    struct Instead {
+        std::optional<std::uint32_t> failure;      ///< goes before a stand-in
+        std::shared_ptr<const StandIns> standIns;  ///< never null
+    };
+    /// For the next call of `function`, once the time has passed by which it is to be delayed.
+    Instead Apply(FunctionId function);
 
   private:
-    std::mutex m_mutex;
+    std::mutex m_mutex;  // guards all below
     std::condition_variable m_cleared;
     std::uint64_t m_generation = 0;
     std::array<CallScript, kFunctionCount> m_scripts{};
     ArtworkScript m_artwork;
     std::uint32_t m_largestBlock = UINT32_MAX;
+    std::shared_ptr<const StandIns> m_standIns = std::make_shared<StandIns>();
 };
 
 }  // namespace DeviceSimulator

@@ -5,10 +5,10 @@
 
 #include "DeviceSimulator/device/FieldText.h"
 #include "DeviceSimulator/run/Gate.h"
-#include "DeviceSimulator/run/Sessions.h"
+#include "DeviceSimulator/run/RemoteClient.h"
 #include "DeviceSimulator/wire/LowMemory.h"
 
-using namespace DeviceSimulator;
+namespace DeviceSimulator::Answers {
 
 namespace {
 
@@ -22,150 +22,82 @@ class CallbackListener : public EventListener {
     const DeviceEventCallback m_callback;
 };
 
-}  // namespace
-
-u32 DeviceSimulator::RegisterProcess(u32* ph, DeviceEventCallback callback,
-                                     std::shared_ptr<EventListener> listener) {
-    return PassGate(
-        DEVICE_SIMULATOR_KEY(eDevMgrRegisterProcess),
-        [&](Engine& engine) -> u32 {
-            if (ph == nullptr) {
-                return DEV_MGR_WRONG_PARAMS;
-            }
-            if (callback == nullptr) {
-                listener = nullptr;
-            }
-            engine.Music()->Prepare();
-            return engine.Loop().Locked([&](ManagerModel& model, TimePoint now) {
-                return model.Register(std::move(listener), *ph, now);
-            });
-        },
-        ph, callback);
+std::optional<MappedBlock> MapHere(u32 size) {
+    auto memory = std::make_shared<LowMemory>(size);
+    if (!memory->Fill(-1)) {
+        return std::nullopt;
+    }
+    return MappedBlock{memory->Address(), {memory->Start(), size}, memory};
 }
 
-u32 eDevMgrDeRegisterProcess(u32 ph) {
-    return PassGate(
-        DEVICE_SIMULATOR_KEY(eDevMgrDeRegisterProcess),
-        [&](Engine& engine) { return engine.Loop().Deregister(ph); }, ph);
-}
-
-u32 eDevMgrRegisterProcess(u32* ph, DeviceEventCallback callback) {
-    return RegisterProcess(ph, callback, std::make_shared<CallbackListener>(callback));
-}
-
-u32 DeviceSimulator::AllocateMemory(u32 ph, u32* size, u32* block, const MapBlock& map) {
-    return PassGate(
-        DEVICE_SIMULATOR_KEY(eDevMgrAllocateSharedMemory),
-        [&](Engine& engine) -> u32 {
-            return engine.Loop().Locked([&](ManagerModel& model, TimePoint) -> DevMgrResult {
-                if (!model.Processes().Contains(ph)) {
-                    return DEV_MGR_PROCESS_NOT_REGISTERED;
-                }
-                if (size == nullptr || block == nullptr) {
-                    return DEV_MGR_WRONG_PARAMS;
-                }
-                const u32 granted = std::min(*size, engine.Scripts().LargestBlock());
-                const DevMgrResult result = model.AllocateMemory(ph, granted, map, *block);
-                *size = result == DEV_MGR_SUCCESS ? granted : *size;
-                return result;
-            });
-        },
-        ph, InOut<u32>{size}, block);
-}
-
-u32 eDevMgrAllocateSharedMemory(u32 ph, u32* size, u32* block) {
-    return AllocateMemory(ph, size, block, [](u32 wanted) -> std::optional<MappedBlock> {
-        auto memory = std::make_shared<LowMemory>(wanted);
-        if (!memory->Fill(-1)) {
-            return std::nullopt;
-        }
-        return MappedBlock{memory->Address(), {memory->Start(), wanted}, memory};
+u32 eDevMgrRegisterProcess(Engine& engine, u32* ph, DeviceEventCallback callback) {
+    if (ph == nullptr || callback == nullptr) {
+        return DEV_MGR_WRONG_PARAMS;
+    }
+    engine.Music()->Prepare();
+    return engine.Loop().Locked([&](ManagerModel& model, TimePoint now) {
+        RemoteCall* const remote = RemoteCall::Current();
+        return remote != nullptr ? remote->client.Register(model, *ph, now)
+                                 : model.Register(std::make_shared<CallbackListener>(callback), *ph, now);
     });
 }
 
-u32 eDevMgrDeAllocateSharedMemory(u32 ph, u32 block) {
-    return PassGate(
-        DEVICE_SIMULATOR_KEY(eDevMgrDeAllocateSharedMemory),
-        [&](Engine& engine) {
-            return engine.Loop().Locked(
-                [&](ManagerModel& model, TimePoint) { return model.FreeMemory(ph, block); });
-        },
-        ph, block);
+u32 eDevMgrDeRegisterProcess(Engine& engine, u32 ph) {
+    return engine.Loop().Deregister(ph);
 }
 
-u32 eDevMgrGetNumDevices(u32 ph, u32* count) {
-    return PassGate(
-        DEVICE_SIMULATOR_KEY(eDevMgrGetNumDevices),
-        [&](Engine& engine) {
-            return engine.Loop().Locked([&](ManagerModel& model, TimePoint) -> DevMgrResult {
-                if (!model.Processes().Contains(ph)) {
-                    return DEV_MGR_PROCESS_NOT_REGISTERED;
-                }
-                if (count == nullptr) {
-                    return DEV_MGR_WRONG_PARAMS;
-                }
-                *count = static_cast<u32>(model.Listed().size());
-                return DEV_MGR_SUCCESS;
-            });
-        },
-        ph, count);
+u32 eDevMgrAllocateSharedMemory(ManagerModel& model, TimePoint, u32 ph, InOut<u32> size, u32& block) {
+    const u32 granted = std::min(*size, Engine::Instance().Scripts().LargestBlock());
+    const auto map = [&](u32 wanted) {
+        RemoteCall* const remote = RemoteCall::Current();
+        return remote != nullptr ? remote->MapShared(wanted, block) : MapHere(wanted);
+    };
+    const DevMgrResult result = model.AllocateMemory(ph, granted, map, block);
+    *size = result == DEV_MGR_SUCCESS ? granted : *size;
+    return result;
 }
 
-u32 eDevMgrGetDeviceList(u32 ph, DeviceRecord* list, u32 reserved, u32* count) {
-    return PassGate(
-        DEVICE_SIMULATOR_KEY(eDevMgrGetDeviceList),
-        [&](Engine& engine) {
-            return engine.Loop().Locked([&](ManagerModel& model, TimePoint) -> DevMgrResult {
-                if (!model.Processes().Contains(ph)) {
-                    return DEV_MGR_PROCESS_NOT_REGISTERED;
-                }
-                if (count == nullptr || reserved != 0 || (list == nullptr && *count > 0)) {
-                    return DEV_MGR_WRONG_PARAMS;
-                }
-                const auto devices = model.Listed();
-                *count = std::min(*count, static_cast<u32>(devices.size()));
-                std::transform(devices.begin(), devices.begin() + *count, list,
-                               [](const Device* device) { return MakeRecord(device->identity); });
-                return DEV_MGR_SUCCESS;
-            });
-        },
-        ph, list, reserved, InOut<u32>{count});
+u32 eDevMgrDeAllocateSharedMemory(ManagerModel& model, TimePoint, u32 ph, u32 block) {
+    return model.FreeMemory(ph, block);
 }
 
-u32 eDevMgrOpenDevice(u32 ph, u32 dh) {
-    return PassGate(
-        DEVICE_SIMULATOR_KEY(eDevMgrOpenDevice),
-        [&](Engine& engine) {
-            return engine.Loop().Locked([&](ManagerModel& model, TimePoint) { return model.Open(ph, dh); });
-        },
-        ph, dh);
+u32 eDevMgrGetNumDevices(ManagerModel& model, TimePoint, u32, u32& count) {
+    count = static_cast<u32>(model.Listed().size());
+    return DEV_MGR_SUCCESS;
 }
 
-u32 eDevMgrCloseDevice(u32 ph, u32 dh) {
-    return PassGate(
-        DEVICE_SIMULATOR_KEY(eDevMgrCloseDevice),
-        [&](Engine& engine) {
-            return engine.Loop().Locked(
-                [&](ManagerModel& model, TimePoint now) { return model.Close(ph, dh, now); });
-        },
-        ph, dh);
+u32 eDevMgrGetDeviceList(ManagerModel& model, TimePoint, u32, DeviceRecord* list, u32 reserved,
+                         InOut<u32> count) {
+    if (reserved != 0 || (list == nullptr && *count > 0)) {
+        return DEV_MGR_WRONG_PARAMS;
+    }
+    const auto devices = model.Listed();
+    *count = std::min(*count, static_cast<u32>(devices.size()));
+    std::transform(devices.begin(), devices.begin() + *count, list,
+                   [](const Device* device) { return MakeRecord(device->identity); });
+    return DEV_MGR_SUCCESS;
 }
 
-u32 eDevMgrGetiPodInfo(u32 ph, u32 dh, IpodInfo* info) {
-    return PassPlayerGate(
-        DEVICE_SIMULATOR_KEY(eDevMgrGetiPodInfo),
-        [&](const Device& device, TimePoint) {
-            if (info == nullptr) {
-                return DEV_MGR_WRONG_PARAMS;
-            }
-            *info = IpodInfo{};
-            CopyText(info->name, device.identity.name);
-            info->major = 7;
-            info->minor = 1;
-            info->revision = 2;
-            CopyText(info->serial, device.identity.serial);
-            CopyText(info->model, "SIM100");
-            return DEV_MGR_SUCCESS;
-        },
-        ph, dh, info);
+u32 eDevMgrOpenDevice(ManagerModel& model, TimePoint, u32 ph, u32 dh) {
+    return model.Open(ph, dh);
 }
+
+u32 eDevMgrCloseDevice(ManagerModel& model, TimePoint now, u32 ph, u32 dh) {
+    return model.Close(ph, dh, now);
+}
+
+u32 eDevMgrGetiPodInfo(const Device& device, TimePoint, IpodInfo& info) {
+    info.major = 7;
+    info.minor = 1;
+    info.revision = 2;
+    CopyText(info.name, device.identity.name);
+    CopyText(info.serial, device.identity.serial);
+    CopyText(info.model, "SIM100");
+    return DEV_MGR_SUCCESS;
+}
+
+}  // namespace
+
+}  // namespace DeviceSimulator::Answers
+
+DEVICE_MANAGER_SESSION_FUNCTIONS(DEVICE_SIMULATOR_FUNCTION)

@@ -107,40 +107,39 @@ inline void Receive(Taker& taker, char** pointer, std::uint32_t) {
 
 // At the player: what a call works on in the caller's place.
 
-template <typename T>
-struct Held;
-
-template <Number T>
-struct Held<T> {
-    T value{};
-    void Read(Taker& taker) { value = taker.Take<T>(); }
-    T Get(std::uint32_t) { return value; }
+struct HeldPointer {
+    bool isThere = false;
+    void Read(Taker& taker) { isThere = TakeFlag(taker); }
+    /// Puts what came out at the pointer, which is there; of a list so many records.
     void Answer(Bytes&, std::uint32_t) const {}
 };
 
 template <typename T>
-requires(Number<T> || Record<T>) struct Held<T*> {
-    bool isThere = false;
+struct Held;
+
+template <Number T>
+struct Held<T> : HeldPointer {
+    T value{};
+    void Read(Taker& taker) { value = taker.Take<T>(); }
+    T Get(std::uint32_t) { return value; }
+};
+
+template <typename T>
+requires(Number<T> || Record<T>) struct Held<T*> : HeldPointer {
     T value{};
     void Read(Taker& taker) {
-        isThere = TakeFlag(taker);
+        HeldPointer::Read(taker);
         if constexpr (Number<T>) {
             value = taker.Take<T>();
         }
     }
     T* Get(std::uint32_t) { return isThere ? &value : nullptr; }
-    void Answer(Bytes& bytes, std::uint32_t) const {
-        if (isThere) {
-            Put(bytes, value);
-        }
-    }
+    void Answer(Bytes& bytes, std::uint32_t) const { Put(bytes, value); }
 };
 
 template <ListRecord T>
-struct Held<T*> {
-    bool isThere = false;
+struct Held<T*> : HeldPointer {
     std::unique_ptr<T[]> records;
-    void Read(Taker& taker) { isThere = TakeFlag(taker); }
     T* Get(std::uint32_t room) {
         if (isThere) {
             // Not cleared: of a large room most is never touched.
@@ -149,54 +148,42 @@ struct Held<T*> {
         return records.get();
     }
     void Answer(Bytes& bytes, std::uint32_t count) const {
-        if (isThere) {
-            Put(bytes, count);
-            PutBytes(bytes, records.get(), sizeof(T) * std::size_t{count});
-        }
+        Put(bytes, count);
+        PutBytes(bytes, records.get(), sizeof(T) * std::size_t{count});
     }
 };
 
 template <>
-struct Held<char*> {
-    bool isThere = false;
+struct Held<char*> : HeldPointer {
     std::string text;
     void Read(Taker& taker) {
-        isThere = TakeFlag(taker);
+        HeldPointer::Read(taker);
         text = TakeText(taker);
     }
     char* Get(std::uint32_t) { return isThere ? text.data() : nullptr; }
-    void Answer(Bytes&, std::uint32_t) const {}
 };
 
 template <>
-struct Held<char**> {
-    bool isThere = false;
+struct Held<char**> : HeldPointer {
     char* text = nullptr;
     Held() = default;
-    void Read(Taker& taker) { isThere = TakeFlag(taker); }
     ~Held() { std::free(text); }
     Held(const Held&) = delete;
     Held& operator=(const Held&) = delete;
     char** Get(std::uint32_t) { return isThere ? &text : nullptr; }
     void Answer(Bytes& bytes, std::uint32_t) const {
-        if (isThere) {
-            PutFlag(bytes, text != nullptr);
-            if (text != nullptr) {
-                PutText(bytes, text);
-            }
+        PutFlag(bytes, text != nullptr);
+        if (text != nullptr) {
+            PutText(bytes, text);
         }
     }
 };
 
-inline void Ignore(const DeviceEvent*, u32) {}
-
 template <>
-struct Held<DeviceEventCallback> {
-    bool isThere = false;
-    void Read(Taker& taker) { isThere = TakeFlag(taker); }
+struct Held<DeviceEventCallback> : HeldPointer {
     /// What it is called for is the client's; this one stands for "not null".
+    static void Ignore(const DeviceEvent*, u32) {}
     DeviceEventCallback Get(std::uint32_t) { return isThere ? &Ignore : nullptr; }
-    void Answer(Bytes&, std::uint32_t) const {}
 };
 
 template <typename... Arguments>
@@ -204,26 +191,27 @@ constexpr bool kHasList = (ListRecord<std::remove_pointer_t<Arguments>> || ...);
 
 /// Calls `function` with what has come from the client, and puts what it gives into `answer`. None: what came
 /// is not what goes in.
-template <typename... Arguments, typename Function>
-std::optional<std::uint32_t> Carry(Function function, Taker& taker, Bytes& answer) {
+template <typename... Arguments>
+std::optional<std::uint32_t> Carry(u32 (*function)(Arguments...), Taker& taker, Bytes& answer) {
     std::tuple<Held<Arguments>...> held;
     std::apply([&](auto&... each) { (each.Read(taker), ...); }, held);
     if (!taker.IsDone()) {
         return std::nullopt;
     }
+    std::uint32_t* count = nullptr;
+    if constexpr (kHasList<Arguments...>) {
+        count = std::get<Held<u32*>>(held).Get(0);
+    }
+    if (count != nullptr) {
+        *count = std::min(*count, kMostRecords);
+    }
+    const std::uint32_t room = count != nullptr ? *count : 0;
     return std::apply(
         [&](auto&... each) {
-            std::uint32_t* count = nullptr;
-            if constexpr (kHasList<Arguments...>) {
-                count = std::get<Held<u32*>>(held).Get(0);
-            }
-            if (count != nullptr) {
-                *count = std::min(*count, kMostRecords);
-            }
-            const std::uint32_t room = count != nullptr ? *count : 0;
             const std::uint32_t result = function(each.Get(room)...);
+            const std::uint32_t given = count != nullptr ? std::min(*count, room) : 0;
             if (result == DEV_MGR_SUCCESS) {
-                (each.Answer(answer, count != nullptr ? std::min(*count, room) : 0), ...);
+                ((each.isThere ? each.Answer(answer, given) : void()), ...);
             }
             return result;
         },

@@ -206,13 +206,21 @@ void DeregisterInside(const DeviceEvent*, u32 process) {
 
 std::mutex g_held;
 
-TEST_F(ClientTest, EventsByHandAreBoundedForAProcessThatTakesNone) {
+TEST_F(ClientTest, ACallbackThatHangsHoldsUpNoOtherAndNoMoreThanIsBounded) {
     OpenPlayer();
     u32 hanging = 0;
     std::unique_lock lock(g_held);
-    const auto hang = [](const DeviceEvent*, u32) { const std::lock_guard wait(g_held); };
+    const auto hang = [](const DeviceEvent*, u32) {
+        g_callbacks = 1;
+        const std::lock_guard wait(g_held);
+    };
+    g_callbacks = 0;
     ASSERT_EQ(eDevMgrRegisterProcess(&hanging, hang), DEV_MGR_SUCCESS);
-    // Each is two, one a process; what the sockets take does not wait in the player.
+    Command(R"({"command":"event","words":[2]})");
+    ASSERT_TRUE(WaitUntil([] { return g_callbacks == 1; }));
+    Command(R"({"command":"event","words":[5]})");
+    EXPECT_TRUE(IsTold(process, 5));
+    // Each is two, one a process; what the library and the sockets take does not wait in the player.
     int taken = 0;
     while (taken < 20'000 &&
            Command(R"({"command":"event","words":[2]})").find("too many") == std::string::npos) {

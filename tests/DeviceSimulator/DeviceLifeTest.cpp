@@ -43,7 +43,7 @@ TEST_F(DeviceLifeTest, APhoneWhoseProcessIsNoMorePlaysOn) {
     ASSERT_EQ(eSelectNowPlayingIndex(ph, dh, 5), DEV_MGR_SUCCESS);
     Pass(1500ms);
     Simulator::Instance().Drain();
-    Engine::Instance().Loop().Abandon(ph);
+    Engine::Instance().Loop().Locked([this](ManagerModel& model, TimePoint now) { model.Abandon(ph, now); });
     EXPECT_EQ(eDevMgriPodPause(ph, dh), u32{DEV_MGR_PROCESS_NOT_REGISTERED});
     Pass(1500ms);
     Simulator::Instance().Drain();

@@ -95,9 +95,9 @@ TEST_F(SharedMemoryTest, TheCoverIsThatOfThePlayingTrackOnceItIsThere) {
     EXPECT_EQ(eDevMgriPodGetPlayingTrackAlbumArt(ph, dh, &height, &width, 0),
               u32{DEV_MGR_WROG_SHARED_MEMORY});
     Simulator::Instance().SetArtwork(ArtworkVariant::Limit, 500ms);
-    clock->Move(499ms);
+    Move(499ms);
     EXPECT_EQ(fetch(), u32{DEV_MGR_IAP_RETRIEVING_ALBUM_ART_IN_PROGRESS});
-    clock->Move(1ms);
+    Move(1ms);
     EXPECT_EQ(fetch(), DEV_MGR_SUCCESS);
     ASSERT_EQ(eDevMgriPodPlayNextPreviousTrack(ph, dh, DEV_MGR_SKIP_NEXT), DEV_MGR_SUCCESS);
     EXPECT_EQ(fetch(), u32{DEV_MGR_IAP_RETRIEVING_ALBUM_ART_IN_PROGRESS});

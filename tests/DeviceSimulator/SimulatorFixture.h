@@ -18,7 +18,6 @@
 #include "DeviceSimulator/embedded/Simulator.h"
 #include "DeviceSimulator/music/LibraryBuilder.h"
 #include "DeviceSimulator/run/Engine.h"
-#include "DeviceSimulator/run/Environment.h"
 #include "ServiceUtil/JsonText.h"
 
 namespace DeviceSimulator::Test {
@@ -63,20 +62,6 @@ inline std::string EventText(std::uint32_t id, std::uint32_t value) {
     return EventWord(id) + (text == "0" ? "" : "=" + text);
 }
 
-/// Stands still until it is moved.
-class ManualClock : public Clock {
-  public:
-    TimePoint Now() const override { return TimePoint{1000s} + std::chrono::nanoseconds{m_passed.load()}; }
-    void Wait(std::condition_variable& changed, std::unique_lock<std::mutex>& lock,
-              std::optional<TimePoint>) const override {
-        changed.wait(lock);
-    }
-    void Move(std::chrono::nanoseconds time) { m_passed += time.count(); }
-
-  private:
-    std::atomic<std::int64_t> m_passed{0};
-};
-
 class SimulatorTest : public testing::Test {
   protected:
     SimulatorTest() { Restart({}); }
@@ -88,7 +73,7 @@ class SimulatorTest : public testing::Test {
     /// A simulator with the test library, this fixture's clock and one registered process.
     void Restart(SimulatorOptions options) {
         options.library = MakeTestLibrary();
-        Engine::Instance().Reset(std::move(options), clock);
+        Engine::Instance().Reset(std::move(options), [now = m_now] { return TimePoint{*now}; });
         ph = Register();
     }
 
@@ -103,8 +88,10 @@ class SimulatorTest : public testing::Test {
         s_events[process].push_back(*event);
     }
 
+    /// The clock, which stands still otherwise.
+    void Move(std::chrono::nanoseconds time) { *m_now = m_now->load() + time; }
     void Pass(std::chrono::nanoseconds time) {
-        clock->Move(time);
+        Move(time);
         Engine::Instance().Loop().ClockMoved();
     }
 
@@ -167,11 +154,13 @@ class SimulatorTest : public testing::Test {
         return result == DEV_MGR_SUCCESS ? record.title : std::to_string(result);
     }
 
-    std::shared_ptr<ManualClock> clock = std::make_shared<ManualClock>();
     u32 ph = 0;
     u32 dh = 0;
 
   private:
+    // The simulator may look at it still when the test is over.
+    std::shared_ptr<std::atomic<std::chrono::nanoseconds>> m_now =
+        std::make_shared<std::atomic<std::chrono::nanoseconds>>(1000s);
     static inline std::mutex s_mutex;
     static inline std::map<u32, std::vector<DeviceEvent>> s_events;
 };
