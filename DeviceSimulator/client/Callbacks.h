@@ -3,6 +3,7 @@
 
 #include <condition_variable>
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -15,7 +16,14 @@ namespace DeviceSimulator {
 /// no other. No lock is held while a callback runs. Every member may be called from any thread, but for
 /// Deliver.
 class Callbacks {
-    struct Order;
+    /// One process's events.
+    struct Order {
+        std::uint32_t process = 0;
+        DeviceEventCallback callback = nullptr;  ///< null until it is registered
+        std::deque<DeviceEvent> events;
+        bool isRunning = false;  ///< the callback
+        bool isOver = false;
+    };
 
   public:
     /// How far a callback may be behind before all wait for it.
@@ -25,7 +33,7 @@ class Callbacks {
     class Registering {
       public:
         /// std::system_error when there is no thread to be had.
-        explicit Registering(Callbacks& callbacks);
+        explicit Registering(std::shared_ptr<Callbacks> callbacks);
         ~Registering();
         Registering(const Registering&) = delete;
         Registering& operator=(const Registering&) = delete;
@@ -34,8 +42,8 @@ class Callbacks {
         void Add(std::uint32_t process, DeviceEventCallback callback);
 
       private:
-        Callbacks& m_callbacks;
-        std::shared_ptr<Order> m_order;  // null once it is added
+        const std::shared_ptr<Callbacks> m_callbacks;
+        const std::shared_ptr<Order> m_order;
     };
 
     /// After it no callback of `process` runs any more, unless it is called from that.
@@ -49,7 +57,9 @@ class Callbacks {
     void DeliverToAll(const DeviceEvent& event);
 
   private:
-    std::mutex m_mutex;  // guards all below; taken before an Order's
+    void Run(Order& order);
+
+    std::mutex m_mutex;  // guards all below
     std::condition_variable m_changed;
     std::map<std::uint32_t, std::shared_ptr<Order>> m_orders;
     int m_registering = 0;

@@ -49,7 +49,7 @@ class Players {
         }
         if (m_latest != nullptr) {
             // Waits for those who register with it still: the next player gives none of their handles again.
-            m_latest->Registered().AwaitRegistrations();
+            m_latest->Registered()->AwaitRegistrations();
         }
         auto link = PlayerLink::Open(m_nextProcess);
         const std::lock_guard lock(m_mutex);
@@ -140,7 +140,7 @@ u32 Call<FunctionId::eDevMgrDeRegisterProcess>(u32 ph) {
         if (result != DEV_MGR_SUCCESS && link.IsAlive()) {
             return result;
         }
-        link.Registered().Remove(ph);
+        link.Registered()->Remove(ph);
         link.RemoveBlocks(ph);
         Players::Instance().Remove(ph);
         return DEV_MGR_SUCCESS;

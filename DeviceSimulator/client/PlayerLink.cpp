@@ -112,12 +112,12 @@ void PlayerLink::RemoveBlocks(std::uint32_t process) {
 void PlayerLink::ReceiveEvents() {
     Wire::EventMessage message;
     while (Wire::ReceiveFlat(m_player.socket.Get(), message)) {
-        m_callbacks.Deliver(message.event, message.process);
+        m_callbacks->Deliver(message.event, message.process);
     }
     Lose();
     DeviceEvent exited{};
     exited.words[0] = DEV_MGR_EVENT_DEVICE_MANAGER_EXITED;
-    m_callbacks.DeliverToAll(exited);
+    m_callbacks->DeliverToAll(exited);
     if (m_player.child >= 0) {
         // It has gone; this leaves nothing of it behind.
         WaitForChild(m_player.child);

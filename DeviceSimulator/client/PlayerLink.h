@@ -47,7 +47,7 @@ class PlayerLink : public std::enable_shared_from_this<PlayerLink> {
     /// `connection->answer`. None: the player has gone, or does not make sense.
     static std::optional<std::uint32_t> Exchange(CallConnection& connection, FunctionId function);
 
-    Callbacks& Registered() { return m_callbacks; }
+    const std::shared_ptr<Callbacks>& Registered() const { return m_callbacks; }
     void AddBlock(std::uint32_t process, LowMemory memory);
     /// False when there is none.
     bool RemoveBlock(std::uint32_t process, std::uint32_t address);
@@ -59,7 +59,7 @@ class PlayerLink : public std::enable_shared_from_this<PlayerLink> {
     const FoundPlayer m_player;
     Wire::Hello m_hello;  // of connections for calls
     std::atomic<bool> m_isAlive{true};
-    Callbacks m_callbacks;
+    const std::shared_ptr<Callbacks> m_callbacks = std::make_shared<Callbacks>();
     std::mutex m_mutex;  // guards all below
     std::vector<std::unique_ptr<CallConnection>> m_idle;
     std::map<std::pair<std::uint32_t, std::uint32_t>, LowMemory> m_blocks;  // by process and address

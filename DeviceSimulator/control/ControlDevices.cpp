@@ -110,7 +110,7 @@ std::string Plug(ControlCall& call) {
     }
     for (const DeviceDescription& device : descriptions) {
         if (IsPlayer(device.type)) {
-            Engine::Instance().Music(device.character.music)->Prepare();
+            Engine::Instance().Music(device.character.music);
         }
     }
     const auto handles =

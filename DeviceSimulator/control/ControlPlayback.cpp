@@ -4,7 +4,7 @@
 #include <unordered_map>
 
 #include "DeviceSimulator/control/ControlCommand.h"
-#include "DeviceSimulator/run/PlayOn.h"
+#include "DeviceSimulator/run/Engine.h"
 
 namespace DeviceSimulator {
 

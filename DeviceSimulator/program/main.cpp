@@ -92,5 +92,5 @@ int main(int argc, char** argv) {
     if (const char* const path = std::getenv("DEVICE_SIMULATOR_CONTROL"); path != nullptr && *path != '\0') {
         control = ControlServer::Open(path);
     }
-    PlayerServer(std::move(listener), options.isStaying).Run();
+    ServePlayer(std::move(listener), options.isStaying);
 }

@@ -5,24 +5,26 @@
 
 namespace DeviceSimulator {
 
-std::uint64_t CallLog::Begin(FunctionId function, std::uint64_t thread, CallArguments arguments) {
+std::uint64_t CallLog::Begin(FunctionId function, CallRecord call) {
     const std::lock_guard lock(m_mutex);
     if (m_calls.size() == kMostCalls) {
         m_calls.pop_front();
         ++m_firstCall;
     }
-    m_calls.push_back({function, thread, std::move(arguments)});
+    call.isRunning = true;
+    call.number = m_firstCall + m_calls.size();
+    m_calls.push_back({function, std::move(call)});
     ++m_counts[IndexOf(function)];
     if (m_waiters > 0) {
         m_begun.notify_all();
     }
-    return m_firstCall + m_calls.size() - 1;
+    return m_calls.back().record.number;
 }
 
 void CallLog::End(std::uint64_t call, std::uint32_t result) {
     const std::lock_guard lock(m_mutex);
     if (call >= m_firstCall && call - m_firstCall < m_calls.size()) {
-        Call& ended = m_calls[static_cast<std::size_t>(call - m_firstCall)];
+        CallRecord& ended = m_calls[static_cast<std::size_t>(call - m_firstCall)].record;
         ended.result = result;
         ended.isRunning = false;
     }
@@ -31,24 +33,14 @@ void CallLog::End(std::uint64_t call, std::uint32_t result) {
 std::vector<CallRecord> CallLog::Records(const Filter& filter) const {
     const std::lock_guard lock(m_mutex);
     std::vector<CallRecord> records;
-    for (std::size_t i = m_calls.size(); i > 0 && records.size() < filter.limit; --i) {
-        const Call& call = m_calls[i - 1];
-        const std::uint64_t number = m_firstCall + i - 1;
-        if (number < filter.since) {
+    for (auto call = m_calls.rbegin(); call != m_calls.rend() && records.size() < filter.limit; ++call) {
+        if (call->record.number < filter.since) {
             break;
         }
-        if (filter.only && *filter.only != call.function) {
-            continue;
+        if (!filter.only || *filter.only == call->function) {
+            records.push_back(call->record);
+            records.back().name = NameOf(call->function);
         }
-        CallRecord& record = records.emplace_back();
-        record.name = NameOf(call.function);
-        const auto* numbers = call.arguments.numbers.data();
-        record.arguments.assign(numbers, numbers + call.arguments.count);
-        record.text = call.arguments.text;
-        record.result = call.result;
-        record.isRunning = call.isRunning;
-        record.thread = call.thread;
-        record.number = number;
     }
     std::reverse(records.begin(), records.end());
     return records;
@@ -64,12 +56,10 @@ std::size_t CallLog::CountOf(FunctionId function, std::uint64_t since) const {
         return m_counts[IndexOf(function)];
     }
     const std::uint64_t skipped = since > m_firstCall ? since - m_firstCall : 0;
-    std::size_t count = 0;
-    for (auto i = static_cast<std::size_t>(std::min<std::uint64_t>(skipped, m_calls.size()));
-         i < m_calls.size(); ++i) {
-        count += m_calls[i].function == function ? 1U : 0U;
-    }
-    return count;
+    const auto first =
+        m_calls.begin() + static_cast<std::ptrdiff_t>(std::min<std::uint64_t>(skipped, m_calls.size()));
+    return static_cast<std::size_t>(
+        std::count_if(first, m_calls.end(), [&](const Call& call) { return call.function == function; }));
 }
 
 void CallLog::Clear() {

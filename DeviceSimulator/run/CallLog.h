@@ -27,25 +27,14 @@ struct CallRecord {
     std::uint64_t number = 0;  ///< counts up with every call, from the process's first
 };
 
-/// The numbers that a call was handed.
-struct CallArguments {
-    static constexpr std::size_t kMost = 8;
-
-    std::array<std::int64_t, kMost> numbers{};
-    std::size_t count = 0;
-    std::string text;
-
-    void Add(std::int64_t number) { numbers[count++] = number; }
-};
-
 /// Every member may be called from any thread.
 class CallLog {
   public:
     /// Of more calls, the oldest are forgotten: a player that runs for days does not grow.
     static constexpr std::size_t kMostCalls = 16'384;
 
-    /// A number to hand to End. `thread`: the kernel's number of the calling one.
-    std::uint64_t Begin(FunctionId function, std::uint64_t thread, CallArguments arguments);
+    /// Keeps `call`, in which the caller has filled in arguments, text and thread. A number to hand to End.
+    std::uint64_t Begin(FunctionId function, CallRecord call);
     void End(std::uint64_t call, std::uint32_t result);
 
     struct Filter {
@@ -66,10 +55,7 @@ class CallLog {
   private:
     struct Call {
         FunctionId function;
-        std::uint64_t thread;
-        CallArguments arguments;
-        std::uint32_t result = 0;
-        bool isRunning = true;
+        CallRecord record;  // without the name
     };
 
     std::size_t CountOf(FunctionId function, std::uint64_t since) const;

@@ -20,20 +20,20 @@ void Engine::EnsureStarted() {
     {
         // Before the loop is at work: what is plugged then asks for its music.
         const std::lock_guard musicLock(m_musicMutex);
-        m_isInEnvironment = true;
+        m_maker = [](const LibraryProgress& progress) { return MakeChosenLibrary({}, progress); };
     }
     m_loop.Reset(OptionsFromEnvironment(), {});
     m_isStarted.store(true, std::memory_order_release);
 }
 
-void Engine::Reset(SimulatorOptions options, Clock clock) {
+void Engine::Reset(SimulatorOptions options, Clock clock, MusicSource::Maker maker) {
     const std::lock_guard lock(m_startMutex);
     m_scripts.Clear();
     m_scripts.SetStandIns({});
     {
         const std::lock_guard musicLock(m_musicMutex);
         m_music.clear();
-        m_isInEnvironment = false;
+        m_maker = std::move(maker);
         m_library = options.library;
     }
     m_loop.Reset(std::move(options), std::move(clock));
@@ -44,20 +44,14 @@ void Engine::Reset(SimulatorOptions options, Clock clock) {
 std::shared_ptr<MusicSource> Engine::Music(const MusicChoice& choice) {
     const std::lock_guard lock(m_musicMutex);
     std::shared_ptr<MusicSource>& source = m_music[choice];
-    if (source != nullptr) {
-        return source;
-    }
-    source = std::make_shared<MusicSource>();
-    const bool isDefault = choice == MusicChoice{};
-    if (isDefault && m_library != nullptr) {
-        source->Reset(m_library);
-    } else {
-        const bool isBuiltIn = isDefault && !m_isInEnvironment;
-        source->Reset(
-            [=](const LibraryProgress& progress) -> std::shared_ptr<const Library> {
-                return isBuiltIn ? MakeBuiltInLibrary() : MakeChosenLibrary(choice, progress);
-            },
-            [this] { m_loop.ClockMoved(); });
+    const bool isChosen = choice != MusicChoice{};
+    if (source == nullptr && !isChosen && m_library != nullptr) {
+        source = std::make_shared<MusicSource>(m_library);
+    } else if (source == nullptr) {
+        const auto make = [choice](const LibraryProgress& progress) {
+            return MakeChosenLibrary(choice, progress);
+        };
+        source = std::make_shared<MusicSource>(isChosen ? make : m_maker, [this] { m_loop.ClockMoved(); });
     }
     return source;
 }

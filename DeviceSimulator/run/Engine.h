@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -28,26 +29,36 @@ class Engine {
 
     /// Does what the environment asks for, unless that has been done or Reset has been called.
     void EnsureStarted();
-    void Reset(SimulatorOptions options, Clock clock = {});
+    /// `maker`: of the music of a player that is plugged in without a choice, where the options have no
+    /// library.
+    void Reset(SimulatorOptions options, Clock clock = {}, MusicSource::Maker maker = MakeBuiltIn);
 
     EventLoop& Loop() { return m_loop; }
-    /// The same for all devices of one choice; each is made once.
+    /// The same for all devices of one choice. Each is made once, which then begins.
     std::shared_ptr<MusicSource> Music(const MusicChoice& choice = {});
     CallLog& Calls() { return m_calls; }
     ScriptEngine& Scripts() { return m_scripts; }
 
   private:
     Engine() = default;
+    static std::shared_ptr<const Library> MakeBuiltIn(const LibraryProgress&) { return MakeBuiltInLibrary(); }
 
     EventLoop m_loop;
     std::mutex m_musicMutex;  // guards the three below
     std::map<MusicChoice, std::shared_ptr<MusicSource>> m_music;
-    std::shared_ptr<const Library> m_library;  // in place of what would be made; null: none
-    bool m_isInEnvironment = false;            // a process of its own, which takes what its environment says
+    std::shared_ptr<const Library> m_library;  // without a choice; null: what m_maker makes
+    MusicSource::Maker m_maker;
     CallLog m_calls;
     ScriptEngine m_scripts;
     std::mutex m_startMutex;
     std::atomic<bool> m_isStarted{false};
 };
+
+/// Gives the device to play on, or says why there is none. Called under the model's lock, once or twice.
+using FindDevice = std::function<DevMgrResult(ManagerModel&, Device*&)>;
+
+/// Begins to play, for a process as for a thumb on the player: plays on, or with nothing chosen yet all that
+/// the library holds. DEV_MGR_IAP_IPOD_IN_STOP_STATE when it holds nothing.
+DevMgrResult PlayOn(Engine& engine, const FindDevice& find);
 
 }  // namespace DeviceSimulator

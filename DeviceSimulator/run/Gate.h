@@ -38,29 +38,31 @@ template <typename T>
 constexpr bool kIsInOut<InOut<T>> = true;
 
 template <typename T>
-void AddArgument(CallArguments& arguments, T argument, bool isInOut) {
+void AddArgument(CallRecord& record, T argument, bool isInOut) {
     constexpr std::size_t kLongestText = 4096;
     if constexpr (std::is_integral_v<T>) {
-        arguments.Add(argument);
+        record.arguments.push_back(argument);
     } else if constexpr (std::is_same_v<T, char*>) {
         if (argument != nullptr) {
-            arguments.text.assign(argument, strnlen(argument, kLongestText));
+            record.text.assign(argument, strnlen(argument, kLongestText));
         }
     } else if constexpr (std::is_same_v<T, u32*>) {
         if (isInOut) {
-            arguments.Add(argument != nullptr ? *argument : 0);
+            record.arguments.push_back(argument != nullptr ? *argument : 0);
         }
     }
 }
 
-/// The last parameters of an answer are those of its function.
+/// What was handed to a function; the last parameters of its answer are its own.
 template <typename... Wanted, typename... Given>
-CallArguments RecordArguments(u32 (*)(Wanted...), Given... given) {
+CallRecord RecordArguments(u32 (*)(Wanted...), Given... given) {
     constexpr bool kInOut[] = {kIsInOut<Wanted>...};
     std::size_t index = sizeof...(Wanted) - sizeof...(Given);
-    CallArguments arguments;
-    (AddArgument(arguments, given, kInOut[index++]), ...);
-    return arguments;
+    CallRecord record;
+    record.thread = RemoteCall::CallingThread();
+    record.arguments.reserve(sizeof...(Given));
+    (AddArgument(record, given, kInOut[index++]), ...);
+    return record;
 }
 
 template <typename Wanted, typename Given>
@@ -115,8 +117,8 @@ Ask(u32 (*answer)(Player&, TimePoint, Wanted...), Engine& engine, u32 ph, u32 dh
 /// Notes the call's end, however it comes.
 class OpenCall {
   public:
-    OpenCall(CallLog& log, FunctionId function, CallArguments arguments)
-        : m_log(log), m_number(log.Begin(function, RemoteCall::CallingThread(), std::move(arguments))) {}
+    OpenCall(CallLog& log, FunctionId function, CallRecord record)
+        : m_log(log), m_number(log.Begin(function, std::move(record))) {}
     ~OpenCall() { m_log.End(m_number, m_result); }
     OpenCall(const OpenCall&) = delete;
     OpenCall& operator=(const OpenCall&) = delete;

@@ -23,41 +23,9 @@ std::shared_ptr<const Library> Make(const MusicSource::Maker& maker, const Libra
 
 }  // namespace
 
-void MusicSource::Reset(Maker maker, std::function<void()> moved) {
-    const std::lock_guard lock(m_mutex);
-    m_maker = std::move(maker);
-    m_moved = std::move(moved);
-    m_library = {};
-}
-
-void MusicSource::Reset(std::shared_ptr<const Library> library) {
-    std::promise<std::shared_ptr<const Library>> promise;
-    promise.set_value(std::move(library));
-    const std::lock_guard lock(m_mutex);
-    m_library = promise.get_future().share();
-    m_progress = std::make_shared<BuildProgress>(100);
-}
-
-std::shared_ptr<const BuildProgress> MusicSource::Progress() {
-    const std::lock_guard lock(m_mutex);
-    Start();
-    return m_progress;
-}
-
-std::shared_ptr<const Library> MusicSource::Get() {
-    std::unique_lock lock(m_mutex);
-    Start();
-    const Future library = m_library;
-    lock.unlock();
-    return library.get();
-}
-
-void MusicSource::Start() {
-    if (m_library.valid()) {
-        return;
-    }
-    auto progress = std::make_shared<BuildProgress>(0);
-    const auto move = [progress, moved = m_moved](std::uint32_t percentage) {
+MusicSource::MusicSource(Maker maker, std::function<void()> moved)
+    : m_progress(std::make_shared<BuildProgress>(0)) {
+    const auto move = [progress = m_progress, moved = std::move(moved)](std::uint32_t percentage) {
         // A scan that has to begin again tells of what has been told.
         if (percentage > progress->load()) {
             progress->store(percentage);
@@ -65,14 +33,19 @@ void MusicSource::Start() {
         }
     };
     std::packaged_task<std::shared_ptr<const Library>()> build(
-        [maker = m_maker, move] { return Make(maker, move); });
-    Future library = build.get_future().share();
+        [maker = std::move(maker), move] { return Make(maker, move); });
+    m_library = build.get_future().share();
     StartThread("devmgr-library", [build = std::move(build), move]() mutable {
         build();
         move(100);
     }).detach();
-    m_library = std::move(library);
-    m_progress = std::move(progress);
+}
+
+MusicSource::MusicSource(std::shared_ptr<const Library> library)
+    : m_progress(std::make_shared<BuildProgress>(100)) {
+    std::promise<std::shared_ptr<const Library>> promise;
+    promise.set_value(std::move(library));
+    m_library = promise.get_future().share();
 }
 
 }  // namespace DeviceSimulator

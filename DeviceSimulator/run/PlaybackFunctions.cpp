@@ -2,7 +2,6 @@
 #include "DeviceManager/DeviceManager.h"
 
 #include "DeviceSimulator/run/Gate.h"
-#include "DeviceSimulator/run/PlayOn.h"
 
 namespace DeviceSimulator {
 

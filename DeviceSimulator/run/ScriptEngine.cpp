@@ -18,43 +18,6 @@ bool Use(std::uint32_t& times) {
 
 }  // namespace
 
-void ScriptEngine::Fail(FunctionId function, std::uint32_t code, std::uint32_t times) {
-    const std::lock_guard lock(m_mutex);
-    m_scripts[IndexOf(function)].failCode = code;
-    m_scripts[IndexOf(function)].failTimes = times;
-}
-
-void ScriptEngine::Delay(FunctionId function, std::chrono::milliseconds time, std::uint32_t times) {
-    const std::lock_guard lock(m_mutex);
-    m_scripts[IndexOf(function)].delay = time;
-    m_scripts[IndexOf(function)].delayTimes = times;
-}
-
-void ScriptEngine::SetArtwork(ArtworkScript script) {
-    const std::lock_guard lock(m_mutex);
-    m_artwork = script;
-}
-
-void ScriptEngine::SetLargestBlock(std::uint32_t size) {
-    const std::lock_guard lock(m_mutex);
-    m_largestBlock = size;
-}
-
-std::uint32_t ScriptEngine::LargestBlock() {
-    const std::lock_guard lock(m_mutex);
-    return m_largestBlock;
-}
-
-ArtworkScript ScriptEngine::Artwork() {
-    const std::lock_guard lock(m_mutex);
-    return m_artwork;
-}
-
-std::array<CallScript, kFunctionCount> ScriptEngine::Active() {
-    const std::lock_guard lock(m_mutex);
-    return m_scripts;
-}
-
 void ScriptEngine::Clear() {
     const std::lock_guard lock(m_mutex);
     m_scripts = {};

@@ -46,15 +46,38 @@ class ScriptEngine {
     static constexpr std::uint32_t kForEver = UINT32_MAX;
 
     /// A later order for the same function takes the place of an earlier one.
-    void Fail(FunctionId function, std::uint32_t code, std::uint32_t times);
-    void Delay(FunctionId function, std::chrono::milliseconds time, std::uint32_t times);
-    void SetArtwork(ArtworkScript script);
-    ArtworkScript Artwork();
-    /// Of shared memory no block larger than that is granted. Bytes.
-    void SetLargestBlock(std::uint32_t size);
-    std::uint32_t LargestBlock();
+    void Fail(FunctionId function, std::uint32_t code, std::uint32_t times) {
+        const std::lock_guard lock(m_mutex);
+        m_scripts[IndexOf(function)].failCode = code;
+        m_scripts[IndexOf(function)].failTimes = times;
+    }
+    void Delay(FunctionId function, std::chrono::milliseconds time, std::uint32_t times) {
+        const std::lock_guard lock(m_mutex);
+        m_scripts[IndexOf(function)].delay = time;
+        m_scripts[IndexOf(function)].delayTimes = times;
+    }
     /// By function.
-    std::array<CallScript, kFunctionCount> Active();
+    std::array<CallScript, kFunctionCount> Active() {
+        const std::lock_guard lock(m_mutex);
+        return m_scripts;
+    }
+    void SetArtwork(ArtworkScript script) {
+        const std::lock_guard lock(m_mutex);
+        m_artwork = script;
+    }
+    ArtworkScript Artwork() {
+        const std::lock_guard lock(m_mutex);
+        return m_artwork;
+    }
+    /// Of shared memory no block larger than that is granted. Bytes.
+    void SetLargestBlock(std::uint32_t size) {
+        const std::lock_guard lock(m_mutex);
+        m_largestBlock = size;
+    }
+    std::uint32_t LargestBlock() {
+        const std::lock_guard lock(m_mutex);
+        return m_largestBlock;
+    }
     /// Also releases the calls that are being delayed. The stand-ins stay.
     void Clear();
 

@@ -34,7 +34,7 @@ u32 eDevMgrRegisterProcess(Engine& engine, u32* ph, DeviceEventCallback callback
     if (ph == nullptr || callback == nullptr) {
         return DEV_MGR_WRONG_PARAMS;
     }
-    engine.Music()->Prepare();
+    engine.Music();
     return engine.Loop().Locked([&](ManagerModel& model, TimePoint now) {
         RemoteCall* const remote = RemoteCall::Current();
         return remote != nullptr ? remote->client.Register(model, *ph, now)

@@ -1,6 +1,5 @@
 #include "DeviceSimulator/wire/LowMemory.h"
 
-#include <sys/mman.h>
 #include <unistd.h>
 
 namespace DeviceSimulator {
@@ -54,26 +53,16 @@ void* Reserve(std::size_t length) {
 LowMemory::LowMemory(std::uint32_t size) : m_size(size) {
     const std::uint64_t length = WholePages(size) + PageSize();
     if (length < kAddressLimit) {
-        m_length = static_cast<std::size_t>(length);
-        m_start = Reserve(m_length);
+        const auto mapped = static_cast<std::size_t>(length);
+        m_start = std::unique_ptr<void, Unmap>(Reserve(mapped), Unmap{mapped});
     }
-}
-
-LowMemory::~LowMemory() {
-    if (m_start != nullptr) {
-        munmap(m_start, m_length);
-    }
-}
-
-std::uint32_t LowMemory::Address() const {
-    return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(m_start));
 }
 
 bool LowMemory::Fill(int file) {
     const int flags = MAP_FIXED | (file >= 0 ? MAP_SHARED : MAP_PRIVATE | MAP_ANONYMOUS);
     const auto length = static_cast<std::size_t>(WholePages(m_size));
     return m_start != nullptr && length != 0 &&
-           mmap(m_start, length, PROT_READ | PROT_WRITE, flags, file, 0) != MAP_FAILED;
+           mmap(m_start.get(), length, PROT_READ | PROT_WRITE, flags, file, 0) != MAP_FAILED;
 }
 
 }  // namespace DeviceSimulator

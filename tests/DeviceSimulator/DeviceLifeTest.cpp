@@ -80,7 +80,6 @@ TEST_F(DeviceLifeTest, ThePlayerComesAWhileAfterTheFirstRegistrationAndBuildsIts
 }
 
 TEST_F(DeviceLifeTest, ADatabaseIsDoneNeitherBeforeItsTimeNorBeforeItsMusic) {
-    const auto music = Engine::Instance().Music();
     std::promise<void> told, rest;
     const auto maker = [&](const LibraryProgress& progress) -> std::shared_ptr<const Library> {
         progress(59);
@@ -88,7 +87,7 @@ TEST_F(DeviceLifeTest, ADatabaseIsDoneNeitherBeforeItsTimeNorBeforeItsMusic) {
         rest.get_future().wait();
         throw std::runtime_error("no such disk");
     };
-    music->Reset(maker, [] { Engine::Instance().Loop().ClockMoved(); });
+    Restart({}, maker);
     dh = Simulator::Instance().Plug({});
     ASSERT_EQ(eDevMgrOpenDevice(ph, dh), DEV_MGR_SUCCESS);
     char path[] = "./Phone.db";
@@ -100,6 +99,7 @@ TEST_F(DeviceLifeTest, ADatabaseIsDoneNeitherBeforeItsTimeNorBeforeItsMusic) {
     Pass(5s);
     EXPECT_EQ(TakeEventText(), Progress(4, 5));
     rest.set_value();
+    const auto music = Engine::Instance().Music();
     EXPECT_EQ(music->Get()->TrackCount(), 0U);
     ASSERT_TRUE(TestSupport::WaitUntil([&] { return *music->Progress() >= 100; }));
     EXPECT_EQ(TakeEventText(), Progress(6, 10));

@@ -70,10 +70,12 @@ class SimulatorTest : public testing::Test {
         s_events.clear();
     }
 
-    /// A simulator with the test library, this fixture's clock and one registered process.
-    void Restart(SimulatorOptions options) {
-        options.library = MakeTestLibrary();
-        Engine::Instance().Reset(std::move(options), [now = m_now] { return TimePoint{*now}; });
+    /// A simulator with the test library, or what `maker` makes, this fixture's clock and one registered
+    /// process.
+    void Restart(SimulatorOptions options, MusicSource::Maker maker = {}) {
+        options.library = maker ? nullptr : MakeTestLibrary();
+        Engine::Instance().Reset(
+            std::move(options), [now = m_now] { return TimePoint{*now}; }, std::move(maker));
         ph = Register();
     }
 
