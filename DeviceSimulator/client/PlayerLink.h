@@ -13,7 +13,6 @@
 
 #include "DeviceSimulator/client/Callbacks.h"
 #include "DeviceSimulator/client/StartPlayer.h"
-#include "DeviceSimulator/wire/Bytes.h"
 #include "DeviceSimulator/wire/FunctionId.h"
 #include "DeviceSimulator/wire/LowMemory.h"
 

@@ -11,7 +11,7 @@
 #include <string>
 #include <utility>
 
-#include "DeviceSimulator/wire/PlayerSocket.h"
+#include "DeviceSimulator/wire/Stream.h"
 #include "ServiceUtil/ChildProcess.h"
 
 namespace DeviceSimulator {
@@ -75,26 +75,30 @@ pid_t StartPlayer(const Descriptor& listener, std::string& error) {
     return child;
 }
 
-/// To a player that runs, or else to one that it starts; empty, with the reason, when there is neither.
-Descriptor ReachPlayer(pid_t& child, std::string& error) {
-    const char* const path = std::getenv(kPlayerVariable);
-    const bool isShared = path != nullptr && *path != '\0';
-    child = -1;
-    if (isShared) {
-        Descriptor socket = ConnectToPlayer(path);
-        if (socket.IsOpen()) {
-            return socket;
+/// A player that runs, or else one that it starts. Not connected, with the reason, when there is neither.
+FoundPlayer ReachPlayer(std::string& error) {
+    FoundPlayer found;
+    Descriptor listener;
+    if (const char* const path = std::getenv(kPlayerVariable); path != nullptr && *path != '\0') {
+        found.address = LocalAddressOf(path).value_or(LocalAddress{});
+        found.socket = ConnectToPlayer(path);
+        if (found.socket.IsOpen()) {
+            return found;
         }
+        listener = ListenForClients(path, error);
+    } else {
+        listener = ListenPrivately(found.address);
+        error = listener.IsOpen() ? error : std::string("no socket: ") + std::strerror(errno);
     }
-    const Descriptor listener = isShared ? ListenForClients(path, error) : ListenPrivately();
-    if (!listener.IsOpen()) {
-        error = isShared ? error : std::string("no socket: ") + std::strerror(errno);
-        return Descriptor{};
+    if (listener.IsOpen()) {
+        // Connected first: a player whose first client has gone meanwhile ends at once.
+        found.socket = ConnectTo(found.address);
+        found.child = StartPlayer(listener, error);
     }
-    // Connected first: a player whose first client has gone meanwhile ends at once.
-    Descriptor socket = ConnectTo(listener);
-    child = StartPlayer(listener, error);
-    return child >= 0 ? std::move(socket) : Descriptor{};
+    if (found.child < 0) {
+        found.socket.Close();
+    }
+    return found;
 }
 
 }  // namespace
@@ -102,14 +106,10 @@ Descriptor ReachPlayer(pid_t& child, std::string& error) {
 std::optional<FoundPlayer> FindPlayer(const Wire::Hello& hello) {
     std::string error;
     for (int i = 0; i < kTries; ++i) {
-        FoundPlayer found;
-        found.socket = ReachPlayer(found.child, error);
+        FoundPlayer found = ReachPlayer(error);
         const Welcome welcome =
             found.socket.IsOpen() ? ExchangeHello(found.socket.Get(), hello, error) : Welcome::Ended;
-        found.address.length = sizeof(found.address.name);
-        if (welcome == Welcome::Said &&
-            getpeername(found.socket.Get(), reinterpret_cast<sockaddr*>(&found.address.name),
-                        &found.address.length) == 0) {
+        if (welcome == Welcome::Said) {
             Wire::LimitTime(found.socket.Get(), false);
             return found;
         }
@@ -130,11 +130,10 @@ std::optional<FoundPlayer> FindPlayer(const Wire::Hello& hello) {
 }
 
 Descriptor ConnectOnceMore(const LocalAddress& address, const Wire::Hello& hello) {
-    Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    Descriptor socket = ConnectTo(address, false);
     Wire::HelloAnswer answer;
-    const bool isWelcome = socket.IsOpen() && connect(socket.Get(), address.Generic(), address.length) == 0 &&
-                           Wire::SendFlat(socket.Get(), hello) && Wire::ReceiveFlat(socket.Get(), answer) &&
-                           answer.isWelcome != 0;
+    const bool isWelcome = socket.IsOpen() && Wire::SendFlat(socket.Get(), hello) &&
+                           Wire::ReceiveFlat(socket.Get(), answer) && answer.isWelcome != 0;
     return isWelcome ? std::move(socket) : Descriptor{};
 }
 

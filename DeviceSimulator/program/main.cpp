@@ -12,7 +12,7 @@
 #include "DeviceSimulator/control/ControlServer.h"
 #include "DeviceSimulator/run/Engine.h"
 #include "DeviceSimulator/run/PlayerServer.h"
-#include "DeviceSimulator/wire/PlayerSocket.h"
+#include "DeviceSimulator/wire/Stream.h"
 
 namespace {
 

@@ -22,7 +22,6 @@
 #include <tuple>
 
 #include "DeviceManager/DeviceManager.h"
-#include "DeviceSimulator/wire/Bytes.h"
 #include "DeviceSimulator/wire/Protocol.h"
 
 namespace DeviceSimulator::Wire {

@@ -1,14 +1,34 @@
-// Messages over a Unix stream socket: a flat head that begins with the length of what follows it.
+// The Unix stream sockets between the library and the player: where both meet, and messages, each a flat head
+// that begins with the length of what follows it.
 #pragma once
 
 #include <cstdint>
 #include <span>
+#include <string>
 
-#include "DeviceSimulator/wire/Bytes.h"
+#include "DeviceSimulator/wire/Protocol.h"
 #include "ServiceUtil/Descriptor.h"
 #include "ServiceUtil/LocalSocket.h"
 
-namespace DeviceSimulator::Wire {
+namespace DeviceSimulator {
+
+/// The environment's name of the path of the player's socket. Unset or empty: a client has a player of its
+/// own.
+inline constexpr const char* kPlayerVariable = "DEVICE_SIMULATOR_PLAYER";
+
+/// A connection to whoever listens there, with the time limit of its welcome. Empty when nobody does.
+Descriptor ConnectTo(const LocalAddress& address, bool isLimited = true);
+Descriptor ConnectToPlayer(const std::string& path);
+
+/// Listens at `path`, in place of a socket there that nobody listens at. Of several processes that want to,
+/// one does. Empty, with what is wrong in `error`, when that does not work or another one listens there
+/// already.
+Descriptor ListenForClients(const std::string& path, std::string& error);
+
+/// The same at a name that nobody else has, which stands in no folder. Empty, as errno says.
+Descriptor ListenPrivately(LocalAddress& address);
+
+namespace Wire {
 
 /// All of `bytes`, and with the first of them the descriptor `passed`. As ::SendAll.
 bool SendWith(int socket, std::span<const std::byte> bytes, int passed);
@@ -38,4 +58,6 @@ void LimitTime(int socket, bool isLimited);
 /// Whether who is at the other end, or listens there, runs as this user.
 bool IsOwnUser(int socket);
 
-}  // namespace DeviceSimulator::Wire
+}  // namespace Wire
+
+}  // namespace DeviceSimulator

@@ -12,7 +12,6 @@
 #include <thread>
 
 #include "DeviceManager/DeviceManager.h"
-#include "DeviceSimulator/wire/PlayerSocket.h"
 #include "DeviceSimulator/wire/Protocol.h"
 #include "DeviceSimulator/wire/Stream.h"
 #include "ScratchFolder.h"
