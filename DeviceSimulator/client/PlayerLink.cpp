@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <cstring>
 
-#include "DeviceSimulator/wire/Stream.h"
 #include "DeviceSimulator/wire/Thread.h"
 #include "ServiceUtil/ChildProcess.h"
 
@@ -91,22 +90,6 @@ void PlayerLink::Lose() {
     m_isAlive = false;
     m_idle.clear();
     shutdown(m_player.socket.Get(), SHUT_RDWR);
-}
-
-void PlayerLink::AddBlock(std::uint32_t process, LowMemory memory) {
-    const std::lock_guard lock(m_mutex);
-    const std::uint32_t address = memory.Address();
-    m_blocks.insert_or_assign({process, address}, std::move(memory));
-}
-
-bool PlayerLink::RemoveBlock(std::uint32_t process, std::uint32_t address) {
-    const std::lock_guard lock(m_mutex);
-    return m_blocks.erase({process, address}) != 0;
-}
-
-void PlayerLink::RemoveBlocks(std::uint32_t process) {
-    const std::lock_guard lock(m_mutex);
-    std::erase_if(m_blocks, [&](const auto& block) { return block.first.first == process; });
 }
 
 void PlayerLink::ReceiveEvents() {

@@ -1,6 +1,8 @@
 // What connects this process with one player, from its first registration to the player's end.
 #pragma once
 
+#include <sys/types.h>
+
 #include <atomic>
 #include <cstdint>
 #include <map>
@@ -12,11 +14,23 @@
 #include <vector>
 
 #include "DeviceSimulator/client/Callbacks.h"
-#include "DeviceSimulator/client/StartPlayer.h"
 #include "DeviceSimulator/wire/FunctionId.h"
 #include "DeviceSimulator/wire/LowMemory.h"
+#include "DeviceSimulator/wire/Stream.h"
 
 namespace DeviceSimulator {
+
+struct FoundPlayer {
+    Descriptor socket;     ///< of kind Events; welcome has been said
+    LocalAddress address;  ///< for more connections
+    pid_t child = -1;      ///< the player, where this process has started it
+};
+
+/// None, with the reason on stderr, once for each reason. Takes a few seconds at most. One thread at a time.
+std::optional<FoundPlayer> FindPlayer(const Wire::Hello& hello);
+
+/// One more connection; empty when the player has gone. Waits for it for as long as it takes.
+Descriptor ConnectOnceMore(const LocalAddress& address, const Wire::Hello& hello);
 
 /// One call's way there and back, on a connection that is its own meanwhile.
 struct CallConnection {
@@ -47,10 +61,21 @@ class PlayerLink : public std::enable_shared_from_this<PlayerLink> {
     static std::optional<std::uint32_t> Exchange(CallConnection& connection, FunctionId function);
 
     const std::shared_ptr<Callbacks>& Registered() const { return m_callbacks; }
-    void AddBlock(std::uint32_t process, LowMemory memory);
+
+    void AddBlock(std::uint32_t process, LowMemory memory) {
+        const std::lock_guard lock(m_mutex);
+        const std::uint32_t address = memory.Address();
+        m_blocks.insert_or_assign({process, address}, std::move(memory));
+    }
     /// False when there is none.
-    bool RemoveBlock(std::uint32_t process, std::uint32_t address);
-    void RemoveBlocks(std::uint32_t process);
+    bool RemoveBlock(std::uint32_t process, std::uint32_t address) {
+        const std::lock_guard lock(m_mutex);
+        return m_blocks.erase({process, address}) != 0;
+    }
+    void RemoveBlocks(std::uint32_t process) {
+        const std::lock_guard lock(m_mutex);
+        std::erase_if(m_blocks, [&](const auto& block) { return block.first.first == process; });
+    }
 
   private:
     void ReceiveEvents();

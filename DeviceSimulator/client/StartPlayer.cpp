@@ -1,4 +1,5 @@
-#include "DeviceSimulator/client/StartPlayer.h"
+// Finds the player that this process belongs to, and starts one where there is none.
+#include "DeviceSimulator/client/PlayerLink.h"
 
 #include <dlfcn.h>
 #include <sys/socket.h>
@@ -11,7 +12,6 @@
 #include <string>
 #include <utility>
 
-#include "DeviceSimulator/wire/Stream.h"
 #include "ServiceUtil/ChildProcess.h"
 
 namespace DeviceSimulator {

@@ -78,11 +78,11 @@ std::uint32_t Room(const T& argument) {
     return 0;
 }
 
-inline void Receive(Taker&, std::integral auto, std::uint32_t) {}
-inline void Receive(Taker&, DeviceEventCallback, std::uint32_t) {}
-inline void Receive(Taker&, char*, std::uint32_t) {}
+/// Nothing comes out of the others.
+template <typename T>
+void Receive(Taker&, T, std::uint32_t) {}
 template <Flat T>
-void Receive(Taker& taker, T* pointer, std::uint32_t room) {
+requires(!std::same_as<T, char>) void Receive(Taker& taker, T* pointer, std::uint32_t room) {
     if (pointer == nullptr) {
         return;
     }
@@ -97,11 +97,9 @@ void Receive(Taker& taker, T* pointer, std::uint32_t room) {
     }
 }
 inline void Receive(Taker& taker, char** pointer, std::uint32_t) {
-    if (pointer == nullptr) {
-        return;
+    if (pointer != nullptr) {
+        *pointer = TakeFlag(taker) ? strdup(TakeText(taker).c_str()) : nullptr;
     }
-    const bool isThere = TakeFlag(taker);
-    *pointer = isThere ? strdup(TakeText(taker).c_str()) : nullptr;
 }
 
 // At the player: what a call works on in the caller's place.
