@@ -41,11 +41,9 @@ class Players {
     /// One that runs; null when there is none to be had.
     std::shared_ptr<PlayerLink> Running() {
         const std::lock_guard opening(m_openMutex);
-        {
-            const std::lock_guard lock(m_mutex);
-            if (m_latest != nullptr && m_latest->IsAlive()) {
-                return m_latest;
-            }
+        // Written under both locks, so read under either.
+        if (m_latest != nullptr && m_latest->IsAlive()) {
+            return m_latest;
         }
         if (m_latest != nullptr) {
             // Waits for those who register with it still: the next player gives none of their handles again.

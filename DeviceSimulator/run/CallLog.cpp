@@ -15,9 +15,7 @@ std::uint64_t CallLog::Begin(FunctionId function, CallRecord call) {
     call.number = m_firstCall + m_calls.size();
     m_calls.push_back({function, std::move(call)});
     ++m_counts[IndexOf(function)];
-    if (m_waiters > 0) {
-        m_begun.notify_all();
-    }
+    m_begun.notify_all();
     return m_calls.back().record.number;
 }
 
@@ -72,11 +70,7 @@ void CallLog::Clear() {
 bool CallLog::WaitFor(FunctionId function, std::size_t times, std::chrono::milliseconds timeout,
                       std::uint64_t since) const {
     std::unique_lock lock(m_mutex);
-    ++m_waiters;
-    const bool isEnough = m_begun.wait_until(lock, std::chrono::steady_clock::now() + timeout,
-                                             [&] { return CountOf(function, since) >= times; });
-    --m_waiters;
-    return isEnough;
+    return m_begun.wait_for(lock, timeout, [&] { return CountOf(function, since) >= times; });
 }
 
 }  // namespace DeviceSimulator

@@ -62,7 +62,6 @@ class CallLog {
 
     mutable std::mutex m_mutex;
     mutable std::condition_variable m_begun;
-    mutable std::size_t m_waiters = 0;
     std::deque<Call> m_calls;
     std::uint64_t m_firstCall = 1;  // the number of m_calls.front()
     std::array<std::size_t, kFunctionCount> m_counts{};

@@ -17,27 +17,27 @@ void Engine::EnsureStarted() {
     if (m_isStarted.load(std::memory_order_relaxed)) {
         return;
     }
-    {
-        // Before the loop is at work: what is plugged then asks for its music.
-        const std::lock_guard musicLock(m_musicMutex);
-        m_maker = [](const LibraryProgress& progress) { return MakeChosenLibrary({}, progress); };
-    }
-    m_loop.Reset(OptionsFromEnvironment(), {});
-    m_isStarted.store(true, std::memory_order_release);
+    Start(OptionsFromEnvironment(), {},
+          [](const LibraryProgress& progress) { return MakeChosenLibrary({}, progress); });
 }
 
 void Engine::Reset(SimulatorOptions options, Clock clock, MusicSource::Maker maker) {
     const std::lock_guard lock(m_startMutex);
     m_scripts.Clear();
     m_scripts.SetStandIns({});
+    Start(std::move(options), std::move(clock), std::move(maker));
+    m_calls.Clear();
+}
+
+void Engine::Start(SimulatorOptions options, Clock clock, MusicSource::Maker maker) {
     {
-        const std::lock_guard musicLock(m_musicMutex);
+        // Before the loop is at work: what is plugged then asks for its music.
+        const std::lock_guard lock(m_musicMutex);
         m_music.clear();
         m_maker = std::move(maker);
         m_library = options.library;
     }
     m_loop.Reset(std::move(options), std::move(clock));
-    m_calls.Clear();
     m_isStarted.store(true, std::memory_order_release);
 }
 

@@ -41,6 +41,7 @@ class Engine {
 
   private:
     Engine() = default;
+    void Start(SimulatorOptions options, Clock clock, MusicSource::Maker maker);
     static std::shared_ptr<const Library> MakeBuiltIn(const LibraryProgress&) { return MakeBuiltInLibrary(); }
 
     EventLoop m_loop;

@@ -8,6 +8,7 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <list>
 #include <mutex>
 #include <thread>
 
@@ -61,13 +62,15 @@ class ClientTest : public testing::Test {
     }
     ~ClientTest() override {
         EndPlayer();
+        for (const u32 each : registered) {
+            eDevMgrDeRegisterProcess(each);  // no callback runs when what it uses is destroyed
+        }
         unsetenv(kPlayerVariable);
     }
 
-    static u32 Register() {
-        u32 process = 0;
-        EXPECT_EQ(eDevMgrRegisterProcess(&process, Note), DEV_MGR_SUCCESS);
-        return process;
+    u32 Register() {
+        EXPECT_EQ(eDevMgrRegisterProcess(&registered.emplace_back(0), Note), DEV_MGR_SUCCESS);
+        return registered.back();
     }
     u32 OpenPlayer() {
         process = Register();
@@ -100,6 +103,7 @@ class ClientTest : public testing::Test {
     }
 
     ScratchFolder folder;
+    std::list<u32> registered;
     u32 process = 0;
 };
 
