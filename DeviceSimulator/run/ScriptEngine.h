@@ -10,6 +10,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <utility>
 
 #include "DeviceManager/DeviceManager.h"
 #include "DeviceSimulator/device/SimulatorOptions.h"
@@ -79,9 +80,19 @@ class ScriptEngine {
         return m_largestBlock;
     }
     /// Also releases the calls that are being delayed. The stand-ins stay.
-    void Clear();
-
-    void SetStandIns(StandIns standIns);
+    void Clear() {
+        const std::lock_guard lock(m_mutex);
+        m_scripts = {};
+        m_artwork = {};
+        m_largestBlock = UINT32_MAX;
+        ++m_generation;
+        m_cleared.notify_all();
+    }
+    void SetStandIns(StandIns standIns) {
+        auto replacement = std::make_shared<const StandIns>(std::move(standIns));
+        const std::lock_guard lock(m_mutex);
+        m_standIns.swap(replacement);
+    }
 
     /// What takes the place of the model's answer.
     struct Instead {
@@ -89,9 +100,24 @@ class ScriptEngine {
         std::shared_ptr<const StandIns> standIns;  ///< never null
     };
     /// For the next call of `function`, once the time has passed by which it is to be delayed.
-    Instead Apply(FunctionId function);
+    Instead Apply(FunctionId function) {
+        std::unique_lock lock(m_mutex);
+        CallScript& script = m_scripts[IndexOf(function)];
+        if (Use(script.delayTimes)) {
+            const auto until = std::chrono::steady_clock::now() + script.delay;
+            m_cleared.wait_until(lock, until,
+                                 [this, generation = m_generation] { return m_generation != generation; });
+        }
+        return {Use(script.failTimes) ? std::optional(script.failCode) : std::nullopt, m_standIns};
+    }
 
   private:
+    static bool Use(std::uint32_t& times) {
+        const bool isLeft = times != 0;
+        times -= isLeft && times != kForEver ? 1U : 0U;
+        return isLeft;
+    }
+
     std::mutex m_mutex;  // guards all below
     std::condition_variable m_cleared;
     std::uint64_t m_generation = 0;

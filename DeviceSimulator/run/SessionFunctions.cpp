@@ -1,7 +1,8 @@
-// The C functions for processes, their memory and the devices.
+// The C functions for processes, their memory, the devices and what is set on them.
 #include "DeviceManager/DeviceManager.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "DeviceSimulator/device/FieldText.h"
 #include "DeviceSimulator/run/Gate.h"
@@ -93,6 +94,40 @@ u32 eDevMgrGetiPodInfo(const Device& device, TimePoint, IpodInfo& info) {
     CopyText(info.name, device.identity.name);
     CopyText(info.serial, device.identity.serial);
     CopyText(info.model, "SIM100");
+    return DEV_MGR_SUCCESS;
+}
+
+// Charging, volume and the playing application
+
+u32 eDevMgriPodSetMaxCurrent(Device& device, TimePoint, u16 milliamps) {
+    device.settings.maxCurrent = milliamps;
+    return DEV_MGR_SUCCESS;
+}
+
+u32 eDevMgriPodSetInternalBatteryChargeState(Device& device, TimePoint, u8 allow) {
+    device.settings.mayCharge = allow;
+    return DEV_MGR_SUCCESS;
+}
+
+u32 eDevMgriPodGetBatteryPowerState(const Device& device, TimePoint, BatteryState& state) {
+    state = device.settings.battery;
+    return DEV_MGR_SUCCESS;
+}
+
+u32 eDevmgriPodGetVolume(const Device& device, TimePoint, u8& mute, u8& volume) {
+    mute = device.settings.volumeFlag;
+    volume = device.settings.volume;
+    return DEV_MGR_SUCCESS;
+}
+
+u32 eDevmgriPodSetVolume(Device& device, TimePoint, u8 flag, u8 volume) {
+    device.settings.volumeFlag = flag;
+    device.settings.volume = volume;
+    return DEV_MGR_SUCCESS;
+}
+
+u32 eDevMgriPodGetNowPlayingAppname(const Device& device, TimePoint, char*& name) {
+    name = device.player.State() == E_DEVMGR_IPOD_PLAY_STOPPED ? nullptr : strdup("Music");
     return DEV_MGR_SUCCESS;
 }
 

@@ -11,17 +11,16 @@
 
 // One X(function, number of its parameters) a function of DeviceManager/DeviceManager.h. All else about it
 // follows from its signature.
-#define DEVICE_MANAGER_SESSION_FUNCTIONS(X) \
-    X(eDevMgrRegisterProcess, 2)            \
-    X(eDevMgrDeRegisterProcess, 1)          \
-    X(eDevMgrAllocateSharedMemory, 3)       \
-    X(eDevMgrDeAllocateSharedMemory, 2)     \
-    X(eDevMgrGetNumDevices, 2)              \
-    X(eDevMgrGetDeviceList, 4)              \
-    X(eDevMgrOpenDevice, 2)                 \
-    X(eDevMgrCloseDevice, 2)                \
-    X(eDevMgrGetiPodInfo, 3)
-#define DEVICE_MANAGER_CHARGING_FUNCTIONS(X)       \
+#define DEVICE_MANAGER_SESSION_FUNCTIONS(X)        \
+    X(eDevMgrRegisterProcess, 2)                   \
+    X(eDevMgrDeRegisterProcess, 1)                 \
+    X(eDevMgrAllocateSharedMemory, 3)              \
+    X(eDevMgrDeAllocateSharedMemory, 2)            \
+    X(eDevMgrGetNumDevices, 2)                     \
+    X(eDevMgrGetDeviceList, 4)                     \
+    X(eDevMgrOpenDevice, 2)                        \
+    X(eDevMgrCloseDevice, 2)                       \
+    X(eDevMgrGetiPodInfo, 3)                       \
     X(eDevMgriPodSetMaxCurrent, 3)                 \
     X(eDevMgriPodSetInternalBatteryChargeState, 3) \
     X(eDevMgriPodGetBatteryPowerState, 3)          \
@@ -59,7 +58,6 @@
     X(eDevMgriPodSetRepeatSetting, 3)
 #define DEVICE_MANAGER_FUNCTIONS(X)      \
     DEVICE_MANAGER_SESSION_FUNCTIONS(X)  \
-    DEVICE_MANAGER_CHARGING_FUNCTIONS(X) \
     DEVICE_MANAGER_BROWSE_FUNCTIONS(X)   \
     DEVICE_MANAGER_PLAYBACK_FUNCTIONS(X) \
     DEVICE_MANAGER_NOW_PLAYING_FUNCTIONS(X)

@@ -293,23 +293,6 @@ TEST_F(ClientTest, WhatIsNoPlayerIsRefused) {
     EXPECT_EQ(handle, 7U);
 }
 
-TEST_F(ClientTest, AStaleSocketIsTakenOverAndWhoSpeaksAnotherVersionIsTold) {
-    const std::string path = folder.Path() / "player";
-    setenv(kPlayerVariable, path.c_str(), 1);
-    std::string error;
-    ListenForClients(path, error);  // and gone again
-    ASSERT_TRUE(std::filesystem::exists(path)) << error;
-    OpenPlayer();
-    EXPECT_FALSE(ListenForClients(path, error).IsOpen());
-    Wire::Hello stranger;
-    ++stranger.version;
-    Wire::HelloAnswer answer;
-    const Descriptor socket = ConnectToPlayer(path);
-    ASSERT_TRUE(Wire::SendFlat(socket.Get(), stranger) && Wire::ReceiveFlat(socket.Get(), answer));
-    EXPECT_EQ(answer.version, Wire::kVersion);
-    EXPECT_EQ(answer.isWelcome, 0U);
-}
-
 /// A connection whose hello has been answered.
 Descriptor Greet(const std::string& path, Wire::ConnectionKind kind, std::uint64_t client) {
     Descriptor socket = ConnectToPlayer(path);
@@ -320,10 +303,22 @@ Descriptor Greet(const std::string& path, Wire::ConnectionKind kind, std::uint64
     return socket;
 }
 
-TEST_F(ClientTest, WhatMakesNoSenseEndsItsOwnConnection) {
+TEST_F(ClientTest, AStaleSocketIsTakenOverAndWhoMakesNoSenseIsTurnedAway) {
     const std::string path = folder.Path() / "player";
     setenv(kPlayerVariable, path.c_str(), 1);
+    std::string error;
+    ListenForClients(path, error);  // and gone again
+    ASSERT_TRUE(std::filesystem::exists(path)) << error;
     const u32 device = OpenPlayer();
+    EXPECT_FALSE(ListenForClients(path, error).IsOpen());
+    Wire::Hello stranger;
+    ++stranger.version;
+    Wire::HelloAnswer told;
+    const Descriptor strange = ConnectToPlayer(path);
+    ASSERT_TRUE(Wire::SendFlat(strange.Get(), stranger) && Wire::ReceiveFlat(strange.Get(), told));
+    EXPECT_EQ(told.version, Wire::kVersion);
+    EXPECT_EQ(told.isWelcome, 0U);
+
     const Descriptor life = Greet(path, Wire::ConnectionKind::Events, 5);
     struct {
         std::uint64_t client;

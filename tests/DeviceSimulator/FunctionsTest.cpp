@@ -66,25 +66,6 @@ TEST_F(FunctionsTest, WrongHandlesAndStatesAreToldApart) {
     }
 }
 
-TEST_F(FunctionsTest, TheDeviceListFillsTheRoomThatThereIs) {
-    DeviceDescription description;
-    description.handle = 0xF0000001;
-    EXPECT_EQ(Simulator::Instance().Plug(description), 0xF0000001U);
-    EXPECT_EQ(Simulator::Instance().Plug(description), 0U) << "the handle is taken";
-    description = {};
-    description.type = DEV_MGR_DEVICE_TYPE_USB_FAT_32;
-    Simulator::Instance().Plug(description);
-    DeviceRecord list[3] = {};
-    u32 count = 1;
-    EXPECT_EQ(eDevMgrGetDeviceList(ph, list, 0, &count), DEV_MGR_SUCCESS);
-    EXPECT_EQ(count, 1U);
-    EXPECT_EQ(list[0].handle, 0xF0000001U);
-    EXPECT_EQ(list[1].handle, 0U);
-    count = 3;
-    EXPECT_EQ(eDevMgrGetDeviceList(ph, list, 0, &count), DEV_MGR_SUCCESS);
-    EXPECT_EQ(count, 2U);
-}
-
 TEST_F(FunctionsTest, NullPointersAndModesThatAreNoneAreRefused) {
     OpenPlayer();
     ASSERT_EQ(eDevMgriPodPlay(ph, dh), DEV_MGR_SUCCESS);
@@ -118,7 +99,7 @@ TEST_F(FunctionsTest, NullPointersAndModesThatAreNoneAreRefused) {
     EXPECT_EQ(std::pair(n, byte), std::pair(1U, u8{9})) << "written on success only";
 }
 
-TEST_F(FunctionsTest, ProcessesAndDevicesAreCounted) {
+TEST_F(FunctionsTest, ProcessesAndDevicesAreCountedAndListedAsThereIsRoom) {
     u32 handle = 0;
     for (std::size_t i = 1; i < 8; ++i) {
         handle = Register();
@@ -135,10 +116,20 @@ TEST_F(FunctionsTest, ProcessesAndDevicesAreCounted) {
           DEV_MGR_DEVICE_TYPE_UNSUPPORTED}) {
         DeviceDescription device;
         device.type = type;
-        Simulator::Instance().Plug(device);
+        device.handle = 0xF0000000 + type;
+        EXPECT_EQ(Simulator::Instance().Plug(device), device.handle);
+        EXPECT_EQ(Simulator::Instance().Plug(device), 0U) << "the handle is taken";
     }
     EXPECT_EQ(eDevMgrGetNumDevices(ph, &listed), DEV_MGR_SUCCESS);
     EXPECT_EQ(listed, 3U);
+    DeviceRecord list[4] = {};
+    for (const u32 room : {2U, 4U}) {
+        u32 count = room;
+        EXPECT_EQ(eDevMgrGetDeviceList(ph, list, 0, &count), DEV_MGR_SUCCESS);
+        EXPECT_EQ(count, std::min(room, listed));
+        EXPECT_EQ(list[1].handle, 0xF0000000 + DEV_MGR_DEVICE_TYPE_IAP_2WIRE);
+        EXPECT_EQ(list[2].handle != 0, room > 2);
+    }
 }
 
 }  // namespace
