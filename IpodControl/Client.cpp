@@ -1,8 +1,10 @@
 #include "IpodControl/Client.h"
 
+#include <glib.h>
+
 #include <algorithm>
+#include <array>
 #include <iterator>
-#include <string>
 #include <utility>
 
 namespace IpodControl {
@@ -10,12 +12,9 @@ namespace IpodControl {
 namespace {
 
 std::string Seconds(std::chrono::milliseconds time) {
-    std::string text = std::to_string(time.count() / 1000);
-    if (const auto rest = time.count() % 1000; rest != 0) {
-        text += '.' + std::to_string(1000 + rest).substr(1);
-        text.erase(text.find_last_not_of('0') + 1);
-    }
-    return text + " s";
+    std::array<char, 40> text{};
+    g_snprintf(text.data(), text.size(), "%.13g s", static_cast<double>(time.count()) / 1000);
+    return text.data();
 }
 
 }  // namespace
@@ -50,7 +49,7 @@ Outcome<std::vector<Reply>> Client::CallAll(const std::vector<Request>& requests
         if (!answer) {
             return answer.Why();
         }
-        replies.push_back(ReplyIn(answer->Whole()));
+        replies.push_back(answer->Replies().front());
     }
     return replies;
 }
@@ -65,12 +64,8 @@ Outcome<std::vector<Reply>> Client::CallBatch(const std::vector<Request>& reques
     if (!answer) {
         return answer.Why();
     }
-    const Json::Value& answers = answer->Whole();
-    std::vector<Reply> replies;
-    for (Json::ArrayIndex i = 0; answers.isArray() && i < answers.size(); ++i) {
-        replies.push_back(ReplyIn(answers[i]));
-    }
-    if (replies.size() != requests.size()) {
+    auto replies = answer->Replies();
+    if (!answer->Whole().isArray() || replies.size() != requests.size()) {
         return Problem{ProblemKind::NotTheService,
                        ToText(m_endpoint) + " does not answer a batch as the service does"};
     }

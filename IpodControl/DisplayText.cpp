@@ -71,13 +71,19 @@ std::string HarmlessJson(std::string_view line) {
 std::string ClockText(std::int64_t milliseconds) {
     const long long seconds = std::max<std::int64_t>(milliseconds, 0) / 1000;
     std::array<char, 40> text{};
-    if (seconds < 3600) {
-        g_snprintf(text.data(), text.size(), "%lld:%02lld", seconds / 60, seconds % 60);
-    } else {
-        g_snprintf(text.data(), text.size(), "%lld:%02lld:%02lld", seconds / 3600, seconds / 60 % 60,
-                   seconds % 60);
+    const std::string hours = seconds < 3600 ? "" : std::to_string(seconds / 3600) + ':';
+    g_snprintf(text.data(), text.size(), hours.empty() ? "%lld:%02lld" : "%02lld:%02lld", seconds / 60 % 60,
+               seconds % 60);
+    return hours + text.data();
+}
+
+std::string Grouped(std::int64_t number) {
+    std::string digits = std::to_string(number);
+    for (std::size_t end = digits.size(); end > 3;) {
+        end -= 3;
+        digits.insert(end, 1, ',');
     }
-    return text.data();
+    return digits;
 }
 
 std::size_t DisplayWidth(std::string_view text) {

@@ -19,6 +19,8 @@ std::string HarmlessJson(std::string_view line);
 
 /// "3:07", "1:02:05"; what is below 0 is 0.
 std::string ClockText(std::int64_t milliseconds);
+/// "1,204"; of a number that is not negative.
+std::string Grouped(std::int64_t number);
 
 /// In terminal cells. Of harmless text.
 std::size_t DisplayWidth(std::string_view text);

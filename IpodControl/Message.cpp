@@ -1,7 +1,6 @@
 #include "IpodControl/Message.h"
 
 #include <algorithm>
-#include <vector>
 
 #include "ServiceUtil/JsonText.h"
 
@@ -35,6 +34,16 @@ bool HasTooManyValues(std::string_view line) {
            kMost;
 }
 
+Reply ReplyIn(const Json::Value& answer) {
+    Reply reply{answer.isMember("result"), Member(answer, "result"), std::nullopt};
+    if (const Json::Value& error = Member(answer, "error"); error.isObject()) {
+        const std::string message = TextMember(error, "message");
+        reply.error =
+            RpcError{IntegerMember(error, "code").value_or(0), message.empty() ? "no message" : message};
+    }
+    return reply;
+}
+
 Json::Value RequestObject(std::uint64_t id, const Request& request) {
     Json::Value object;
     object["jsonrpc"] = "2.0";
@@ -47,6 +56,28 @@ Json::Value RequestObject(std::uint64_t id, const Request& request) {
 }
 
 }  // namespace
+
+const Json::Value& Member(const Json::Value& value, std::string_view name) {
+    static const Json::Value none;
+    const Json::Value* const found =
+        value.isObject() ? value.find(name.data(), name.data() + name.size()) : nullptr;
+    return found != nullptr ? *found : none;
+}
+
+std::optional<bool> FlagMember(const Json::Value& value, std::string_view name) {
+    const Json::Value& member = Member(value, name);
+    return member.isBool() ? std::optional(member.asBool()) : std::nullopt;
+}
+
+std::string TextMember(const Json::Value& value, std::string_view name) {
+    const Json::Value& member = Member(value, name);
+    return member.isString() ? member.asString() : std::string();
+}
+
+std::optional<std::int64_t> IntegerMember(const Json::Value& value, std::string_view name) {
+    const Json::Value& member = Member(value, name);
+    return member.isInt64() ? std::optional<std::int64_t>(member.asInt64()) : std::nullopt;
+}
 
 std::optional<Message> Message::Parse(std::string_view line) {
     auto value = HasTooManyValues(line) ? std::nullopt : ReadJson(line);
@@ -61,20 +92,30 @@ std::optional<std::uint64_t> Message::Id() const {
     return id.isUInt64() ? std::optional<std::uint64_t>(id.asUInt64()) : std::nullopt;
 }
 
-Reply ReplyIn(const Json::Value& answer) {
-    Reply reply{answer.isObject() && answer.isMember("result"), Member(answer, "result"), std::nullopt};
-    if (const Json::Value& error = Member(answer, "error"); error.isObject()) {
-        const std::string message = TextMember(error, "message");
-        reply.error =
-            RpcError{IntegerMember(error, "code").value_or(0), message.empty() ? "no message" : message};
+std::vector<Reply> Message::Replies() const {
+    if (!m_whole.isArray()) {
+        return {ReplyIn(m_whole)};
     }
-    return reply;
+    std::vector<Reply> replies;
+    std::transform(m_whole.begin(), m_whole.end(), std::back_inserter(replies), ReplyIn);
+    return replies;
 }
 
 Json::Value Params(const char* name, Json::Value value) {
     Json::Value params;
     params[name] = std::move(value);
     return params;
+}
+
+Request PageRequest(std::int64_t start, std::int64_t count) {
+    Request request{"getBrowseList"};
+    request.params["startIndex"] = Json::Int64{start};
+    request.params["itemCount"] = Json::Int64{count};
+    return request;
+}
+
+Request SelectRequest(std::int64_t id) {
+    return {"selectBrowseItem", Params("itemId", Json::Int64{id})};
 }
 
 std::string RequestLine(std::uint64_t id, const Request& request) {

@@ -1,4 +1,4 @@
-// Lines to the service, and lines from it.
+// Lines to the service, lines from it, and what is in them. Nothing here throws.
 #pragma once
 
 #include <json/json.h>
@@ -11,9 +11,19 @@
 #include <utility>
 #include <vector>
 
-#include "IpodControl/JsonMembers.h"
-
 namespace IpodControl {
+
+/// What a value has under a name, whatever the value is; null where there is none.
+const Json::Value& Member(const Json::Value& value, std::string_view name);
+/// None when it is no boolean.
+std::optional<bool> FlagMember(const Json::Value& value, std::string_view name);
+inline bool IsTrueMember(const Json::Value& value, std::string_view name) {
+    return FlagMember(value, name).value_or(false);
+}
+/// Empty when it is no text.
+std::string TextMember(const Json::Value& value, std::string_view name);
+/// None when it is no whole number.
+std::optional<std::int64_t> IntegerMember(const Json::Value& value, std::string_view name);
 
 struct RpcError {
     std::int64_t code = 0;
@@ -28,13 +38,10 @@ struct Reply {
     std::optional<RpcError> error;
 };
 
-/// Of one answer's object. Does not throw.
-Reply ReplyIn(const Json::Value& answer);
-
 /// An answer, an array of answers, or a notification.
 class Message {
   public:
-    /// None when `line` is neither, or holds more values than any answer of the service. Does not throw.
+    /// None when `line` is neither, or holds more values than any answer of the service.
     static std::optional<Message> Parse(std::string_view line);
 
     bool IsNotification() const { return Member(m_whole, "method").isString(); }
@@ -44,6 +51,8 @@ class Message {
 
     /// The request that it answers: of an array the first one's; none where that is no number of a request.
     std::optional<std::uint64_t> Id() const;
+    /// Of an answer: one, of an array one for each element.
+    std::vector<Reply> Replies() const;
     const Json::Value& Whole() const { return m_whole; }
     /// Of the line that it was, in bytes.
     std::size_t Size() const { return m_size; }
@@ -62,6 +71,10 @@ struct Request {
 
 /// {name: value}
 Json::Value Params(const char* name, Json::Value value);
+/// A page of the list that is open.
+Request PageRequest(std::int64_t start, std::int64_t count);
+/// Opens or plays an item of that list.
+Request SelectRequest(std::int64_t id);
 
 /// A request's line, without a line end.
 std::string RequestLine(std::uint64_t id, const Request& request);

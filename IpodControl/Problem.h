@@ -5,12 +5,7 @@
 #include <utility>
 #include <variant>
 
-#include "ServiceUtil/Poll.h"
-
 namespace IpodControl {
-
-using ::Deadline;
-using ::In;
 
 enum class ProblemKind {
     NoConnection,   ///< nobody listens there, or the name means nothing

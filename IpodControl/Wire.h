@@ -4,18 +4,30 @@
 #include <poll.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "IpodControl/Endpoint.h"
 #include "IpodControl/Message.h"
 #include "IpodControl/Problem.h"
 #include "ServiceUtil/Descriptor.h"
+#include "ServiceUtil/Poll.h"
 
 namespace IpodControl {
+
+/// Where a service listens.
+struct Endpoint {
+    std::string host = "127.0.0.1";  ///< a name or an address
+    std::uint16_t port = 8883;
+};
+
+inline std::string ToText(const Endpoint& endpoint) {
+    const bool isSixth = endpoint.host.find(':') != std::string::npos;
+    return (isSixth ? '[' + endpoint.host + ']' : endpoint.host) + ':' + std::to_string(endpoint.port);
+}
 
 /// One thread uses it. After a problem it is closed, and may be opened again.
 class Wire {

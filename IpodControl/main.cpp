@@ -11,7 +11,7 @@ int main(int argc, char** argv) {
     using namespace IpodControl;
     int status = kUsage;
     try {
-        status = CommandLine().Run({argv + 1, argv + argc});
+        status = RunCommandLine({argv + 1, argv + argc});
     } catch (const std::exception& error) {
         Complain(std::string("given up: ") + error.what() + ".");
         return kNoService;

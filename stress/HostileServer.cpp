@@ -20,8 +20,9 @@
 #include <vector>
 
 #include "IpodControl/commands/CommandLine.h"
+#include "IpodControl/commands/Method.h"
 #include "IpodControl/commands/Output.h"
-#include "IpodControl/commands/ResultText.h"
+#include "ServiceUtil/JpegMarkers.h"
 #include "ServiceUtil/JsonText.h"
 
 namespace IpodControl {
@@ -189,18 +190,8 @@ std::vector<std::string> AnyCommand(Random& random) {
     if (Below(random, 2) == 0) {
         const Method& method = Methods()[Below(random, Methods().size())];
         words = {std::string(method.name)};
-        switch (method.parameters[0].name.empty() || !method.parameters[0].isRequired
-                    ? ParameterKind::RepeatMode
-                    : method.parameters[0].kind) {
-            case ParameterKind::OnOff:
-                words.emplace_back("on");
-                break;
-            case ParameterKind::Integer:
-            case ParameterKind::Text:
-                words.emplace_back("4");
-                break;
-            case ParameterKind::RepeatMode:
-                break;
+        if (method.first.isRequired) {
+            words.emplace_back(method.first.kind == ParameterKind::OnOff ? "on" : "4");
         }
     }
     if (Below(random, 2) == 0) {
@@ -215,7 +206,7 @@ void CutAnything(Random& random) {
         static const char kLikely[] = {'\xff', '\xda', '\xc0', '\xd9', '\x00', '\x04'};
         bytes += Below(random, 2) == 0 ? OneOf(random, kLikely) : static_cast<char>(random());
     }
-    const auto jpeg = MeasureJpeg(BytesOf(bytes));
+    const auto jpeg = MeasureJpeg({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
     if (!jpeg || jpeg->length > bytes.size()) {
         std::fprintf(stderr, "a picture of %zu bytes is cut wrongly\n", bytes.size());
         std::exit(1);
@@ -238,7 +229,7 @@ int Run(std::chrono::seconds time, unsigned seed) {
         std::vector<std::string> words = AnyCommand(random);
         words.insert(words.end(), {"--port", server.Port(), "--timeout", "0.1"});
         const auto begin = Clock::now();
-        const int status = CommandLine().Run(words);
+        const int status = RunCommandLine(words);
         const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
         // Each of a command's calls may take its time; a sanitizer makes all slower.
         if (status < kDone || status > kNoService || took > std::chrono::seconds(10)) {

@@ -137,13 +137,13 @@ class Person {
         return notification;
     }
 
-    Key Press() {
+    char32_t Press() {
         constexpr char32_t kCharacters[] = U" np,.sra[]/?x月\x1b";
         if (Often(40)) {
-            return {KeyKind::Character, kCharacters[Below(std::size(kCharacters))]};
+            return kCharacters[Below(std::size(kCharacters))];
         }
-        return {static_cast<KeyKind>(Below(static_cast<int>(KeyKind::Redraw) + 1)),
-                static_cast<char32_t>(Below(0x110000))};
+        return static_cast<char32_t>(Often(10) ? Below(kEnter)
+                                               : static_cast<int>(kEnter) + Below(kRedraw - kEnter + 1));
     }
 
   private:

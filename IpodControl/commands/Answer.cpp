@@ -28,7 +28,7 @@ std::optional<bool> JudgeResult(const Method& method, const Json::Value& params,
         return std::nullopt;
     }
     // The first parameter is what is read back.
-    const Json::Value& sent = Member(params, method.parameters[0].name);
+    const Json::Value& sent = Member(params, method.first.name);
     return sent.isNull() || sent == member;
 }
 

@@ -13,7 +13,6 @@
 #include "IpodControl/commands/Answer.h"
 #include "IpodControl/commands/Commands.h"
 #include "IpodControl/commands/ResultText.h"
-#include "ServiceUtil/Base64.h"
 
 namespace IpodControl {
 
@@ -50,16 +49,6 @@ Answer GetPicture(Client& client, const Settings& settings, bool isDelayed) {
     return AwaitPicture(client, settings);
 }
 
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
-/// What is no regular file, such as a pipe, is written to as it is. The errno of what failed; 0: done.
-int WriteInPlace(std::FILE* file, std::string_view bytes) {
-    const bool isWritten = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
-    return isWritten && std::fflush(file) == 0 ? 0 : errno;
-}
-
 /// The file is there whole or not at all. None when it is done, else why not.
 std::optional<std::string> WriteBeside(const std::string& path, std::string_view bytes) {
     GError* error = nullptr;
@@ -71,49 +60,45 @@ std::optional<std::string> WriteBeside(const std::string& path, std::string_view
     return error->message;
 }
 
-/// "-" is standard output. None when it is done, else why not.
+/// "-" is standard output. What is no regular file, such as a pipe, is written to as it is. None when it is
+/// done, else why not.
 std::optional<std::string> WriteFile(const std::string& path, std::string_view bytes) {
     struct stat present {};
-    if (path != "-" && (stat(path.c_str(), &present) != 0 || S_ISREG(present.st_mode))) {
+    const bool isPiped = path == "-";
+    if (!isPiped && (stat(path.c_str(), &present) != 0 || S_ISREG(present.st_mode))) {
         return WriteBeside(path, bytes);
     }
-    const std::unique_ptr<std::FILE, CloseFile> opened(path == "-" ? nullptr
-                                                                   : std::fopen(path.c_str(), "we"));
-    if (path != "-" && !opened) {
-        return std::strerror(errno);
-    }
-    const int failure = WriteInPlace(opened ? opened.get() : stdout, bytes);
-    return failure == 0 ? std::nullopt : std::optional<std::string>(std::strerror(failure));
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(
+        isPiped ? stdout : std::fopen(path.c_str(), "we"), isPiped ? std::fflush : std::fclose);
+    const bool isWritten = file && std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size() &&
+                           std::fflush(file.get()) == 0;
+    return isWritten ? std::nullopt : std::optional<std::string>(std::strerror(errno));
 }
 
-void Report(const Settings& settings, const std::string& file, const JpegExtent& jpeg) {
-    const bool isPiped = file == "-";
-    if (settings.json && !isPiped) {
+int Write(const Settings& settings, const std::string& file, const Picture& picture) {
+    if (!picture.jpeg) {
+        Complain("what the player delivers as its picture is no JPEG.");
+        return kRefused;
+    }
+    const JpegExtent& jpeg = *picture.jpeg;
+    if (const auto failure = WriteFile(file, std::string_view(picture.bytes).substr(0, jpeg.length))) {
+        Complain("cannot write " + file + ": " + *failure + ".");
+        return kUsage;
+    }
+    const std::string text =
+        PictureText(picture) + (jpeg.isComplete ? "" : " (without an end marker: as delivered)");
+    if (file == "-") {
+        Complain("the picture: " + text + ".");
+    } else if (settings.json) {
         Json::Value report;
         report["file"] = file;
         report["width"] = jpeg.width;
         report["height"] = jpeg.height;
         report["bytes"] = Json::UInt64{jpeg.length};
         PrintJson(report);
-        return;
+    } else {
+        PrintLine(file + ": " + text);
     }
-    const std::string text =
-        ExtentText(jpeg) + (jpeg.isComplete ? "" : " (without an end marker: as delivered)");
-    isPiped ? Complain("the picture: " + text + ".") : PrintLine(file + ": " + text);
-}
-
-int Write(const Settings& settings, const std::string& file, const std::string& delivered) {
-    const auto bytes = DecodeBase64(delivered);
-    const auto jpeg = MeasureJpeg(BytesOf(bytes.value_or("")));
-    if (!jpeg) {
-        Complain("what the player delivers as its picture is no JPEG.");
-        return kRefused;
-    }
-    if (const auto failure = WriteFile(file, std::string_view(*bytes).substr(0, jpeg->length))) {
-        Complain("cannot write " + file + ": " + *failure + ".");
-        return kUsage;
-    }
-    Report(settings, file, *jpeg);
     return kDone;
 }
 
@@ -126,7 +111,7 @@ int RunArt(const Settings& settings, const ArtOptions& options) {
     }
     return settings.WithService([&](Client& client) {
         const Answer answer = GetPicture(client, settings, options.isDelayed);
-        return answer.status == kDone ? Write(settings, options.file, TextMember(answer.result, "albumArt"))
+        return answer.status == kDone ? Write(settings, options.file, PictureIn(answer.result))
                                       : Complain(client, answer);
     });
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "IpodControl/DisplayText.h"
 #include "IpodControl/commands/Answer.h"
 #include "IpodControl/commands/Commands.h"
 #include "IpodControl/commands/ResultText.h"
@@ -31,6 +32,51 @@ Outcome<Reply> Call(Client& client, const Method& method, Json::Value params) {
     }
     params["itemCount"] = Json::Int64{*left};
     return client.Call(method.name, params);
+}
+
+void PrintList(const Json::Value& result) {
+    const Json::Value& items = Member(result, "categoryItems");
+    PrintItems(items);
+    const auto total = IntegerMember(result, "totalCount");
+    if (total && !IsTrueMember(result, "isRootCategory")) {
+        PrintLine("(" + std::to_string(items.size()) + " of " + std::to_string(*total) + ", from " +
+                  std::to_string(IntegerMember(result, "currIndex").value_or(0)) + ")");
+    }
+}
+
+/// The position in the play context and whether it plays are not in the answer, though members stand for
+/// them.
+void PrintTrack(const Json::Value& info) {
+    const Rows rows = TrackRows(info);
+    if (rows.empty()) {
+        PrintLine("no current track");
+    }
+    PrintTable(rows);
+}
+
+/// Prints what `method` has brought; nothing where a person needs no word.
+void PrintResult(const Method& method, const Json::Value& result, bool isDone) {
+    const Json::Value& member = Member(result, method.member);
+    if (method.display == Display::YesOrNo) {
+        PrintLine(isDone ? method.yes : method.no);
+    } else if (method.display == Display::Setting) {
+        PrintLine(member.isBool() ? (member.asBool() ? "on" : "off")
+                                  : Harmless(TextMember(result, method.member)));
+    } else if (!isDone) {
+        return;
+    } else if (method.display == Display::Number) {
+        PrintLine(std::to_string(member.asInt64()));
+    } else if (method.display == Display::Track) {
+        PrintTrack(Member(result, "trackInfo"));
+    } else if (method.display == Display::List) {
+        PrintList(result);
+    } else if (method.display == Display::Picture) {
+        PrintLine(PictureText(PictureIn(result)));
+    } else if (method.display == Display::Selection) {
+        PrintLine(result == "browsing" ? "open" : "playing");
+    } else if (method.display == Display::Played && result.isNull()) {
+        PrintLine("plays already");
+    }
 }
 
 }  // namespace

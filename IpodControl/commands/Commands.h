@@ -1,14 +1,33 @@
 // The subcommands. Each prints, complains, and answers with an exit status.
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "IpodControl/Client.h"
 #include "IpodControl/commands/Method.h"
-#include "IpodControl/commands/Settings.h"
+#include "IpodControl/commands/Output.h"
 
 namespace IpodControl {
+
+/// What holds for every subcommand.
+struct Settings {
+    Endpoint endpoint;
+    bool json = false;
+    std::optional<std::chrono::milliseconds> givenTimeout;
+
+    std::chrono::milliseconds Timeout() const { return givenTimeout.value_or(std::chrono::seconds(5)); }
+
+    /// Connects and gives back what `command` does; complains where there is no service.
+    template <typename Command>
+    int WithService(Command command) const {
+        Client client(endpoint, Timeout());
+        const auto connected = client.Connect();
+        return connected ? command(client) : Complain(connected.Why());
+    }
+};
 
 int RunCall(const Settings& settings, const Method& method, const Json::Value& params);
 

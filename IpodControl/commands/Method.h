@@ -15,15 +15,13 @@ enum class ParameterKind { OnOff, RepeatMode, Text, Integer };
 struct Parameter {
     std::string_view name;   ///< on the wire; empty: no parameter
     std::string_view shown;  ///< as it is typed: "ITEM" by its place, "--start" by its name
-    ParameterKind kind = ParameterKind::Text;
-    std::string_view fallback;  ///< sent where none is given; without one, an option is left out
-    bool isRequired = false;
-    std::int64_t least = 0;  ///< of an Integer
-    std::int64_t most = 0;
     std::string_view help;
+    ParameterKind kind = ParameterKind::Text;
+    bool isRequired = false;
+    std::string_view fallback = "";  ///< sent where none is given; without one, it is left out
+    std::int64_t least = 0;          ///< of an Integer
+    std::int64_t most = 0;
 };
-
-using Parameters = std::array<Parameter, 2>;
 
 /// What in a result means "done". An error object never does.
 enum class Verdict {
@@ -48,13 +46,14 @@ struct Method {
     std::string_view alias;  ///< a short name, or empty
     std::string_view group;  ///< one of kGroups
     std::string_view summary;
-    std::string_view example;  ///< arguments, or empty
-    Verdict verdict;
-    std::string_view member;  ///< of the result, for `verdict` and `display`
-    Display display;
-    std::string_view yes;     ///< YesOrNo: what is printed
-    std::string_view no;      ///< YesOrNo: what is printed; else why it was refused, as a sentence's end
-    Parameters parameters{};  ///< those without a name are none
+    std::string_view no;  ///< YesOrNo: what is printed; else why it was refused, as a sentence's end
+    Verdict verdict = Verdict::Flag;
+    std::string_view member = "success";  ///< of the result, for `verdict` and `display`
+    Display display = Display::Nothing;
+    std::string_view yes = "";      ///< YesOrNo: what is printed
+    std::string_view example = "";  ///< arguments
+    Parameter first{};
+    Parameter second{};
 };
 
 /// All of them, in the order of their names.

@@ -8,13 +8,12 @@
 #include <string_view>
 
 #include "IpodControl/DisplayText.h"
+#include "IpodControl/Message.h"
 #include "ServiceUtil/Utf8.h"
 
 namespace IpodControl {
 
 namespace {
-
-constexpr std::size_t kMostNearest = 3;
 
 std::u32string Characters(std::string_view text) {
     std::u32string characters;
@@ -81,56 +80,55 @@ NameSearch::NameSearch(const std::string& name) {
     }
 }
 
-void NameSearch::Look(const LibraryItem& item) {
-    const std::string folded = Folded(item.name);
+void NameSearch::Look(const Json::Value& item) {
+    const std::string name = TextMember(item, "itemName");
+    const std::string folded = Folded(name);
     for (Wanted& wanted : m_wanted) {
-        if (item.name == wanted.name && ++wanted.exact.count == wanted.number) {
-            wanted.exact.found = item;
+        if (name == wanted.name && ++wanted.exact.count == wanted.number) {
+            wanted.exact.item = item;
         }
         if (folded == wanted.folded && ++wanted.caseless.count == wanted.number) {
-            wanted.caseless.found = item;
+            wanted.caseless.item = item;
         }
     }
-    LookNear(item.name, folded);
+    LookNear(name, folded);
 }
 
-const std::optional<LibraryItem>& NameSearch::Found() const {
-    static const std::optional<LibraryItem> none;
+const Json::Value& NameSearch::Found() const {
     for (const Wanted& wanted : m_wanted) {
         // Where the name itself is there, the number counts those of exactly that name.
         const Match& match = wanted.exact.count > 0 ? wanted.exact : wanted.caseless;
-        if (match.found) {
-            return match.found;
+        if (match.item.isObject()) {
+            return match.item;
         }
     }
-    return none;
+    return Json::Value::nullSingleton();
 }
 
 void NameSearch::LookNear(const std::string& name, const std::string& folded) {
+    constexpr std::size_t kMost = 3;
     const std::string& wanted = m_wanted.front().folded;
-    if (Found() || folded.empty() || wanted.empty()) {
+    if (Found().isObject() || folded.empty() || wanted.empty()) {
         return;
     }
     const std::size_t distance = Distance(folded, wanted);
     const bool isKnown = std::any_of(m_nearest.begin(), m_nearest.end(),
-                                     [&name](const Candidate& candidate) { return candidate.name == name; });
-    if (isKnown || distance > 1 + wanted.size() / 2) {
-        return;
+                                     [&name](const auto& candidate) { return candidate.second == name; });
+    if (!isKnown && distance <= 1 + wanted.size() / 2) {
+        m_nearest.emplace(distance, name);
+        if (m_nearest.size() > kMost) {
+            m_nearest.erase(std::prev(m_nearest.end()));
+        }
     }
-    const auto behind =
-        std::find_if(m_nearest.begin(), m_nearest.end(),
-                     [distance](const Candidate& candidate) { return candidate.distance > distance; });
-    m_nearest.insert(behind, {distance, name});
-    m_nearest.resize(std::min(m_nearest.size(), kMostNearest));
 }
 
 std::vector<std::string> NameSearch::Nearest() const {
     // Beside one that is nearly it, what is much farther off only distracts.
     constexpr std::size_t kSpread = 2;
     std::vector<std::string> names;
-    for (const Candidate& candidate : m_nearest) {
-        if (candidate.distance <= m_nearest.front().distance + kSpread) {
-            names.push_back(candidate.name);
+    for (const auto& [distance, name] : m_nearest) {
+        if (distance <= m_nearest.begin()->first + kSpread) {
+            names.push_back(name);
         }
     }
     return names;

@@ -1,18 +1,15 @@
 // Finds an item of a list by its name.
 #pragma once
 
+#include <json/json.h>
+
 #include <cstdint>
-#include <optional>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace IpodControl {
-
-struct LibraryItem {
-    std::int64_t id = 0;
-    std::string name;
-};
 
 /// In lower case, as far as letters have one.
 std::string Folded(std::string_view text);
@@ -22,19 +19,19 @@ class NameSearch {
   public:
     explicit NameSearch(const std::string& name);
 
-    void Look(const LibraryItem& item);
+    void Look(const Json::Value& item);
     /// The first item of exactly that name, else the first whose name differs by upper and lower case only,
-    /// else in the same way the one of that number.
-    const std::optional<LibraryItem>& Found() const;
+    /// else in the same way the one of that number; else null.
+    const Json::Value& Found() const;
     /// Nothing that follows is better.
-    bool IsExact() const { return m_wanted.front().exact.found.has_value(); }
+    bool IsExact() const { return m_wanted.front().exact.item.isObject(); }
     /// The names that come nearest, the best first, each once.
     std::vector<std::string> Nearest() const;
 
   private:
     struct Match {
         std::int64_t count = 0;
-        std::optional<LibraryItem> found;
+        Json::Value item{};
     };
     struct Wanted {
         std::string name;
@@ -43,15 +40,11 @@ class NameSearch {
         Match exact{};
         Match caseless{};
     };
-    struct Candidate {
-        std::size_t distance;
-        std::string name;
-    };
 
     void LookNear(const std::string& name, const std::string& folded);
 
-    std::vector<Wanted> m_wanted;        // as it was typed, then with a number behind it
-    std::vector<Candidate> m_nearest{};  // sorted by distance
+    std::vector<Wanted> m_wanted;                         // as it was typed, then with a number behind it
+    std::multimap<std::size_t, std::string> m_nearest{};  // by distance; the first of equal ones first
 };
 
 }  // namespace IpodControl

@@ -42,25 +42,20 @@ bool FlushOutput() {
     return false;
 }
 
-void Table::Add(const std::vector<std::string>& cells) {
-    auto& row = m_rows.emplace_back();
-    std::transform(cells.begin(), cells.end(), std::back_inserter(row), Harmless);
-}
-
-void Table::Print() const {
-    std::vector<std::size_t> widths(m_columns.size());
-    for (const auto& row : m_rows) {
+void PrintTable(Rows rows, bool isNumbered) {
+    std::vector<std::size_t> widths;
+    for (auto& row : rows) {
+        std::transform(row.begin(), row.end(), row.begin(), Harmless);
+        widths.resize(std::max(widths.size(), row.size()));
         for (std::size_t i = 0; i < row.size(); ++i) {
             widths[i] = std::max(widths[i], DisplayWidth(row[i]));
         }
     }
-    for (const auto& row : m_rows) {
+    for (const auto& row : rows) {
         std::string line;
         for (std::size_t i = 0; i < row.size(); ++i) {
-            const std::size_t room = widths[i] - DisplayWidth(row[i]);
-            line += i > 0 ? "  " : "";
-            line.append(m_columns[i] == Align::Right ? room : 0, ' ').append(row[i]);
-            line.append(m_columns[i] == Align::Left && i + 1 < row.size() ? room : 0, ' ');
+            const std::string room(widths[i] - DisplayWidth(row[i]), ' ');
+            line += (i > 0 ? "  " : "") + (i == 0 && isNumbered ? room + row[i] : row[i] + room);
         }
         line.erase(line.find_last_not_of(' ') + 1);
         PrintLine(line);

@@ -30,19 +30,8 @@ int Complain(const Problem& problem);
 /// False when standard output does not take what was printed, which is then told.
 bool FlushOutput();
 
-/// Lines of columns; numbers stand to the right.
-class Table {
-  public:
-    enum class Align { Left, Right };
-    explicit Table(std::vector<Align> columns) : m_columns(std::move(columns)) {}
-
-    /// Cells are made harmless.
-    void Add(const std::vector<std::string>& cells);
-    void Print() const;
-
-  private:
-    const std::vector<Align> m_columns;
-    std::vector<std::vector<std::string>> m_rows;
-};
+using Rows = std::vector<std::vector<std::string>>;
+/// In columns; a first column of numbers stands to the right. Cells are made harmless.
+void PrintTable(Rows rows, bool isNumbered = false);
 
 }  // namespace IpodControl

@@ -2,30 +2,16 @@
 
 #include <algorithm>
 
-#include "IpodControl/JsonMembers.h"
 #include "IpodControl/commands/Answer.h"
 #include "IpodControl/commands/Commands.h"
-#include "IpodControl/commands/Output.h"
 #include "IpodControl/commands/ResultText.h"
 
 namespace IpodControl {
 
 namespace {
 
-constexpr const char* kQuestions[] = {"isIpodConnected", "getCurrentTrackInfo", "isTrackPaused",
-                                      "isShuffleEnabled", "getRepeatMode"};
-
-/// The first answer that does not tell what was asked. A player that is not there, or that refuses, does
-/// tell.
-std::optional<Answer> FindOdd(const std::vector<Reply>& replies) {
-    for (std::size_t i = 0; i < replies.size(); ++i) {
-        Answer answer = Weigh(*FindMethod(kQuestions[i]), {}, replies[i]);
-        if (answer.status == kNoService || replies[i].error) {
-            return answer;
-        }
-    }
-    return std::nullopt;
-}
+const std::vector<Request> kQuestions{
+    {"isIpodConnected"}, {"getCurrentTrackInfo"}, {"isTrackPaused"}, {"isShuffleEnabled"}, {"getRepeatMode"}};
 
 /// `track` is null where the notification stays away.
 Json::Value Summary(const std::vector<Reply>& replies, const Json::Value& track) {
@@ -42,59 +28,40 @@ Json::Value Summary(const std::vector<Reply>& replies, const Json::Value& track)
     return summary;
 }
 
-/// Nothing is known of a track without a title, as before the first one is chosen.
-void PrintTrack(Table& table, const Json::Value& track) {
-    if (TextMember(track, "trackTitle").empty()) {
-        return;
-    }
-    const std::int64_t index = IntegerMember(track, "trackIndex").value_or(0);
-    const std::int64_t count = IntegerMember(track, "trackCount").value_or(0);
-    if (index > 0) {
-        table.Add({"track", std::to_string(index) + " of " + std::to_string(count)});
-    }
-    table.Add({"title", TextMember(track, "trackTitle")});
-    table.Add({"artist", TextMember(track, "trackArtist")});
-    table.Add({"album", TextMember(track, "trackAlbum")});
-    table.Add({"position", PositionText(track)});
-}
-
 void PrintSummary(const Json::Value& summary) {
-    Table table({Table::Align::Left, Table::Align::Left});
-    table.Add({"player", "connected"});
-    table.Add({"state", TextMember(summary, "state")});
-    PrintTrack(table, Member(summary, "track"));
-    table.Add({"shuffle", IsTrueMember(summary, "shuffle") ? "on" : "off"});
-    table.Add({"repeat", TextMember(summary, "repeat")});
-    table.Print();
-}
-
-int PrintDisconnected(bool json) {
-    if (json) {
-        Json::Value summary;
-        summary["connected"] = false;
-        PrintJson(summary);
-    } else {
-        PrintLine("player  not connected");
+    const Json::Value& track = Member(summary, "track");
+    Rows rows{{"player", "connected"}, {"state", TextMember(summary, "state")}};
+    const Rows trackRows = TrackRows(track);
+    if (const auto index = IntegerMember(track, "trackIndex"); index > 0 && !trackRows.empty()) {
+        const std::int64_t count = IntegerMember(track, "trackCount").value_or(0);
+        rows.push_back({"track", std::to_string(*index) + " of " + std::to_string(count)});
     }
-    return kDone;
+    rows.insert(rows.end(), trackRows.begin(), trackRows.end());
+    rows.push_back({"shuffle", IsTrueMember(summary, "shuffle") ? "on" : "off"});
+    rows.push_back({"repeat", TextMember(summary, "repeat")});
+    PrintTable(std::move(rows));
 }
 
-/// The first answer that does not tell what was asked is told instead.
 int Show(Client& client, const Settings& settings) {
-    std::vector<Request> requests;
-    for (const char* question : kQuestions) {
-        requests.push_back({question});
-    }
-    const auto replies = client.CallAll(requests);
+    const auto replies = client.CallAll(kQuestions);
     if (!replies) {
         return Complain(replies.Why());
     }
-    if (const auto odd = FindOdd(*replies)) {
-        Complain(odd->complaint);
-        return odd->status;
+    for (std::size_t i = 0; i < replies->size(); ++i) {
+        // A player that is not there, or that refuses, does tell what was asked.
+        const Answer answer = Weigh(*FindMethod(kQuestions[i].method), {}, (*replies)[i]);
+        if (answer.status == kNoService || answer.isError) {
+            Complain(answer.complaint);
+            return answer.status;
+        }
     }
     if (!IsTrueMember(replies->front().result, "connected")) {
-        return PrintDisconnected(settings.json);
+        if (settings.json) {
+            PrintJson(Params("connected", false));
+        } else {
+            PrintLine("player  not connected");
+        }
+        return kDone;
     }
     // The position in the play context, and whether it plays, come in the notification that follows the
     // answer.

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <thread>
 
-#include "IpodControl/JsonMembers.h"
 #include "IpodControl/commands/Answer.h"
 #include "IpodControl/commands/Commands.h"
 

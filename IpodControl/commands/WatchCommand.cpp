@@ -1,5 +1,6 @@
 // Notifications as they come.
 
+#include <glib.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -9,11 +10,13 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 
+#include "IpodControl/DisplayText.h"
 #include "IpodControl/Wire.h"
 #include "IpodControl/commands/Commands.h"
-#include "IpodControl/commands/Output.h"
-#include "IpodControl/commands/WatchText.h"
+#include "IpodControl/commands/ResultText.h"
+#include "ServiceUtil/JsonText.h"
 #include "ServiceUtil/SignalDescriptor.h"
 
 namespace IpodControl {
@@ -21,6 +24,103 @@ namespace IpodControl {
 namespace {
 
 using std::chrono::milliseconds;
+
+std::string Number(const Json::Value& value, std::string_view name) {
+    return std::to_string(IntegerMember(value, name).value_or(0));
+}
+
+std::string TrackLine(const Json::Value& info) {
+    std::string line = IsTrueMember(info, "isPlaying") ? "track     playing" : "track     not playing";
+    line += "  " + Number(info, "trackIndex") + " of " + Number(info, "trackCount");
+    for (const char* name : {"trackTitle", "trackArtist", "trackAlbum"}) {
+        const std::string text = Harmless(TextMember(info, name));
+        line += text.empty() ? "" : "  " + text;
+    }
+    return line + "  " + PositionText(info);
+}
+
+/// Without a line end.
+std::string NotificationText(const Message& notification) {
+    const std::string method = notification.Method();
+    const Json::Value& params = notification.Params();
+    if (method == "ipodConnectionNotification") {
+        return IsTrueMember(params, "connected") ? "player    connected" : "player    disconnected";
+    }
+    if (method == "trackInfoNotification") {
+        return TrackLine(Member(params, "trackInfo"));
+    }
+    if (method == "trackTimeNotification") {
+        return "time      " + PositionText(params);
+    }
+    if (method == "trackPausedNotification") {
+        return IsTrueMember(params, "isTrackPaused") ? "pause     paused" : "pause     playing";
+    }
+    if (method == "ipodAlbumArtNotification") {
+        return "picture   " + PictureText(PictureIn(params)) + ", of track " + Number(params, "trackIndex");
+    }
+    return Harmless(method + " " + WriteJson(params));
+}
+
+/// "2026-11-21T06:30:00.123+0000", or its time of the day alone. Local time.
+std::string TimeStamp(bool isWhole) {
+    const std::unique_ptr<GDateTime, decltype(&g_date_time_unref)> now(g_date_time_new_now_local(),
+                                                                       g_date_time_unref);
+    const std::string thousandths =
+        std::to_string(1000 + g_date_time_get_microsecond(now.get()) / 1000).substr(1);
+    const std::string format =
+        isWhole ? "%Y-%m-%dT%H:%M:%S." + thousandths + "%z" : "%H:%M:%S." + thousandths;
+    const std::unique_ptr<char, decltype(&g_free)> text(g_date_time_format(now.get(), format.c_str()),
+                                                        g_free);
+    return text.get();
+}
+
+/// What is known of the track that plays, as a line that shows how far it has come.
+class Progress {
+  public:
+    void Follow(const Message& notification) {
+        const std::string method = notification.Method();
+        const Json::Value& params = notification.Params();
+        if (method == "ipodConnectionNotification" && !IsTrueMember(params, "connected")) {
+            Forget();
+        } else if (method == "trackPausedNotification") {
+            m_isPaused = IsTrueMember(params, "isTrackPaused");
+        } else if (method == "trackInfoNotification" || method == "trackTimeNotification") {
+            const bool isTrack = method == "trackInfoNotification";
+            const Json::Value& times = isTrack ? Member(params, "trackInfo") : params;
+            m_elapsed = IntegerMember(times, "trackTime").value_or(m_elapsed);
+            m_duration = IntegerMember(times, "trackDuration").value_or(m_duration);
+            if (isTrack) {
+                m_title = Harmless(TextMember(times, "trackTitle"));
+                m_isPaused = !IsTrueMember(times, "isPlaying");
+            }
+            m_isKnown = !isTrack || !m_title.empty();
+        }
+    }
+
+    /// At most `width` cells; empty while nothing is known.
+    std::string Line(std::size_t width) const {
+        if (!m_isKnown) {
+            return {};
+        }
+        std::string line = m_isPaused ? "|| " : "> ";
+        line += ClockText(m_elapsed);
+        if (m_duration > 0) {
+            constexpr std::int64_t kBar = 30;
+            const auto done = std::clamp<std::int64_t>(m_elapsed / (m_duration / kBar + 1), 0, kBar);
+            line += " [" + std::string(static_cast<std::size_t>(done), '=') +
+                    std::string(static_cast<std::size_t>(kBar - done), ' ') + "] " + ClockText(m_duration);
+        }
+        return Shortened(line + "  " + m_title, width);
+    }
+    void Forget() { *this = Progress(); }
+
+  private:
+    std::string m_title;
+    std::int64_t m_elapsed = 0;   // ms
+    std::int64_t m_duration = 0;  // ms; 0: unknown
+    bool m_isKnown = false;
+    bool m_isPaused = false;
+};
 
 /// Lines, and below them the progress line where standard output is a terminal.
 class Screen {
@@ -39,10 +139,10 @@ class Screen {
         if (m_json) {
             Json::Value line = notification.Whole();
             line.removeMember("jsonrpc");
-            line["time"] = TimeStamp(StampStyle::Whole);
+            line["time"] = TimeStamp(true);
             PrintJson(line);
         } else if (!m_hasProgress || notification.Method() != "trackTimeNotification") {
-            PrintLine(TimeStamp(StampStyle::TimeOfDay) + "  " + NotificationText(notification));
+            PrintLine(TimeStamp(false) + "  " + NotificationText(notification));
         }
         Draw();
         return FlushOutput();

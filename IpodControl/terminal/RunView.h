@@ -3,7 +3,7 @@
 
 #include <chrono>
 
-#include "IpodControl/Endpoint.h"
+#include "IpodControl/Wire.h"
 
 namespace IpodControl {
 

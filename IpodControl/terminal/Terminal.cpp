@@ -65,40 +65,40 @@ bool CanPlaceCursor() {
     return capability != nullptr && reinterpret_cast<std::intptr_t>(capability) != -1;
 }
 
-constexpr std::array<std::pair<wint_t, KeyKind>, 11> kNamedKeys{{
-    {KEY_ENTER, KeyKind::Enter},
-    {KEY_BACKSPACE, KeyKind::Backspace},
-    {KEY_LEFT, KeyKind::Left},
-    {KEY_RIGHT, KeyKind::Right},
-    {KEY_UP, KeyKind::Up},
-    {KEY_DOWN, KeyKind::Down},
-    {KEY_PPAGE, KeyKind::PageUp},
-    {KEY_NPAGE, KeyKind::PageDown},
-    {KEY_HOME, KeyKind::Home},
-    {KEY_END, KeyKind::End},
-    {KEY_REFRESH, KeyKind::Redraw},
-}};
-
-std::optional<Key> NamedKey(wint_t code) {
-    const auto* const named = std::find_if(kNamedKeys.begin(), kNamedKeys.end(),
-                                           [code](const auto& entry) { return entry.first == code; });
-    return named == kNamedKeys.end() ? std::nullopt : std::optional(Key{named->second});
+/// What has no place among the keys is left out.
+std::optional<char32_t> NamedKey(wint_t code) {
+    constexpr std::array<std::pair<wint_t, Key>, 11> kNamed{{
+        {KEY_ENTER, kEnter},
+        {KEY_BACKSPACE, kBackspace},
+        {KEY_LEFT, kLeft},
+        {KEY_RIGHT, kRight},
+        {KEY_UP, kUp},
+        {KEY_DOWN, kDown},
+        {KEY_PPAGE, kPageUp},
+        {KEY_NPAGE, kPageDown},
+        {KEY_HOME, kHome},
+        {KEY_END, kEnd},
+        {KEY_REFRESH, kRedraw},
+    }};
+    const auto* const named =
+        std::find_if(kNamed.begin(), kNamed.end(), [code](const auto& entry) { return entry.first == code; });
+    return named == kNamed.end() ? std::nullopt : std::optional<char32_t>(named->second);
 }
 
-Key CharacterKey(wint_t character) {
+char32_t CharacterKey(wint_t character) {
     switch (character) {
         case '\r':
         case '\n':
-            return {KeyKind::Enter};
+            return kEnter;
         case '\b':
         case 0x7F:
-            return {KeyKind::Backspace};
+            return kBackspace;
         case 0x1B:
-            return {KeyKind::Escape};
+            return kEscape;
         case 0x0C:
-            return {KeyKind::Redraw};
+            return kRedraw;
         default:
-            return {KeyKind::Character, static_cast<char32_t>(character)};
+            return static_cast<char32_t>(character);
     }
 }
 
@@ -195,21 +195,13 @@ void Terminal::ShowCell(int row, int column, const Cell& cell) {
     mvwadd_wch(stdscr, row, column, &shown);
 }
 
-std::vector<Key> Terminal::ReadKeys() {
+std::vector<char32_t> Terminal::ReadKeys() {
     constexpr std::size_t kMost = 256;
-    std::vector<Key> keys;
+    std::vector<char32_t> keys;
     wint_t code = 0;
-    while (keys.size() < kMost) {
-        const int kind = wget_wch(stdscr, &code);
-        if (kind == ERR) {
-            break;
-        }
-        if (kind == KEY_CODE_YES) {
-            if (const auto key = NamedKey(code)) {
-                keys.push_back(*key);
-            }
-        } else {
-            keys.push_back(CharacterKey(code));
+    for (int kind = 0; keys.size() < kMost && (kind = wget_wch(stdscr, &code)) != ERR;) {
+        if (const auto key = kind == KEY_CODE_YES ? NamedKey(code) : CharacterKey(code)) {
+            keys.push_back(*key);
         }
     }
     return keys;

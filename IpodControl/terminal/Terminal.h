@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "IpodControl/view/Canvas.h"
-#include "IpodControl/view/Key.h"
+#include "IpodControl/view/ViewModel.h"
 
 namespace IpodControl::PlayerView {
 
@@ -32,8 +32,8 @@ class Terminal {
     void Redraw();
     /// Puts what has changed on the screen.
     void Show(const Canvas& canvas);
-    /// What has been typed; does not wait.
-    std::vector<Key> ReadKeys();
+    /// What has been typed, as ViewModel::Press takes it; does not wait.
+    std::vector<char32_t> ReadKeys();
 
   private:
     struct Screen;

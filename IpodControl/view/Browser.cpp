@@ -35,12 +35,6 @@ std::int64_t TotalIn(const Json::Value& list) {
 
 }  // namespace
 
-Json::Value Browser::PageParams(std::int64_t start, std::int64_t count) {
-    Json::Value params = Params("startIndex", Json::Int64{start});
-    params["itemCount"] = Json::Int64{count};
-    return params;
-}
-
 void Browser::Start() {
     Forget();
     m_isRunning = true;
@@ -72,10 +66,6 @@ void Browser::Tick() {
     }
 }
 
-std::optional<Time> Browser::NextWake() const {
-    return m_rereadDue;
-}
-
 void Browser::Reread() {
     if (m_isRunning) {
         Open(m_cursor);
@@ -97,7 +87,7 @@ void Browser::Open(std::int64_t cursor) {
     m_inFlight.clear();
     m_lastReread = m_context.now;
     m_isOpening = true;
-    m_context.Ask("getBrowseList", PageParams(0, ListPages::kPageItems),
+    m_context.Ask(PageRequest(0, ListPages::kPageItems),
                   [this, cursor, generation = m_generation](const Reply& reply) {
                       if (generation == m_generation) {
                           m_isOpening = false;
@@ -173,8 +163,8 @@ bool Browser::FetchOneOf(std::int64_t first, std::int64_t last) {
 void Browser::FetchPage(std::int64_t page) {
     m_inFlight.push_back(page);
     // Never beyond the end: lists are circular.
-    const auto params = PageParams(page * ListPages::kPageItems, m_pages.ItemsOf(page));
-    m_context.Ask("getBrowseList", params, [this, page, generation = m_generation](const Reply& reply) {
+    const Request request = PageRequest(page * ListPages::kPageItems, m_pages.ItemsOf(page));
+    m_context.Ask(request, [this, page, generation = m_generation](const Reply& reply) {
         if (generation != m_generation) {
             return;
         }

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "IpodControl/view/ListPages.h"
@@ -22,7 +21,7 @@ class Browser {
     void Stop();
     void Tick();
     /// When Tick has something to do; none when it has not.
-    std::optional<Time> NextWake() const;
+    std::optional<Time> NextWake() const { return m_rereadDue; }
     /// How many items the view shows.
     void SetRows(int rows);
 
@@ -52,7 +51,7 @@ class Browser {
     std::string Path() const;
 
   private:
-    struct Step {
+    struct Level {
         Item item;
         std::int64_t cursor = 0;
         std::string filter;
@@ -60,24 +59,22 @@ class Browser {
 
     bool IsReady();
     void Forget();
-    /// For the answer to what moves the service's position, or depends on it: until then nothing else does.
-    template <typename Answer>
-    std::function<void(const Answer&)> AsStep(std::function<void(const Answer&)> handler);
-    void Take(const char* method, Json::Value params, Calls::Handler handler);
+    /// Asks for what moves the service's position, or depends on it: until the answer nothing else does.
+    void Step(const std::vector<Request>& requests, ViewContext::BatchHandler handler);
+    void Step(const Request& request, ViewContext::Handler handler);
     void Open(std::int64_t cursor);
     void Adopt(const Reply& reply, std::int64_t cursor);
     void Fetch();
     bool FetchOneOf(std::int64_t first, std::int64_t last);
     void FetchPage(std::int64_t page);
     /// Whether an answer comes from the list that is shown.
-    static Json::Value PageParams(std::int64_t start, std::int64_t count);
     bool Fits(const Json::Value& list) const;
     void Changed();
     std::vector<Request> Way() const;
     void Choose(const Item& item);
     void Selected(const Item& item, const Reply& reply);
     void ApplyFilter();
-    void GoToCategory(std::string_view begin);
+    void GoToCategory();
     void KeepCursorShown();
     bool OffersNothing() const;
 
@@ -100,7 +97,7 @@ class Browser {
 
     unsigned m_epoch = 0;  ///< of the position: answers to steps from an older one are dropped
     bool m_isPathKnown = false;
-    std::vector<Step> m_path;
+    std::vector<Level> m_path;
     std::string m_wantedFilter;
     std::string m_filter;  ///< that the service has
 };

@@ -15,11 +15,11 @@ bool Says(const Reply& reply, const char* word) {
 }
 
 /// Whether a step down to a list has been done. A selection that answers "success" has not: a song plays.
-bool IsDone(const Request& step, const Reply& reply) {
-    if (step.method == "resetBrowseList") {
+bool IsDone(const Request& request, const Reply& reply) {
+    if (request.method == "resetBrowseList") {
         return IsTrueMember(reply.result, "resetSuccess");
     }
-    return Says(reply, step.method == "selectBrowseItem" ? "browsing" : "success");
+    return Says(reply, request.method == "selectBrowseItem" ? "browsing" : "success");
 }
 
 }  // namespace
@@ -29,8 +29,8 @@ std::string Browser::Path() const {
         return m_isKnown ? "(a list that another client has opened)" : "";
     }
     std::string path;
-    for (const Step& step : m_path) {
-        path += (path.empty() ? "" : " > ") + step.item.name;
+    for (const Level& level : m_path) {
+        path += (path.empty() ? "" : " > ") + level.item.name;
     }
     return path.empty() ? "Library" : path;
 }
@@ -52,25 +52,25 @@ void Browser::EnterDeeper() {
     }
 }
 
-template <typename Answer>
-std::function<void(const Answer&)> Browser::AsStep(std::function<void(const Answer&)> handler) {
+void Browser::Step(const std::vector<Request>& requests, ViewContext::BatchHandler handler) {
     m_isBusy = true;
-    return [this, epoch = m_epoch, handler = std::move(handler)](const Answer& answer) {
+    m_context.AskAll(requests, [this, epoch = m_epoch, handler = std::move(handler)](const auto& replies) {
         if (epoch != m_epoch) {
             return;
         }
         m_isBusy = false;
-        handler(answer);
+        handler(replies);
         // What was typed, and where was gone, in the meantime.
         if (!m_isBusy) {
             ApplyFilter();
             Fetch();
         }
-    };
+    });
 }
 
-void Browser::Take(const char* method, Json::Value params, Calls::Handler handler) {
-    m_context.Ask(method, std::move(params), AsStep(std::move(handler)));
+void Browser::Step(const Request& request, ViewContext::Handler handler) {
+    Step(std::vector{request},
+         [handler = std::move(handler)](const std::vector<Reply>& replies) { handler(replies.front()); });
 }
 
 /// Looks first whether the item is still there: a number chosen from another list could play anything.
@@ -89,7 +89,7 @@ void Browser::Enter() {
         return;
     }
     m_context.Say((m_isLast ? "Playing " : "Opening ") + item->name);
-    Take("getBrowseList", PageParams(m_cursor, 1), [this, chosen = *item](const Reply& reply) {
+    Step(PageRequest(m_cursor, 1), [this, chosen = *item](const Reply& reply) {
         const Json::Value& items = Member(reply.result, "categoryItems");
         const bool isThere = Fits(reply.result) &&
                              (m_isRoot || (!items.empty() && IntegerMember(items[0], "itemId") == chosen.id &&
@@ -110,9 +110,9 @@ std::vector<Request> Browser::Way() const {
             way.push_back({"filterBrowseList", Params("searchText", filter)});
         }
     };
-    for (const Step& step : m_path) {
-        addFilter(step.filter);
-        way.push_back({"selectBrowseItem", Params("itemId", Json::Int64{step.item.id})});
+    for (const Level& level : m_path) {
+        addFilter(level.filter);
+        way.push_back(SelectRequest(level.item.id));
     }
     addFilter(m_filter);
     return way;
@@ -124,19 +124,17 @@ std::vector<Request> Browser::Way() const {
 void Browser::Choose(const Item& item) {
     std::vector<Request> requests = m_isPathKnown ? Way() : std::vector<Request>();
     const std::vector<Request> way = requests;
-    requests.push_back({"selectBrowseItem", Params("itemId", Json::Int64{item.id})});
+    requests.push_back(SelectRequest(item.id));
     if (m_isLast) {
         requests.insert(requests.end(), way.begin(), way.end());
     }
-    const Calls::BatchHandler handler = [this, item, way](const std::vector<Reply>& replies) {
-        const bool hasArrived = std::equal(way.begin(), way.end(), replies.begin(), IsDone);
-        if (hasArrived) {
+    Step(requests, [this, item, way](const std::vector<Reply>& replies) {
+        if (std::equal(way.begin(), way.end(), replies.begin(), IsDone)) {
             Selected(item, replies[way.size()]);
         } else {
             Changed();
         }
-    };
-    m_context.AskBatch(requests, AsStep(handler));
+    });
 }
 
 void Browser::Selected(const Item& item, const Reply& reply) {
@@ -165,18 +163,18 @@ void Browser::Selected(const Item& item, const Reply& reply) {
 void Browser::Leave() {
     const bool isFiltered =
         !m_filter.empty() ||
-        std::any_of(m_path.begin(), m_path.end(), [](const Step& step) { return !step.filter.empty(); });
+        std::any_of(m_path.begin(), m_path.end(), [](const Level& level) { return !level.filter.empty(); });
     if (!m_isKnown || !isFiltered) {
         return;
     }
     m_filter.clear();
-    for (Step& step : m_path) {
-        step.filter.clear();
+    for (Level& level : m_path) {
+        level.filter.clear();
     }
     if (m_isPathKnown) {
-        m_context.AskBatch(Way(), [](const std::vector<Reply>&) {});
+        m_context.AskAll(Way(), [](const std::vector<Reply>&) {});
     } else {
-        m_context.Ask("filterBrowseList", Params("searchText", ""), [](const Reply&) {});
+        m_context.Ask({"filterBrowseList", Params("searchText", "")});
     }
 }
 
@@ -188,7 +186,7 @@ void Browser::Back() {
         m_context.Refuse("This is the top");
         return;
     }
-    Take("selectBrowseBack", {}, [this](const Reply& reply) {
+    Step({"selectBrowseBack"}, [this](const Reply& reply) {
         if (!Says(reply, "success")) {
             m_context.Refuse("The service refused to go up");
             Open(m_cursor);
@@ -215,15 +213,15 @@ void Browser::Jump(bool isForward) {
                                   : "Letter jumps look at the whole list: take the filter off with Esc");
         return;
     }
-    Take(isForward ? "getNextAlphaNumericIndex" : "getPrevAlphaNumericIndex",
-         Params("startIndex", Json::Int64{m_cursor}), [this](const Reply& reply) {
-             const auto index = IntegerMember(reply.result, "itemIndex");
-             if (index && *index >= 0 && *index < Total()) {
-                 MoveTo(*index);
-             } else {
-                 Changed();
-             }
-         });
+    const char* const method = isForward ? "getNextAlphaNumericIndex" : "getPrevAlphaNumericIndex";
+    Step({method, Params("startIndex", Json::Int64{m_cursor})}, [this](const Reply& reply) {
+        const auto index = IntegerMember(reply.result, "itemIndex");
+        if (index && *index >= 0 && *index < Total()) {
+            MoveTo(*index);
+        } else {
+            Changed();
+        }
+    });
 }
 
 void Browser::Filter(std::string text) {
@@ -232,8 +230,8 @@ void Browser::Filter(std::string text) {
     }
     m_wantedFilter = std::move(text);
     m_wantsToEnter = false;
-    if (m_isRoot) {
-        GoToCategory(m_wantedFilter);
+    if (m_isRoot && !m_wantedFilter.empty()) {
+        GoToCategory();
     } else if (!m_isBusy) {
         ApplyFilter();
     }
@@ -244,27 +242,25 @@ void Browser::ApplyFilter() {
     if (!m_isKnown || m_isRoot || m_wantedFilter == m_filter) {
         return;
     }
-    Take("filterBrowseList", Params("searchText", m_wantedFilter),
-         [this, sent = m_wantedFilter](const Reply& reply) {
-             if (!Says(reply, "success")) {
-                 m_context.Refuse("The service refused the filter");
-                 m_wantsToEnter = false;
-                 m_wantedFilter = m_filter;
-                 return;
-             }
-             m_filter = sent;
-             Open(0);
-         });
+    const Request request{"filterBrowseList", Params("searchText", m_wantedFilter)};
+    Step(request, [this, sent = m_wantedFilter](const Reply& reply) {
+        if (!Says(reply, "success")) {
+            m_context.Refuse("The service refused the filter");
+            m_wantsToEnter = false;
+            m_wantedFilter = m_filter;
+            return;
+        }
+        m_filter = sent;
+        Open(0);
+    });
 }
 
 /// The service has no filter for the categories. When typing ends, the text is gone and the place stays.
-void Browser::GoToCategory(std::string_view begin) {
-    if (begin.empty()) {
-        return;
-    }
+void Browser::GoToCategory() {
+    const std::string& begin = m_wantedFilter;
     for (std::int64_t i = 0; i < Total(); ++i) {
         const Item* const item = m_pages.At(i);
-        if (item != nullptr && strncasecmp(item->name.c_str(), begin.data(), begin.size()) == 0) {
+        if (item != nullptr && strncasecmp(item->name.c_str(), begin.c_str(), begin.size()) == 0) {
             MoveTo(i);
             return;
         }

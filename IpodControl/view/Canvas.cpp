@@ -1,9 +1,88 @@
 #include "IpodControl/view/Canvas.h"
 
+#include <wchar.h>
+
 #include <algorithm>
 #include <utility>
 
+#include "IpodControl/DisplayText.h"
+#include "ServiceUtil/Utf8.h"
+
 namespace IpodControl::PlayerView {
+
+namespace {
+
+/// One character with its combining marks, as the terminal takes it.
+struct Glyph {
+    std::string text;
+    int columns = 1;  ///< 1 or 2
+};
+
+/// -1: the terminal cannot show it.
+int WidthOf(char32_t character, Charset charset) {
+    if (character < 0x7F) {
+        return 1;
+    }
+    if (charset == Charset::Utf8) {
+        return wcwidth(static_cast<wchar_t>(character));
+    }
+    const bool isAccent = character >= 0x300 && character <= 0x36F;
+    return isAccent ? 0 : -1;
+}
+
+std::vector<Glyph> GlyphsOf(std::string_view text, Charset charset) {
+    // More marks on one character are decoration that no name needs, and no terminal takes.
+    constexpr int kMostMarks = 3;
+    std::vector<Glyph> glyphs;
+    int marks = 0;
+    while (!text.empty()) {
+        const char32_t character = TakeCharacter(text);
+        if (!IsHarmless(character)) {
+            continue;
+        }
+        const int width = WidthOf(character, charset);
+        if (width == 0) {
+            if (!glyphs.empty() && charset == Charset::Utf8 && ++marks <= kMostMarks) {
+                AppendUtf8(glyphs.back().text, character);
+            }
+            continue;
+        }
+        marks = 0;
+        if (width < 0) {
+            glyphs.push_back({charset == Charset::Ascii ? "?" : "\uFFFD"});
+        } else {
+            AppendUtf8(glyphs.emplace_back(Glyph{"", width}).text, character);
+        }
+    }
+    return glyphs;
+}
+
+int ColumnsOf(const std::vector<Glyph>& glyphs) {
+    int columns = 0;
+    for (const Glyph& glyph : glyphs) {
+        columns += glyph.columns;
+    }
+    return columns;
+}
+
+/// The glyphs that fit into `columns`.
+std::vector<Glyph> Fit(std::string_view text, int columns, Charset charset) {
+    std::vector<Glyph> glyphs = GlyphsOf(text, charset);
+    int used = ColumnsOf(glyphs);
+    if (used <= columns) {
+        return glyphs;
+    }
+    while (!glyphs.empty() && used > columns - 1) {
+        used -= glyphs.back().columns;
+        glyphs.pop_back();
+    }
+    if (columns > 0) {
+        glyphs.push_back({charset == Charset::Ascii ? "~" : "…"});
+    }
+    return glyphs;
+}
+
+}  // namespace
 
 Canvas::Canvas(Size size, Charset charset)
     : m_size{std::max(size.rows, 0), std::max(size.columns, 0)},
@@ -23,6 +102,10 @@ int Canvas::Write(int row, int column, int width, std::string_view text, Style s
         end += glyph.columns;
     }
     return end - column;
+}
+
+int Canvas::Columns(std::string_view text) const {
+    return ColumnsOf(GlyphsOf(text, m_charset));
 }
 
 void Canvas::Put(int row, int column, std::string_view text, Style style) {

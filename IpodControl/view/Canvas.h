@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include "IpodControl/view/Glyphs.h"
-
 namespace IpodControl::PlayerView {
+
+enum class Charset { Ascii, Utf8 };
 
 struct Style {
     /// Of the palette of 256 colours; -1 is the terminal's own.
@@ -39,9 +39,13 @@ class Canvas {
     Size Extent() const { return m_size; }
     Charset Characters() const { return m_charset; }
 
-    /// Draws `text` from there on, cut at `width` columns and at the edge, and gives back the columns it
-    /// takes. Positions outside are left out.
+    /// Draws `text` from there on, cut at `width` columns and at the edge, where it then ends in "…", and
+    /// gives back the columns it takes. Positions outside are left out. Control characters, and those that
+    /// turn the direction of a line, are left out; what is no UTF-8 is replaced, and so is what the terminal
+    /// cannot show. The widths are those of the process's locale.
     int Write(int row, int column, int width, std::string_view text, Style style = {});
+    /// The columns that Write takes where there is room for all of `text`.
+    int Columns(std::string_view text) const;
     /// One glyph of one column.
     void Put(int row, int column, std::string_view text, Style style = {});
     /// Fills a row's remaining cells up to `width` with blanks of that style.

@@ -1,47 +1,48 @@
 #include "IpodControl/view/Cover.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 
 namespace IpodControl::PlayerView {
 
 namespace {
 
-/// Steps of the palette's colour cube.
-constexpr std::array<int, 6> kCube{0, 95, 135, 175, 215, 255};
+/// Red, green, blue.
+using Rgb = const std::uint8_t*;
 
-int Distance(const Rgb& a, int red, int green, int blue) {
-    const auto square = [](int difference) { return difference * difference; };
-    // The eye tells greens apart best, blues worst.
-    return 3 * square(a[0] - red) + 4 * square(a[1] - green) + 2 * square(a[2] - blue);
-}
-
-std::size_t CubeStep(int value) {
-    const auto* const nearest = std::min_element(kCube.begin(), kCube.end(), [value](int a, int b) {
-        return std::abs(a - value) < std::abs(b - value);
-    });
-    return static_cast<std::size_t>(nearest - kCube.begin());
-}
-
-int NearestOfCube(const Rgb& colour) {
-    const std::size_t r = CubeStep(colour[0]);
-    const std::size_t g = CubeStep(colour[1]);
-    const std::size_t b = CubeStep(colour[2]);
+int NearestOfCube(Rgb colour) {
+    constexpr std::array<int, 6> kSteps{0, 95, 135, 175, 215, 255};
+    const auto stepOf = [&](int value) {
+        const auto* const nearest = std::min_element(kSteps.begin(), kSteps.end(), [value](int a, int b) {
+            return std::abs(a - value) < std::abs(b - value);
+        });
+        return static_cast<std::size_t>(nearest - kSteps.begin());
+    };
+    const auto distance = [colour](int red, int green, int blue) {
+        const auto square = [](int difference) { return difference * difference; };
+        // The eye tells greens apart best, blues worst.
+        return 3 * square(colour[0] - red) + 4 * square(colour[1] - green) + 2 * square(colour[2] - blue);
+    };
+    const std::size_t r = stepOf(colour[0]);
+    const std::size_t g = stepOf(colour[1]);
+    const std::size_t b = stepOf(colour[2]);
     const int mean = (colour[0] + colour[1] + colour[2]) / 3;
     const int greyStep = std::clamp((mean - 3) / 10, 0, 23);
     const int grey = 8 + 10 * greyStep;
-    if (Distance(colour, grey, grey, grey) < Distance(colour, kCube[r], kCube[g], kCube[b])) {
+    if (distance(grey, grey, grey) < distance(kSteps[r], kSteps[g], kSteps[b])) {
         return 232 + greyStep;
     }
     return static_cast<int>(16 + 36 * r + 6 * g + b);
 }
 
-int NearestOfEight(const Rgb& colour) {
-    const auto bit = [&](std::size_t channel) { return colour[channel] >= 96 ? 1 : 0; };
-    return bit(0) + 2 * bit(1) + 4 * bit(2);
+/// The entry of the palette's first `colours` that is nearest.
+int Nearest(Rgb colour, int colours) {
+    const auto bit = [colour](int channel) { return colour[channel] >= 96 ? 1 : 0; };
+    return colours >= 256 ? NearestOfCube(colour) : bit(0) + 2 * bit(1) + 4 * bit(2);
 }
 
-const char* Shade(const Rgb& colour) {
+const char* Shade(Rgb colour) {
     constexpr std::array kShades{" ", ".", ":", "-", "=", "+", "*", "#", "%", "@"};
     const int brightness = (3 * colour[0] + 6 * colour[1] + colour[2]) / 10;
     return kShades[static_cast<std::size_t>(brightness) * kShades.size() / 256];
@@ -60,10 +61,6 @@ Size Inside(const Place& place, const RgbImage& image) {
 
 }  // namespace
 
-int NearestColour(const Rgb& colour, int colours) {
-    return colours >= 256 ? NearestOfCube(colour) : NearestOfEight(colour);
-}
-
 void DrawCover(Canvas& canvas, const Place& place, const RgbImage& image, int colours) {
     if (image.pixels.empty() || place.rows <= 0 || place.columns <= 0) {
         return;
@@ -76,20 +73,17 @@ void DrawCover(Canvas& canvas, const Place& place, const RgbImage& image, int co
     const int left = place.column + (place.columns - size.columns) / 2;
     for (int row = 0; row < rows; ++row) {
         for (int column = 0; column < size.columns; ++column) {
-            const auto pixel = [&](std::uint32_t line) {
-                const std::uint8_t* const channels = scaled.At(static_cast<std::uint32_t>(column), line);
-                return Rgb{channels[0], channels[1], channels[2]};
+            const auto pixel = [&](int line) {
+                return scaled.At(static_cast<std::uint32_t>(column), static_cast<std::uint32_t>(line));
             };
-            const auto line = static_cast<std::uint32_t>(row);
             const int y = place.row + (place.rows - rows) / 2 + row;
             if (hasHalves) {
-                canvas.Put(
-                    y, left + column, "▀",
-                    {NearestColour(pixel(2 * line), colours), NearestColour(pixel(2 * line + 1), colours)});
+                canvas.Put(y, left + column, "▀",
+                           {Nearest(pixel(2 * row), colours), Nearest(pixel(2 * row + 1), colours)});
             } else if (colours >= 8) {
-                canvas.Put(y, left + column, " ", {-1, NearestColour(pixel(line), colours)});
+                canvas.Put(y, left + column, " ", {-1, Nearest(pixel(row), colours)});
             } else {
-                canvas.Put(y, left + column, Shade(pixel(line)));
+                canvas.Put(y, left + column, Shade(pixel(row)));
             }
         }
     }
@@ -108,7 +102,7 @@ void DrawPlaceholder(Canvas& canvas, const Place& place, std::string_view text) 
         canvas.Put(row, place.column, edge, style);
         canvas.Put(row, right, edge, style);
     }
-    const int columns = Columns(Fit(text, place.columns - 2, canvas.Characters()));
+    const int columns = std::min(canvas.Columns(text), place.columns - 2);
     canvas.Write(place.row + place.rows / 2, place.column + (place.columns - columns) / 2, columns, text,
                  style);
 }

@@ -1,7 +1,7 @@
 // A cover as colour blocks.
 #pragma once
 
-#include <array>
+#include <string_view>
 
 #include "IpodControl/view/Canvas.h"
 #include "ServiceUtil/JpegImage.h"
@@ -16,14 +16,10 @@ struct Place {
 };
 
 /// As large as the place allows, in the picture's own proportions: a cell is twice as high as wide.
-/// `colours`: how many the terminal has; below 8 the picture is shown in shades made of characters.
+/// `colours`: how many the terminal has, 0, 8 or 256; without any the picture is shown in shades made of
+/// characters. Of 256 the first 16 are left out: every terminal paints those as it likes.
 void DrawCover(Canvas& canvas, const Place& place, const RgbImage& image, int colours);
 /// A frame with `text` in it.
 void DrawPlaceholder(Canvas& canvas, const Place& place, std::string_view text);
-
-/// The entry of the palette's first `colours` (8, 16 or 256) that is nearest. Of 256 the first 16 are left
-/// out: every terminal paints those as it likes.
-using Rgb = std::array<std::uint8_t, 3>;
-int NearestColour(const Rgb& colour, int colours);
 
 }  // namespace IpodControl::PlayerView

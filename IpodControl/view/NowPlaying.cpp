@@ -31,59 +31,51 @@ void NowPlaying::Start() {
 }
 
 void NowPlaying::Stop(bool hasService) {
-    m_state = PlayState::Unknown;
-    m_track = {};
-    m_clock = {};
-    m_seekForward.reset();
-    m_shuffle.reset();
-    m_repeat = Repeat::Unknown;
-    // The service ends its stream with the device.
-    m_stream = hasService ? std::optional(false) : std::nullopt;
-    m_coverState = CoverState::None;
-    m_cover = {};
+    m_known = {};
+    if (hasService) {
+        // The service ends its stream with the device.
+        m_known.stream = false;
+    }
 }
 
 /// The answer has no position, and says that it plays whatever it does: the notification behind it counts.
 void NowPlaying::AskTrack() {
-    m_context.Ask("getCurrentTrackInfo", {}, [](const Reply&) {});
+    m_context.Ask({"getCurrentTrackInfo"});
 }
 
 void NowPlaying::AskModes() {
-    m_context.Ask("getRepeatMode", {}, [this](const Reply& reply) { TakeRepeat(reply); });
-    m_context.Ask("isShuffleEnabled", {},
-                  [this](const Reply& reply) { m_shuffle = FlagMember(reply.result, "enabled"); });
+    m_context.Ask({"getRepeatMode"}, [this](const Reply& reply) { TakeRepeat(reply); });
+    m_context.Ask({"isShuffleEnabled"},
+                  [this](const Reply& reply) { m_known.shuffle = FlagMember(reply.result, "enabled"); });
 }
 
 void NowPlaying::TakeRepeat(const Reply& reply) {
     const std::string mode = TextMember(reply.result, "mode");
-    m_repeat = mode == "off"       ? Repeat::Off
-               : mode == "all"     ? Repeat::All
-               : mode == "current" ? Repeat::One
-                                   : Repeat::Unknown;
+    m_known.repeat = mode == "off" || mode == "all" || mode == "current" ? mode : "";
 }
 
 void NowPlaying::AskCover() {
-    m_context.Ask("getCurrentAlbumArtDelayed", {}, [](const Reply&) {});
+    m_context.Ask({"getCurrentAlbumArtDelayed"});
 }
 
 /// What does not play is paused or stopped.
 void NowPlaying::AskPaused() {
-    m_context.Ask("isTrackPaused", {}, [this](const Reply& reply) {
+    m_context.Ask({"isTrackPaused"}, [this](const Reply& reply) {
         const auto isPaused = FlagMember(reply.result, "isPaused");
-        if (isPaused && m_state != PlayState::Playing) {
+        if (isPaused && m_known.state != PlayState::Playing) {
             SetState(*isPaused ? PlayState::Paused : PlayState::Stopped);
         }
     });
 }
 
-bool NowPlaying::Take(const std::string& method, const Json::Value& params) {
+void NowPlaying::Take(const std::string& method, const Json::Value& params) {
     m_heard = m_context.now;
     if (method == "trackInfoNotification") {
         TakeTrack(Member(params, "trackInfo"));
     } else if (method == "trackTimeNotification") {
-        m_clock.SetDuration(IntegerMember(params, "trackDuration").value_or(m_clock.Duration()));
+        m_known.clock.SetDuration(IntegerMember(params, "trackDuration").value_or(m_known.clock.Duration()));
         if (const auto position = IntegerMember(params, "trackTime")) {
-            m_clock.Correct(*position, m_context.now);
+            m_known.clock.Correct(*position, m_context.now);
         }
     } else if (method == "trackPausedNotification") {
         if (const auto isPaused = FlagMember(params, "isTrackPaused")) {
@@ -91,10 +83,7 @@ bool NowPlaying::Take(const std::string& method, const Json::Value& params) {
         }
     } else if (method == "ipodAlbumArtNotification") {
         TakeCover(params);
-    } else {
-        return false;
     }
-    return true;
 }
 
 void NowPlaying::TakeTrack(const Json::Value& info) {
@@ -107,14 +96,14 @@ void NowPlaying::TakeTrack(const Json::Value& info) {
                 IntegerMember(info, "trackCount").value_or(0)};
     const std::int64_t position = IntegerMember(info, "trackTime").value_or(0);
     const std::int64_t duration = IntegerMember(info, "trackDuration").value_or(0);
-    if (track == m_track && duration == m_clock.Duration()) {
-        m_clock.Correct(position, m_context.now);
+    if (track == m_known.track && duration == m_known.clock.Duration()) {
+        m_known.clock.Correct(position, m_context.now);
     } else {
-        if (track.album != m_track.album || track.artist != m_track.artist) {
-            m_coverState = CoverState::None;
+        if (track.album != m_known.track.album || track.artist != m_known.track.artist) {
+            m_known.coverState = CoverState::None;
         }
-        m_track = std::move(track);
-        m_clock.Start(position, duration, m_context.now);
+        m_known.track = std::move(track);
+        m_known.clock.Start(position, duration, m_context.now);
         // Another client's changes of the modes are told to nobody.
         AskModes();
         AskCover();
@@ -122,7 +111,7 @@ void NowPlaying::TakeTrack(const Json::Value& info) {
     if (*isPlaying) {
         SetState(PlayState::Playing);
     } else {
-        if (m_state == PlayState::Playing) {
+        if (m_known.state == PlayState::Playing) {
             SetState(PlayState::Paused);
         }
         AskPaused();
@@ -131,31 +120,31 @@ void NowPlaying::TakeTrack(const Json::Value& info) {
 
 void NowPlaying::TakeCover(const Json::Value& params) {
     // Of a track that has been left since.
-    if (IntegerMember(params, "trackIndex").value_or(m_track.index) != m_track.index) {
+    if (IntegerMember(params, "trackIndex").value_or(m_known.track.index) != m_known.track.index) {
         return;
     }
     const Json::Value& art = Member(params, "albumArt");
     const char* begin = nullptr;
     const char* end = nullptr;
     if (!art.isString() || !art.getString(&begin, &end) || begin == end) {
-        m_coverState = CoverState::None;
+        m_known.coverState = CoverState::None;
         return;
     }
     auto picture = DecodeCover({begin, static_cast<std::size_t>(end - begin)});
-    m_coverState = picture ? CoverState::Shown : CoverState::Broken;
-    m_cover = std::move(picture).value_or(RgbImage{});
+    m_known.coverState = picture ? CoverState::Shown : CoverState::Broken;
+    m_known.cover = std::move(picture).value_or(RgbImage{});
 }
 
 void NowPlaying::SetState(PlayState state) {
-    m_state = state;
-    m_clock.SetRunning(state == PlayState::Playing, m_context.now);
+    m_known.state = state;
+    m_known.clock.SetRunning(state == PlayState::Playing, m_context.now);
 }
 
 void NowPlaying::Tick() {
-    if (m_seekForward && m_context.now >= m_seekEnd) {
+    if (m_known.seeksForward && m_context.now >= m_seekEnd) {
         EndSeek();
     }
-    if (m_state == PlayState::Playing && m_context.now >= m_heard + kSilence) {
+    if (m_known.state == PlayState::Playing && m_context.now >= m_heard + kSilence) {
         m_heard = m_context.now;
         AskTrack();
     }
@@ -163,10 +152,10 @@ void NowPlaying::Tick() {
 
 std::optional<Time> NowPlaying::NextWake() const {
     std::optional<Time> wake;
-    if (m_clock.IsRunning()) {
+    if (m_known.clock.IsRunning()) {
         wake = m_context.now + kFrame;
     }
-    if (m_seekForward) {
+    if (m_known.seeksForward) {
         wake = std::min(wake.value_or(m_seekEnd), m_seekEnd);
     }
     return wake;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -12,7 +13,6 @@
 namespace IpodControl::PlayerView {
 
 enum class PlayState { Unknown, Stopped, Paused, Playing };
-enum class Repeat { Unknown, Off, All, One };
 enum class CoverState { None, Shown, Broken };
 
 struct Track {
@@ -24,6 +24,23 @@ struct Track {
     bool operator==(const Track&) const = default;
 };
 
+/// What is known of the player.
+struct Playing {
+    PlayState state = PlayState::Unknown;
+    Track track;
+    TrackClock clock;
+    std::optional<bool> seeksForward;  ///< none: it does not seek
+    std::optional<bool> shuffle;
+    std::string repeat;  ///< "off", "current", "all"; empty: unknown
+    /// The service tells nobody about its audio stream: known once it has been asked for or ended.
+    std::optional<bool> stream;
+    CoverState coverState = CoverState::None;
+    RgbImage cover;
+
+    /// Whether a track is known: a stopped player has none.
+    bool HasTrack() const { return !track.title.empty() || clock.Duration() > 0; }
+};
+
 class NowPlaying {
   public:
     explicit NowPlaying(ViewContext& context) : m_context(context) {}
@@ -32,8 +49,8 @@ class NowPlaying {
     void Start();
     /// Nothing plays, and nothing is known. Without the service nothing of its stream either.
     void Stop(bool hasService);
-    /// False when the notification is none about what plays.
-    bool Take(const std::string& method, const Json::Value& params);
+    /// Does nothing where the notification is none about what plays.
+    void Take(const std::string& method, const Json::Value& params);
     void Tick();
     /// When Tick has something to do, or the position moves on.
     std::optional<Time> NextWake() const;
@@ -47,22 +64,15 @@ class NowPlaying {
     void NextRepeat();
     void ToggleStream();
 
-    PlayState State() const { return m_state; }
-    const Track& Current() const { return m_track; }
-    std::int64_t Position() const { return m_clock.At(m_context.now); }
-    std::int64_t Duration() const { return m_clock.Duration(); }
-    bool IsSeeking() const { return m_seekForward.has_value(); }
-    std::optional<bool> Shuffle() const { return m_shuffle; }
-    Repeat RepeatMode() const { return m_repeat; }
-    /// The service tells nobody about its audio stream: known once it has been asked for or ended.
-    std::optional<bool> Stream() const { return m_stream; }
-    CoverState Cover() const { return m_coverState; }
-    const RgbImage& CoverPicture() const { return m_cover; }
+    const Playing& Known() const { return m_known; }
+    /// Of the track, in milliseconds.
+    std::int64_t Position() const { return m_known.clock.At(m_context.now); }
 
   private:
-    /// `what` completes "The service refused to ...".
+    /// `what` completes "The service could not ..."; `took` gets the answer's `flag`.
     void Ask(const char* method, Json::Value params, const char* what, const char* flag,
              std::function<void(bool)> took);
+    void Order(const char* method, const char* what, const std::function<void()>& done);
     void AskTrack();
     void AskModes();
     void AskPaused();
@@ -74,17 +84,9 @@ class NowPlaying {
     void TakeRepeat(const Reply& reply);
 
     ViewContext& m_context;
-    PlayState m_state = PlayState::Unknown;
-    Track m_track;
-    TrackClock m_clock;
-    std::optional<bool> m_seekForward;
+    Playing m_known;
     Time m_seekEnd{};
     Time m_heard{};  // a notification about what plays
-    std::optional<bool> m_shuffle;
-    Repeat m_repeat = Repeat::Unknown;
-    std::optional<bool> m_stream;
-    CoverState m_coverState = CoverState::None;
-    RgbImage m_cover;
 };
 
 }  // namespace IpodControl::PlayerView

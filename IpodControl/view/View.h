@@ -11,11 +11,14 @@ struct Look {
     std::string endpoint;  ///< whose service it is
 };
 
-inline constexpr Size kSmallest{5, 20};
-
 /// How many items of the list a window of that size shows.
 int ListRows(Size size, const ViewModel& model);
 
 void Draw(Canvas& canvas, const ViewModel& model, const Look& look);
+
+/// The part of Draw at the top: `rows` rows with the cover and each text of the track on a line of its own,
+/// or two with the least.
+void DrawNowPlaying(Canvas& canvas, int rows, const NowPlaying& nowPlaying, const Look& look);
+void DrawNowPlayingBriefly(Canvas& canvas, const NowPlaying& nowPlaying);
 
 }  // namespace IpodControl::PlayerView

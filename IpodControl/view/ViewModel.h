@@ -2,17 +2,33 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "IpodControl/view/Browser.h"
-#include "IpodControl/view/Key.h"
 #include "IpodControl/view/NowPlaying.h"
 #include "IpodControl/view/ViewContext.h"
 
 namespace IpodControl::PlayerView {
 
 enum class Link { NoService, NoPlayer, Player };
+
+/// What is pressed: a character, as itself, or one of these, which lie behind all characters.
+enum Key : char32_t {
+    kEnter = 0x110000,
+    kEscape,
+    kBackspace,
+    kLeft,
+    kRight,
+    kUp,
+    kDown,
+    kPageUp,
+    kPageDown,
+    kHome,
+    kEnd,
+    kRedraw,
+};
 
 class ViewModel {
   public:
@@ -29,12 +45,24 @@ class ViewModel {
     /// `why` is a sentence.
     void Disconnected(std::string why);
     void Take(const Message& message);
-    void Press(const Key& key);
+    /// A character or a Key.
+    void Press(char32_t key);
     /// Leaves nothing behind at the player and the service that only the view wants.
     void Leave();
 
     /// Requests to send.
-    std::vector<std::string> TakeLines() { return m_context.calls.TakeLines(); }
+    std::vector<std::string> TakeLines() { return m_context.TakeLines(); }
+
+    /// Keys that belong together, and what they do.
+    struct Binding {
+        const char* shown;
+        const char* meaning;
+        std::u32string keys;
+        bool needsPlayer;
+        void (*act)(ViewModel& model, char32_t key);
+    };
+    /// The most important ones first; the one that shows them is not among them.
+    static std::span<const Binding> Bindings();
 
     bool WantsToQuit() const { return m_wantsToQuit; }
     bool ShowsHelp() const { return m_showsHelp; }
@@ -44,21 +72,16 @@ class ViewModel {
     /// The status line's text: a notice, or how long the service has not answered for.
     std::string Status() const;
     bool IsRefusal() const { return m_context.notice.isRefusal; }
-    const NowPlaying& Playing() const { return m_nowPlaying; }
+    const NowPlaying& Player() const { return m_nowPlaying; }
     const Browser& List() const { return m_browser; }
     void SetListRows(int rows) { m_browser.SetRows(rows); }
 
   private:
-    void TakeNotification(const std::string& method, const Json::Value& params);
     void AskForPlayer();
     void SetPlayer(bool isThere);
-    void PressCharacter(char32_t character);
-    void PressControl(char32_t character);
-    void PressMove(const Key& key);
+    void StopParts(bool hasService);
     /// Whether the key was one of the filter line's.
-    bool Type(const Key& key);
-    void EndFilter();
-    std::chrono::seconds Waiting() const;
+    bool Type(char32_t key);
 
     ViewContext m_context;
     NowPlaying m_nowPlaying{m_context};

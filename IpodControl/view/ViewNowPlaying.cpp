@@ -4,7 +4,7 @@
 
 #include "IpodControl/DisplayText.h"
 #include "IpodControl/view/Cover.h"
-#include "IpodControl/view/ViewParts.h"
+#include "IpodControl/view/View.h"
 
 namespace IpodControl::PlayerView {
 
@@ -19,54 +19,24 @@ struct StateText {
     const char* word;
 };
 
-StateText TextOf(const NowPlaying& nowPlaying) {
-    if (nowPlaying.IsSeeking()) {
-        return {"»", ">>", "seeking"};
-    }
-    switch (nowPlaying.State()) {
-        case PlayState::Playing:
-            return {"▶", ">", "playing"};
-        case PlayState::Paused:
-            return {"‖", "=", "paused"};
-        case PlayState::Stopped:
-            return {"■", "#", "stopped"};
-        default:
-            return {"·", "-", "not known"};
-    }
+const StateText& TextOf(const Playing& playing) {
+    static constexpr StateText kSeeking{"»", ">>", "seeking"};
+    static constexpr std::array<StateText, 4> kStates{
+        {{"·", "-", "not known"}, {"■", "#", "stopped"}, {"‖", "=", "paused"}, {"▶", ">", "playing"}}};
+    return playing.seeksForward ? kSeeking : kStates[static_cast<std::size_t>(playing.state)];
 }
 
-std::string Sign(const NowPlaying& nowPlaying, Charset charset) {
-    const StateText text = TextOf(nowPlaying);
-    return charset == Charset::Ascii ? text.plainSign : text.sign;
+const char* Sign(const Playing& playing, Charset charset) {
+    return charset == Charset::Ascii ? TextOf(playing).plainSign : TextOf(playing).sign;
 }
 
-const char* OnOff(std::optional<bool> flag) {
-    if (!flag) {
-        return "?";
-    }
-    return *flag ? "on" : "off";
-}
-
-const char* Word(Repeat repeat) {
-    constexpr std::array kWords{"?", "off", "all", "one"};
-    return kWords[static_cast<std::size_t>(repeat)];
-}
-
-std::string Modes(const NowPlaying& nowPlaying, Charset charset) {
-    return Sign(nowPlaying, charset) + " " + TextOf(nowPlaying).word + "   shuffle " +
-           OnOff(nowPlaying.Shuffle()) + "   repeat " + Word(nowPlaying.RepeatMode()) + "   sound " +
-           OnOff(nowPlaying.Stream());
-}
-
-std::string Times(const NowPlaying& nowPlaying) {
-    return ClockText(nowPlaying.Position()) +
-           (nowPlaying.Duration() > 0 ? " / " + ClockText(nowPlaying.Duration()) : std::string());
-}
-
-std::string PlaceText(const Track& track) {
-    return track.index >= 1 && track.count >= track.index
-               ? Grouped(track.index) + " of " + Grouped(track.count)
-               : std::string();
+std::string Modes(const Playing& playing, Charset charset) {
+    const auto onOff = [](std::optional<bool> flag) { return !flag ? "?" : *flag ? "on" : "off"; };
+    const std::string repeat = playing.repeat.empty()        ? "?"
+                               : playing.repeat == "current" ? "one"
+                                                             : playing.repeat;
+    return std::string(Sign(playing, charset)) + " " + TextOf(playing).word + "   shuffle " +
+           onOff(playing.shuffle) + "   repeat " + repeat + "   sound " + onOff(playing.stream);
 }
 
 /// In eighths of a cell where the terminal has characters for them.
@@ -86,71 +56,60 @@ void DrawBar(Canvas& canvas, int row, int column, int width, double share) {
 }
 
 void DrawProgress(Canvas& canvas, int row, int column, int width, const NowPlaying& nowPlaying) {
-    const std::string times = Times(nowPlaying);
+    if (!nowPlaying.Known().HasTrack()) {
+        return;
+    }
+    const std::int64_t position = nowPlaying.Position();
+    const std::int64_t duration = nowPlaying.Known().clock.Duration();
+    const std::string times = ClockText(position) + (duration > 0 ? " / " + ClockText(duration) : "");
     const int bar = width - static_cast<int>(times.size()) - 2;
-    if (nowPlaying.Duration() > 0 && bar > 0) {
-        DrawBar(canvas, row, column, bar,
-                static_cast<double>(nowPlaying.Position()) / static_cast<double>(nowPlaying.Duration()));
+    if (duration > 0 && bar > 0) {
+        DrawBar(canvas, row, column, bar, static_cast<double>(position) / static_cast<double>(duration));
         column += bar + 2;
     }
     canvas.Write(row, column, width, times);
 }
 
-void DrawCoverPart(Canvas& canvas, const PlayerView::Place& place, const NowPlaying& nowPlaying,
-                   const Look& look) {
-    if (nowPlaying.Cover() == CoverState::Shown) {
-        DrawCover(canvas, place, nowPlaying.CoverPicture(), look.colours);
-    } else {
-        DrawPlaceholder(canvas, place, nowPlaying.Cover() == CoverState::None ? "no cover" : "bad cover");
+std::string Title(const Playing& playing) {
+    if (!playing.HasTrack()) {
+        return playing.state == PlayState::Unknown ? "Nothing is known" : "Nothing is playing";
     }
-}
-
-/// Whether a track is known: a stopped player has none.
-bool HasTrack(const NowPlaying& nowPlaying) {
-    return !nowPlaying.Current().title.empty() || nowPlaying.Duration() > 0;
-}
-
-std::string Title(const NowPlaying& nowPlaying) {
-    if (!HasTrack(nowPlaying)) {
-        return nowPlaying.State() == PlayState::Unknown ? "Nothing is known" : "Nothing is playing";
-    }
-    return nowPlaying.Current().title.empty() ? "(no title)" : nowPlaying.Current().title;
+    return playing.track.title.empty() ? "(no title)" : playing.track.title;
 }
 
 }  // namespace
 
-void DrawNowPlaying(Canvas& canvas, const Layout& layout, const NowPlaying& nowPlaying, const Look& look) {
-    const int rows = layout.nowPlayingRows - 1;
+void DrawNowPlaying(Canvas& canvas, int rows, const NowPlaying& nowPlaying, const Look& look) {
     const int columns = canvas.Extent().columns;
+    const Playing& playing = nowPlaying.Known();
     int left = 1;
     if (columns >= 2 * rows + 40) {
-        DrawCoverPart(canvas, {0, 1, rows, 2 * rows}, nowPlaying, look);
+        const Place place{0, 1, rows, 2 * rows};
+        if (playing.coverState == CoverState::Shown) {
+            DrawCover(canvas, place, playing.cover, look.colours);
+        } else {
+            DrawPlaceholder(canvas, place, playing.coverState == CoverState::None ? "no cover" : "bad cover");
+        }
         left = 2 * rows + 3;
     }
     const int width = columns - left - 1;
-    const Track& track = nowPlaying.Current();
-    canvas.Write(0, left, width, Title(nowPlaying), kBold);
+    const Track& track = playing.track;
+    canvas.Write(0, left, width, Title(playing), kBold);
     canvas.Write(1, left, width, track.artist);
     canvas.Write(2, left, width, track.album);
-    if (rows > 5) {
-        canvas.Write(3, left, width, PlaceText(track), kDim);
+    if (rows > 5 && track.index >= 1 && track.count >= track.index) {
+        canvas.Write(3, left, width, Grouped(track.index) + " of " + Grouped(track.count), kDim);
     }
-    canvas.Write(rows - 2, left, width, Modes(nowPlaying, canvas.Characters()));
-    if (HasTrack(nowPlaying)) {
-        DrawProgress(canvas, rows - 1, left, width, nowPlaying);
-    }
+    canvas.Write(rows - 2, left, width, Modes(playing, canvas.Characters()));
+    DrawProgress(canvas, rows - 1, left, width, nowPlaying);
 }
 
 void DrawNowPlayingBriefly(Canvas& canvas, const NowPlaying& nowPlaying) {
     const int columns = canvas.Extent().columns;
-    const std::string artist = nowPlaying.Current().artist;
-    canvas.Write(0, 0, columns,
-                 Sign(nowPlaying, canvas.Characters()) + " " + Title(nowPlaying) +
-                     (artist.empty() ? "" : " - " + artist),
-                 kBold);
-    if (HasTrack(nowPlaying)) {
-        DrawProgress(canvas, 1, 0, columns, nowPlaying);
-    }
+    const Playing& playing = nowPlaying.Known();
+    const std::string artist = playing.track.artist.empty() ? "" : " - " + playing.track.artist;
+    canvas.Write(0, 0, columns, Sign(playing, canvas.Characters()) + (" " + Title(playing)) + artist, kBold);
+    DrawProgress(canvas, 1, 0, columns, nowPlaying);
 }
 
 }  // namespace IpodControl::PlayerView

@@ -5,6 +5,8 @@
 #include <sstream>
 
 #include "IpodControl/commands/CommandLine.h"
+#include "IpodControl/commands/Method.h"
+#include "IpodControl/commands/Output.h"
 #include "ServiceUtil/JsonText.h"
 #include "tests/IpodControl/FakeService.h"
 
@@ -16,7 +18,7 @@ std::string printed, complaint;  // by the last command
 int Type(const std::vector<std::string>& words) {
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
-    const int status = CommandLine().Run(words);
+    const int status = RunCommandLine(words);
     complaint = testing::internal::GetCapturedStderr();
     printed = testing::internal::GetCapturedStdout();
     EXPECT_TRUE(status < kUsage || !complaint.empty());
