@@ -19,10 +19,15 @@ std::string Seconds(std::chrono::milliseconds time) {
 
 }  // namespace
 
-Outcome<Done> Client::Connect() {
-    m_received.clear();
-    DropNotifications();
-    return m_wire.Open(m_endpoint, In(m_timeout));
+Outcome<Done> Client::Send(std::string_view lines) {
+    if (!m_wire.IsOpen()) {
+        m_received.clear();
+        DropNotifications();
+        if (const auto opened = m_wire.Open(m_endpoint, In(m_timeout)); !opened) {
+            return opened.Why();
+        }
+    }
+    return m_wire.Send(lines);
 }
 
 Outcome<Reply> Client::Call(std::string_view method, const Json::Value& params) {
@@ -40,7 +45,7 @@ Outcome<std::vector<Reply>> Client::CallAll(const std::vector<Request>& requests
         lines += lines.empty() ? "" : "\n";
         lines += RequestLine(++m_lastId, request);
     }
-    if (const auto sent = m_wire.Send(lines); !sent) {
+    if (const auto sent = Send(lines); !sent) {
         return sent.Why();
     }
     std::vector<Reply> replies;
@@ -57,7 +62,7 @@ Outcome<std::vector<Reply>> Client::CallAll(const std::vector<Request>& requests
 Outcome<std::vector<Reply>> Client::CallBatch(const std::vector<Request>& requests) {
     const std::uint64_t first = m_lastId + 1;
     m_lastId += requests.size();
-    if (const auto sent = m_wire.Send(BatchLine(first, requests)); !sent) {
+    if (const auto sent = Send(BatchLine(first, requests)); !sent) {
         return sent.Why();
     }
     const auto answer = AwaitAnswer(first, requests.back().method);

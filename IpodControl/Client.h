@@ -17,15 +17,12 @@
 
 namespace IpodControl {
 
-/// One thread uses it.
+/// Connects when it is asked for something, and anew where the connection has gone. One thread uses it.
 class Client {
   public:
     /// `timeout` holds for connecting, and for each answer.
     Client(Endpoint endpoint, std::chrono::milliseconds timeout)
         : m_endpoint(std::move(endpoint)), m_timeout(timeout) {}
-
-    Outcome<Done> Connect();
-    bool IsConnected() const { return m_wire.IsOpen(); }
 
     /// Notifications that come in between are kept for NextNotification, the oldest only so long as there
     /// are not too many.
@@ -46,6 +43,7 @@ class Client {
     /// The first message that `isWanted`; notifications before it are kept. None at the deadline.
     Outcome<std::optional<Message>> Await(Deadline deadline,
                                           const std::function<bool(const Message&)>& isWanted);
+    Outcome<Done> Send(std::string_view lines);
     Outcome<Message> AwaitAnswer(std::uint64_t id, std::string_view method);
     void Keep(Message notification);
 

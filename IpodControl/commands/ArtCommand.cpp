@@ -12,7 +12,6 @@
 
 #include "IpodControl/commands/Answer.h"
 #include "IpodControl/commands/Commands.h"
-#include "IpodControl/commands/ResultText.h"
 
 namespace IpodControl {
 
@@ -109,11 +108,10 @@ int RunArt(const Settings& settings, const ArtOptions& options) {
         Complain("a picture is nothing for a terminal; name a file, or redirect the output.");
         return kUsage;
     }
-    return settings.WithService([&](Client& client) {
-        const Answer answer = GetPicture(client, settings, options.isDelayed);
-        return answer.status == kDone ? Write(settings, options.file, PictureIn(answer.result))
-                                      : Complain(client, answer);
-    });
+    Client client(settings.endpoint, settings.Timeout());
+    const Answer answer = GetPicture(client, settings, options.isDelayed);
+    return answer.status == kDone ? Write(settings, options.file, PictureIn(answer.result))
+                                  : Complain(client, answer);
 }
 
 }  // namespace IpodControl

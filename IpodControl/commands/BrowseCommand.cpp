@@ -7,7 +7,6 @@
 #include "IpodControl/commands/Answer.h"
 #include "IpodControl/commands/Commands.h"
 #include "IpodControl/commands/NameSearch.h"
-#include "IpodControl/commands/ResultText.h"
 
 namespace IpodControl {
 
@@ -180,11 +179,10 @@ Answer Browse(LibraryPath& path, const Settings& settings, const BrowseOptions& 
 }  // namespace
 
 int RunBrowse(const Settings& settings, const BrowseOptions& options) {
-    return settings.WithService([&](Client& client) {
-        LibraryPath path(client);
-        const Answer answer = Browse(path, settings, options);
-        return answer.status == kDone ? static_cast<int>(kDone) : Complain(client, answer);
-    });
+    Client client(settings.endpoint, settings.Timeout());
+    LibraryPath path(client);
+    const Answer answer = Browse(path, settings, options);
+    return answer.status == kDone ? static_cast<int>(kDone) : Complain(client, answer);
 }
 
 std::vector<std::string> NamesBelow(const Settings& settings, const std::vector<std::string>& names,
@@ -196,9 +194,6 @@ std::vector<std::string> NamesBelow(const Settings& settings, const std::vector<
     Client client(settings.endpoint, std::min(settings.Timeout(), std::chrono::milliseconds(1000)));
     LibraryPath path(client);
     Json::Value item;
-    if (!client.Connect()) {
-        return found;
-    }
     const Answer answer = WalkTo(path, names, true, item);
     if (answer.status != kDone || IsTrueMember(answer.result, "isLastCategory")) {
         return found;

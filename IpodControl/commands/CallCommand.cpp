@@ -5,7 +5,6 @@
 #include "IpodControl/DisplayText.h"
 #include "IpodControl/commands/Answer.h"
 #include "IpodControl/commands/Commands.h"
-#include "IpodControl/commands/ResultText.h"
 
 namespace IpodControl {
 
@@ -82,23 +81,21 @@ void PrintResult(const Method& method, const Json::Value& result, bool isDone) {
 }  // namespace
 
 int RunCall(const Settings& settings, const Method& method, const Json::Value& params) {
-    return settings.WithService([&](Client& client) {
-        const auto reply = Call(client, method, params);
-        if (!reply) {
-            return Complain(reply.Why());
-        }
-        const Answer answer = Weigh(method, params, *reply);
-        const bool isAnswered = !answer.isError && answer.status != kNoService;
-        if (isAnswered && settings.json) {
-            PrintJson(answer.result);
-        } else if (isAnswered) {
-            PrintResult(method, answer.result, answer.status == kDone);
-        }
-        // A question that is answered with no has not failed.
-        const bool isAnswer = isAnswered && method.display == Display::YesOrNo;
-        return answer.status == kDone || isAnswer ? static_cast<int>(answer.status)
-                                                  : Complain(client, answer);
-    });
+    Client client(settings.endpoint, settings.Timeout());
+    const auto reply = Call(client, method, params);
+    if (!reply) {
+        return Complain(reply.Why());
+    }
+    const Answer answer = Weigh(method, params, *reply);
+    const bool isAnswered = !answer.isError && answer.status != kNoService;
+    if (isAnswered && settings.json) {
+        PrintJson(answer.result);
+    } else if (isAnswered) {
+        PrintResult(method, answer.result, answer.status == kDone);
+    }
+    // A question that is answered with no has not failed.
+    const bool isAnswer = isAnswered && method.display == Display::YesOrNo;
+    return answer.status == kDone || isAnswer ? static_cast<int>(answer.status) : Complain(client, answer);
 }
 
 }  // namespace IpodControl

@@ -19,14 +19,6 @@ struct Settings {
     std::optional<std::chrono::milliseconds> givenTimeout;
 
     std::chrono::milliseconds Timeout() const { return givenTimeout.value_or(std::chrono::seconds(5)); }
-
-    /// Connects and gives back what `command` does; complains where there is no service.
-    template <typename Command>
-    int WithService(Command command) const {
-        Client client(endpoint, Timeout());
-        const auto connected = client.Connect();
-        return connected ? command(client) : Complain(connected.Why());
-    }
 };
 
 int RunCall(const Settings& settings, const Method& method, const Json::Value& params);

@@ -23,16 +23,18 @@ constexpr std::string_view kNotThere = "there is nothing to browse";
 
 constexpr Parameter Integer(std::string_view name, std::string_view shown, std::string_view fallback,
                             std::int64_t least, std::int64_t most, std::string_view help) {
-    return {name, shown, help, ParameterKind::Integer, fallback.empty(), fallback, least, most};
+    return {name, shown, "NUMBER", help, ParameterKind::Integer, fallback.empty(), fallback, least, most};
 }
 
-constexpr Parameter kSetting{"enable", "STATE", "without it the present setting is shown",
+constexpr Parameter kSetting{"enable", "STATE", "on|off", "without it the present setting is shown",
                              ParameterKind::OnOff};
-constexpr Parameter kHeld{"enable", "STATE", "on starts it, off ends it", ParameterKind::OnOff, true};
-constexpr Parameter kMode{"mode", "MODE", "what to repeat; without it the present mode is shown",
-                          ParameterKind::RepeatMode};
-constexpr Parameter kSearch{"searchText", "TEXT", "what the names shall contain; '' takes the filter off",
-                            ParameterKind::Text, true};
+constexpr Parameter kHeld{"enable", "STATE", "on|off", "on starts it, off ends it", ParameterKind::OnOff,
+                          true};
+constexpr Parameter kMode{"mode", "MODE", "off|current|all",
+                          "what to repeat; without it the present mode is shown", ParameterKind::Choice};
+constexpr Parameter kSearch{
+    "searchText",        "TEXT", "TEXT", "what the names shall contain; '' takes the filter off",
+    ParameterKind::Text, true};
 constexpr Parameter kItem =
     Integer("itemId", "ITEM", "", kLeast, kMostId, "the item's id, as the list has it");
 constexpr Parameter kFrom =

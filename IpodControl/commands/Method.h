@@ -10,15 +10,17 @@
 
 namespace IpodControl {
 
-enum class ParameterKind { OnOff, RepeatMode, Text, Integer };
+enum class ParameterKind { Text, Words, Flag, OnOff, Choice, Integer, Seconds };
 
+/// Of a method, or of a subcommand of another kind.
 struct Parameter {
-    std::string_view name;   ///< on the wire; empty: no parameter
+    std::string_view name;   ///< of the value, for a method on the wire; empty: no parameter
     std::string_view shown;  ///< as it is typed: "ITEM" by its place, "--start" by its name
+    std::string_view type;   ///< in the help; of OnOff and Choice the words, with "|" between them
     std::string_view help;
     ParameterKind kind = ParameterKind::Text;
     bool isRequired = false;
-    std::string_view fallback = "";  ///< sent where none is given; without one, it is left out
+    std::string_view fallback = "";  ///< the value where none is typed; without one, it is left out
     std::int64_t least = 0;          ///< of an Integer
     std::int64_t most = 0;
 };

@@ -4,7 +4,6 @@
 
 #include "IpodControl/commands/Answer.h"
 #include "IpodControl/commands/Commands.h"
-#include "IpodControl/commands/ResultText.h"
 
 namespace IpodControl {
 
@@ -42,7 +41,10 @@ void PrintSummary(const Json::Value& summary) {
     PrintTable(std::move(rows));
 }
 
-int Show(Client& client, const Settings& settings) {
+}  // namespace
+
+int RunStatus(const Settings& settings) {
+    Client client(settings.endpoint, settings.Timeout());
     const auto replies = client.CallAll(kQuestions);
     if (!replies) {
         return Complain(replies.Why());
@@ -79,12 +81,6 @@ int Show(Client& client, const Settings& settings) {
         PrintSummary(summary);
     }
     return kDone;
-}
-
-}  // namespace
-
-int RunStatus(const Settings& settings) {
-    return settings.WithService([&](Client& client) { return Show(client, settings); });
 }
 
 }  // namespace IpodControl

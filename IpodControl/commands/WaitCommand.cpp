@@ -63,7 +63,7 @@ Outcome<bool> Holds(Client& client, const std::string& state, Deadline deadline)
     if (!isPaused || state == "paused") {
         return isPaused;
     }
-    const auto track = CurrentTrack(client, deadline);
+    const auto track = CurrentTrack(client, std::min(deadline, In(std::chrono::seconds(1))));
     if (!track) {
         return track.Why();
     }
@@ -91,58 +91,29 @@ Outcome<Done> Pause(Client& client, Deadline deadline) {
     }
 }
 
-class Waiting {
-  public:
-    Waiting(const Settings& settings, std::string state)
-        : m_state(std::move(state)),
-          m_deadline(In(settings.givenTimeout.value_or(kUsualWait))),
-          m_client(settings.endpoint, std::min(settings.givenTimeout.value_or(kUsualWait), kAnswerTime)) {}
-
-    int Run() {
-        for (;;) {
-            const auto holds = Look();
-            if (holds && *holds) {
-                return kDone;
-            }
-            if (!holds && holds.Why().kind == ProblemKind::NotTheService) {
-                return Complain(holds.Why());
-            }
-            if (std::chrono::steady_clock::now() >= m_deadline) {
-                return GiveUp(holds);
-            }
-            if (!holds || !Pause(m_client, m_deadline)) {
-                std::this_thread::sleep_until(std::min(m_deadline, In(kPause)));
-            }
-        }
-    }
-
-  private:
-    Outcome<bool> Look() {
-        if (!m_client.IsConnected()) {
-            if (const auto connected = m_client.Connect(); !connected) {
-                return connected.Why();
-            }
-        }
-        return Holds(m_client, m_state, std::min(m_deadline, In(std::chrono::seconds(1))));
-    }
-
-    int GiveUp(const Outcome<bool>& last) const {
-        if (!last) {
-            return Complain(last.Why());
-        }
-        Complain("the time is over, and \"" + m_state + "\" does not hold.");
-        return kRefused;
-    }
-
-    const std::string m_state;
-    const Deadline m_deadline;
-    Client m_client;
-};
-
 }  // namespace
 
 int RunWait(const Settings& settings, const std::string& state) {
-    return Waiting(settings, state).Run();
+    const milliseconds time = settings.givenTimeout.value_or(kUsualWait);
+    const Deadline deadline = In(time);
+    Client client(settings.endpoint, std::min(time, kAnswerTime));
+    for (;;) {
+        const auto holds = Holds(client, state, deadline);
+        if (holds && *holds) {
+            return kDone;
+        }
+        const bool isOver = std::chrono::steady_clock::now() >= deadline;
+        if (!holds && (isOver || holds.Why().kind == ProblemKind::NotTheService)) {
+            return Complain(holds.Why());
+        }
+        if (isOver) {
+            Complain("the time is over, and \"" + state + "\" does not hold.");
+            return kRefused;
+        }
+        if (!holds || !Pause(client, deadline)) {
+            std::this_thread::sleep_until(std::min(deadline, In(kPause)));
+        }
+    }
 }
 
 }  // namespace IpodControl

@@ -15,7 +15,6 @@
 #include "IpodControl/DisplayText.h"
 #include "IpodControl/Wire.h"
 #include "IpodControl/commands/Commands.h"
-#include "IpodControl/commands/ResultText.h"
 #include "ServiceUtil/JsonText.h"
 #include "ServiceUtil/SignalDescriptor.h"
 
@@ -74,55 +73,7 @@ std::string TimeStamp(bool isWhole) {
     return text.get();
 }
 
-/// What is known of the track that plays, as a line that shows how far it has come.
-class Progress {
-  public:
-    void Follow(const Message& notification) {
-        const std::string method = notification.Method();
-        const Json::Value& params = notification.Params();
-        if (method == "ipodConnectionNotification" && !IsTrueMember(params, "connected")) {
-            Forget();
-        } else if (method == "trackPausedNotification") {
-            m_isPaused = IsTrueMember(params, "isTrackPaused");
-        } else if (method == "trackInfoNotification" || method == "trackTimeNotification") {
-            const bool isTrack = method == "trackInfoNotification";
-            const Json::Value& times = isTrack ? Member(params, "trackInfo") : params;
-            m_elapsed = IntegerMember(times, "trackTime").value_or(m_elapsed);
-            m_duration = IntegerMember(times, "trackDuration").value_or(m_duration);
-            if (isTrack) {
-                m_title = Harmless(TextMember(times, "trackTitle"));
-                m_isPaused = !IsTrueMember(times, "isPlaying");
-            }
-            m_isKnown = !isTrack || !m_title.empty();
-        }
-    }
-
-    /// At most `width` cells; empty while nothing is known.
-    std::string Line(std::size_t width) const {
-        if (!m_isKnown) {
-            return {};
-        }
-        std::string line = m_isPaused ? "|| " : "> ";
-        line += ClockText(m_elapsed);
-        if (m_duration > 0) {
-            constexpr std::int64_t kBar = 30;
-            const auto done = std::clamp<std::int64_t>(m_elapsed / (m_duration / kBar + 1), 0, kBar);
-            line += " [" + std::string(static_cast<std::size_t>(done), '=') +
-                    std::string(static_cast<std::size_t>(kBar - done), ' ') + "] " + ClockText(m_duration);
-        }
-        return Shortened(line + "  " + m_title, width);
-    }
-    void Forget() { *this = Progress(); }
-
-  private:
-    std::string m_title;
-    std::int64_t m_elapsed = 0;   // ms
-    std::int64_t m_duration = 0;  // ms; 0: unknown
-    bool m_isKnown = false;
-    bool m_isPaused = false;
-};
-
-/// Lines, and below them the progress line where standard output is a terminal.
+/// Lines, and below them how far the track has come, where standard output is a terminal.
 class Screen {
   public:
     explicit Screen(bool json) : m_json(json), m_hasProgress(!json && isatty(STDOUT_FILENO) != 0) {}
@@ -134,7 +85,7 @@ class Screen {
 
     /// False when nobody takes what is printed.
     bool Show(const Message& notification) {
-        m_progress.Follow(notification);
+        Follow(notification.Method(), notification.Params());
         Clear();
         if (m_json) {
             Json::Value line = notification.Whole();
@@ -149,7 +100,7 @@ class Screen {
     }
 
     void ForgetTrack() {
-        m_progress.Forget();
+        m_track = {};
         Clear();
     }
 
@@ -162,21 +113,57 @@ class Screen {
     }
 
   private:
+    struct Track {
+        std::string title;
+        std::int64_t elapsed = 0;   // ms
+        std::int64_t duration = 0;  // ms; 0: unknown
+        bool isKnown = false;
+        bool isPaused = false;
+    };
+
+    void Follow(const std::string& method, const Json::Value& params) {
+        if (method == "ipodConnectionNotification" && !IsTrueMember(params, "connected")) {
+            m_track = {};
+        } else if (method == "trackPausedNotification") {
+            m_track.isPaused = IsTrueMember(params, "isTrackPaused");
+        } else if (method == "trackInfoNotification" || method == "trackTimeNotification") {
+            const bool isTrack = method == "trackInfoNotification";
+            const Json::Value& times = isTrack ? Member(params, "trackInfo") : params;
+            m_track.elapsed = IntegerMember(times, "trackTime").value_or(m_track.elapsed);
+            m_track.duration = IntegerMember(times, "trackDuration").value_or(m_track.duration);
+            if (isTrack) {
+                m_track.title = Harmless(TextMember(times, "trackTitle"));
+                m_track.isPaused = !IsTrueMember(times, "isPlaying");
+            }
+            m_track.isKnown = !isTrack || !m_track.title.empty();
+        }
+    }
+
+    std::string ProgressLine() const {
+        constexpr std::int64_t kBar = 30;
+        std::string line = (m_track.isPaused ? "|| " : "> ") + ClockText(m_track.elapsed);
+        if (m_track.duration > 0) {
+            const auto done = static_cast<std::size_t>(
+                std::clamp<std::int64_t>(m_track.elapsed / (m_track.duration / kBar + 1), 0, kBar));
+            line += " [" + std::string(done, '=') + std::string(kBar - done, ' ') + "] " +
+                    ClockText(m_track.duration);
+        }
+        return line + "  " + m_track.title;
+    }
+
     void Draw() {
         winsize size{};
-        if (!m_hasProgress || ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) {
-            return;
+        if (m_hasProgress && m_track.isKnown && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0) {
+            // A line as wide as the terminal would wrap on some.
+            PrintText(Shortened(ProgressLine(), std::max<std::size_t>(size.ws_col, 2) - 1));
+            m_isDrawn = true;
         }
-        // A line as wide as the terminal would wrap on some.
-        const std::string line = m_progress.Line(std::max<std::size_t>(size.ws_col, 2) - 1);
-        std::fputs(line.c_str(), stdout);
-        m_isDrawn = !line.empty();
     }
 
     const bool m_json;
     const bool m_hasProgress;
     bool m_isDrawn = false;
-    Progress m_progress;
+    Track m_track;
 };
 
 class Watch {

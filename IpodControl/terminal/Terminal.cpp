@@ -21,18 +21,6 @@
 
 namespace IpodControl::PlayerView {
 
-struct Terminal::Screen {
-    explicit Screen(SCREEN* opened) : screen(opened) {}
-    ~Screen() {
-        endwin();
-        delscreen(screen);
-    }
-    Screen(const Screen&) = delete;
-    Screen& operator=(const Screen&) = delete;
-
-    SCREEN* const screen;
-};
-
 namespace {
 
 /// So long an escape sequence may take to come; longer than the pause within one over a slow line.
@@ -111,20 +99,17 @@ std::unique_ptr<Terminal> Terminal::Open(bool wantsColours, std::string& why) {
         return nullptr;
     }
     const char* const name = std::getenv("TERM");
-    SCREEN* const screen = newterm(nullptr, stdout, stdin);
-    if (screen != nullptr) {
-        auto owned = std::make_unique<Screen>(screen);
-        if (CanPlaceCursor()) {
-            return std::unique_ptr<Terminal>(new Terminal(std::move(owned), wantsColours));
-        }
+    Screen opened(newterm(nullptr, stdout, stdin));
+    if (opened && CanPlaceCursor()) {
+        return std::unique_ptr<Terminal>(new Terminal(std::move(opened), wantsColours));
     }
     why = std::string("The player view cannot draw on the terminal type \"") + (name == nullptr ? "" : name) +
           "\" (TERM).";
     return nullptr;
 }
 
-Terminal::Terminal(std::unique_ptr<Screen> screen, bool wantsColours)
-    : m_screen(std::move(screen)), m_charset(LocaleCharset()), m_colours(CountColours(wantsColours)) {
+Terminal::Terminal(Screen opened, bool wantsColours)
+    : m_screen(std::move(opened)), m_charset(LocaleCharset()), m_colours(CountColours(wantsColours)) {
     cbreak();
     noecho();
     nonl();
@@ -137,7 +122,10 @@ Terminal::Terminal(std::unique_ptr<Screen> screen, bool wantsColours)
     refresh();
 }
 
-Terminal::~Terminal() = default;
+void Terminal::CloseScreen::operator()(screen* opened) const {
+    endwin();
+    delscreen(opened);
+}
 
 Size Terminal::Extent() const {
     return {LINES, COLS};

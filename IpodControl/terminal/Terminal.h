@@ -9,6 +9,8 @@
 #include "IpodControl/view/Canvas.h"
 #include "IpodControl/view/ViewModel.h"
 
+struct screen;  // ncurses's own
+
 namespace IpodControl::PlayerView {
 
 /// At most one at a time: it holds standard input and output. Leaves them as they were.
@@ -17,9 +19,6 @@ class Terminal {
     /// Null, with a sentence in `why`, where standard input or output is no terminal or one that cannot be
     /// drawn on. Sets the process's locale.
     static std::unique_ptr<Terminal> Open(bool wantsColours, std::string& why);
-    ~Terminal();
-    Terminal(const Terminal&) = delete;
-    Terminal& operator=(const Terminal&) = delete;
 
     Size Extent() const;
     Charset Characters() const { return m_charset; }
@@ -36,11 +35,15 @@ class Terminal {
     std::vector<char32_t> ReadKeys();
 
   private:
-    struct Screen;
-    explicit Terminal(std::unique_ptr<Screen> screen, bool wantsColours);
+    struct CloseScreen {
+        void operator()(screen* opened) const;
+    };
+    using Screen = std::unique_ptr<screen, CloseScreen>;
+
+    Terminal(Screen opened, bool wantsColours);
     void ShowCell(int row, int column, const Cell& cell);
 
-    std::unique_ptr<Screen> m_screen;
+    Screen m_screen;
     Charset m_charset;
     int m_colours = 0;
     std::optional<Canvas> m_shown;

@@ -3,6 +3,7 @@
 #include <wchar.h>
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 #include "IpodControl/DisplayText.h"
@@ -58,28 +59,8 @@ std::vector<Glyph> GlyphsOf(std::string_view text, Charset charset) {
 }
 
 int ColumnsOf(const std::vector<Glyph>& glyphs) {
-    int columns = 0;
-    for (const Glyph& glyph : glyphs) {
-        columns += glyph.columns;
-    }
-    return columns;
-}
-
-/// The glyphs that fit into `columns`.
-std::vector<Glyph> Fit(std::string_view text, int columns, Charset charset) {
-    std::vector<Glyph> glyphs = GlyphsOf(text, charset);
-    int used = ColumnsOf(glyphs);
-    if (used <= columns) {
-        return glyphs;
-    }
-    while (!glyphs.empty() && used > columns - 1) {
-        used -= glyphs.back().columns;
-        glyphs.pop_back();
-    }
-    if (columns > 0) {
-        glyphs.push_back({charset == Charset::Ascii ? "~" : "…"});
-    }
-    return glyphs;
+    return std::accumulate(glyphs.begin(), glyphs.end(), 0,
+                           [](int columns, const Glyph& glyph) { return columns + glyph.columns; });
 }
 
 }  // namespace
@@ -93,8 +74,16 @@ int Canvas::Write(int row, int column, int width, std::string_view text, Style s
     if (!IsInside(row, column)) {
         return 0;
     }
+    std::vector<Glyph> glyphs = GlyphsOf(text, m_charset);
+    const int room = std::min(width, m_size.columns - column);
+    if (int used = ColumnsOf(glyphs); used > room) {
+        for (; !glyphs.empty() && used >= room; glyphs.pop_back()) {
+            used -= glyphs.back().columns;
+        }
+        glyphs.resize(room > 0 ? glyphs.size() + 1 : 0, {m_charset == Charset::Ascii ? "~" : "…"});
+    }
     int end = column;
-    for (const Glyph& glyph : Fit(text, std::min(width, m_size.columns - column), m_charset)) {
+    for (const Glyph& glyph : glyphs) {
         Set(row, end, {glyph.text, style});
         if (glyph.columns == 2) {
             m_cells[Index(row, end + 1)] = {"", style};

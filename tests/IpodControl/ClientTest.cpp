@@ -28,7 +28,6 @@ TEST(ClientTest, AnswersComeInOrderAndInAnyPieces) {
         }
     });
     Client client({"127.0.0.1", service.Port()}, kLong);
-    ASSERT_TRUE(client.Connect());
     const auto replies = client.CallAll({{"one"}, {"two"}});
     EXPECT_EQ((*replies)[0].result, "f\u00fcr");
     EXPECT_FALSE((*replies)[1].hasResult);
@@ -61,7 +60,6 @@ TEST(ClientTest, WhatIsNoServiceIsToldInTime) {
             }
         });
         Client client({"127.0.0.1", service.Port()}, each.kind == ProblemKind::TimedOut ? kShort : kLong);
-        ASSERT_TRUE(client.Connect());
         const auto reply = client.Call("status");
         ASSERT_FALSE(reply) << each.sent.substr(0, 40);
         EXPECT_EQ(reply.Why().kind, each.kind) << reply.Why().text;

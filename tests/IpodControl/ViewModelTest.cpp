@@ -8,7 +8,6 @@
 #include <clocale>
 #include <functional>
 #include <map>
-#include <memory>
 #include <tuple>
 
 #include "IpodControl/view/Canvas.h"
@@ -18,53 +17,47 @@
 namespace IpodControl::PlayerView {
 namespace {
 
-/// Albums with songs, and one position in it for all.
+/// Two categories, albums with songs and songs alone, and one position in it for all clients.
 struct SharedLibrary {
     Json::Value Answer(const std::string& method, const Json::Value& params) {
         const auto id = params["itemId"].asInt64();
-        filter = method == "getBrowseList" ? filter : "";
-        if (method == "resetBrowseList") {
-            way.clear();
-            return Params("resetSuccess", true);
+        filter = method == "getBrowseList" ? filter : params["searchText"].asString();
+        if (method == "getBrowseList") {
+            return List(params["startIndex"].asInt(), params["itemCount"].asInt());
         }
-        if (method == "selectBrowseBack") {
-            way.pop_back();
-            return "success";
-        }
-        if (method == "filterBrowseList") {
-            filter = params["searchText"].asString();
-            return "success";
-        }
-        if (method == "selectBrowseItem" && IsSongs()) {
-            played.push_back(way.back() * 1000 + id);
-            way.clear();
-            return "success";
-        }
-        if (method == "selectBrowseItem") {
+        if (method == "selectBrowseItem" && !IsSongs()) {
             way.push_back(id);
             return "browsing";
         }
-        return List(params["startIndex"].asInt64(), params["itemCount"].asInt64());
+        if (method == "selectBrowseItem") {
+            played.push_back(way.back() * 1000 + id);
+            way.clear();
+        } else if (method == "selectBrowseBack") {
+            way.pop_back();
+        } else if (method == "resetBrowseList") {
+            way.clear();
+            return Params("resetSuccess", true);
+        }
+        return "success";
     }
     bool IsSongs() const { return way.size() == 2 || (way.size() == 1 && way[0] == kSongs); }
-    Json::Value List(std::int64_t start, std::int64_t count) const {
+    Json::Value List(int start, int count) const {
         Json::Value list;
         list["isRootCategory"] = way.empty();
         list["isLastCategory"] = IsSongs();
-        list["totalCount"] = way.empty() ? 2 : 5;
-        for (auto i = start; i < std::min(start + count, list["totalCount"].asInt64()); ++i) {
+        list["totalCount"] = way.empty() ? 2 : total;
+        for (int i = start; i < std::min(start + count, list["totalCount"].asInt()); ++i) {
             Json::Value& item = list["categoryItems"].append(Json::objectValue);
             item["itemId"] = Json::Int64{way.empty() ? (i == 0 ? kAlbums : kSongs) : i};
-            item["itemName"] = (IsSongs()     ? "Song "
-                                : way.empty() ? "Category "
-                                              : "Album ") +
-                               std::to_string(i);
+            item["itemName"] = (way.empty() ? "Category " : IsSongs() ? song : "Album ") + std::to_string(i);
         }
         return list;
     }
 
     static constexpr std::int64_t kAlbums = 8;
     static constexpr std::int64_t kSongs = 32;
+    int total = 5;  ///< items in a list below the root
+    std::string song = "Song ";
     std::vector<std::int64_t> way;
     std::string filter;
     std::vector<std::int64_t> played;  ///< list * 1000 + song
@@ -78,32 +71,16 @@ class ViewModelTest : public testing::Test {
         model.Connected();
         Run();
     }
-    /// What every request gets that has no answer of its own: a page of a list of `total` songs.
-    std::string List(const Json::Value& params) const {
-        Json::Value list;
-        list["isRootCategory"] = isRoot;
-        list["totalCount"] = total;
-        Json::Value& items = list["categoryItems"] = Json::arrayValue;
-        for (int i = params["startIndex"].asInt(), n = params["itemCount"].asInt(); n > 0; ++i, --n) {
-            Json::Value& item = items.append(Json::objectValue);
-            item["itemId"] = i;
-            item["itemName"] = prefix + std::to_string(i);
-        }
-        return "\"result\":" + WriteJson(list);
-    }
     void Say(const std::string& members) {
         model.Take(Message::Parse("{\"jsonrpc\":\"2.0\"," + members + "}").value());
     }
     std::string Answer(const Json::Value& request) {
         const std::string method = request["method"].asString();
         ++asked[method];
-        const std::string& own = answers[method];
-        std::string answer = own.empty() ? List(request["params"]) : own;
-        if (library && method.find("rowse") != std::string::npos) {
-            answer = "\"result\":" + WriteJson(library->Answer(method, request["params"]));
-        }
-        isRoot = isRoot && method != "selectBrowseItem";
-        return "\"id\":" + request["id"].asString() + "," + answer;
+        const bool isBrowsing = method.find("rowse") != std::string::npos;
+        const std::string own = answers.count(method) != 0 ? answers[method] : R"("result":{})";
+        return "\"id\":" + request["id"].asString() + "," +
+               (isBrowsing ? "\"result\":" + WriteJson(library.Answer(method, request["params"])) : own);
     }
     /// Answers until nothing more is asked.
     void Run() {
@@ -131,26 +108,23 @@ class ViewModelTest : public testing::Test {
         Run();
     }
     void Type(const std::u32string& text) {
-        for (const char32_t c : text) {
-            Press(c);
-        }
+        std::for_each(text.begin(), text.end(), [this](char32_t c) { Press(c); });
     }
     void Pass(int milliseconds) { model.SetTime(now += std::chrono::milliseconds(milliseconds)); }
 
     Time now{std::chrono::hours(1)};
-    int total = 100'000;
-    bool isRoot = false;
-    std::string prefix = "Song ";
-    std::map<std::string, std::string> answers{{"isIpodConnected", R"("result":{"connected":true})"},
-                                               {"filterBrowseList", R"("result":"success")"}};
+    std::map<std::string, std::string> answers{{"isIpodConnected", R"("result":{"connected":true})"}};
     std::map<std::string, int> asked;
-    std::unique_ptr<SharedLibrary> library;  ///< answers about browsing where there is one
-    std::function<void()> meanwhile;         ///< comes in just before a choice
+    SharedLibrary library;
+    std::function<void()> meanwhile;  ///< comes in just before a choice
     std::size_t mostAtOnce = 0;
     ViewModel model;
 };
 
 TEST_F(ViewModelTest, FetchesWhatIsShownOfALongListAndNoticesAnotherClient) {
+    library.way = {SharedLibrary::kSongs};
+    library.total = 100'000;
+    Press(kRedraw);
     for (int i = 0; i < 2000; ++i) {
         model.Press(kPageDown);
     }
@@ -158,11 +132,11 @@ TEST_F(ViewModelTest, FetchesWhatIsShownOfALongListAndNoticesAnotherClient) {
     Press(kEnd);
     EXPECT_EQ(model.List().At(99'999)->name, "Song 99999");
     EXPECT_LE(mostAtOnce, 2U);
-    prefix = "Other ";
+    library.song = "Other ";
     Press(kEnter);
     EXPECT_EQ(asked["selectBrowseItem"], 0) << "it would have played another song";
     EXPECT_NE(model.Status().find("Another client"), std::string::npos);
-    for (int i = 0; i < 50; ++i, total += 1000) {
+    for (int i = 0; i < 50; ++i, library.total += 1000) {
         Pass(40);
         Press(kEnd);
     }
@@ -170,6 +144,7 @@ TEST_F(ViewModelTest, FetchesWhatIsShownOfALongListAndNoticesAnotherClient) {
 }
 
 TEST_F(ViewModelTest, SendsOneFilterAtATimeAndThenTheLastOne) {
+    Press(kEnter);
     for (const char32_t c : std::u32string(U"/äbc")) {
         model.Press(c);
     }
@@ -179,8 +154,6 @@ TEST_F(ViewModelTest, SendsOneFilterAtATimeAndThenTheLastOne) {
 }
 
 TEST_F(ViewModelTest, KeepsItsPlaceThroughFiltersJumpsAndPlaying) {
-    library = std::make_unique<SharedLibrary>();
-    Press(kRedraw);
     Type(U"/cATEGORY 1");
     EXPECT_EQ(model.List().Cursor(), 1) << "the first category that begins so";
     Press(kEnter);
@@ -194,53 +167,49 @@ TEST_F(ViewModelTest, KeepsItsPlaceThroughFiltersJumpsAndPlaying) {
     EXPECT_NE(model.Status().find("take the filter off"), std::string::npos);
     Press(kDown);
     Press(kEnter);
-    EXPECT_EQ(library->played, std::vector<std::int64_t>{SharedLibrary::kSongs * 1000 + 1});
+    EXPECT_EQ(library.played, std::vector<std::int64_t>{SharedLibrary::kSongs * 1000 + 1});
     EXPECT_EQ(model.List().Cursor(), 1);
     EXPECT_EQ(model.List().Path() + "/" + model.List().FilterText(), "Category 1/x");
-    EXPECT_EQ(library->filter, "x") << "walked back";
+    EXPECT_EQ(library.filter, "x") << "walked back";
     Press(kLeft);
     EXPECT_EQ(model.List().Path() + std::to_string(model.List().Cursor()), "Library1");
 }
 
 // The position is shared: an item's number means another item wherever another client has gone.
 TEST_F(ViewModelTest, PlaysNothingUnaskedWhereAnotherClientMovesThePosition) {
-    library = std::make_unique<SharedLibrary>();
-    Press(kRedraw);
     Press(kEnter);
-    meanwhile = [this] { library->way = {SharedLibrary::kSongs}; };
+    meanwhile = [this] { library.way = {SharedLibrary::kSongs}; };
     Press(kDown);
     Press(kEnter);
-    EXPECT_EQ(library->played, std::vector<std::int64_t>());
+    EXPECT_EQ(library.played, std::vector<std::int64_t>());
     EXPECT_EQ(model.List().Path(), "Category 0 > Album 1");
     Press(kDown);
     Press(kDown);
     Press(kEnter);
-    EXPECT_EQ(library->played, std::vector<std::int64_t>{1002}) << "the song that was chosen";
-    EXPECT_EQ(library->way, (std::vector<std::int64_t>{SharedLibrary::kAlbums, 1}))
-        << "and still in its list";
+    EXPECT_EQ(library.played, std::vector<std::int64_t>{1002}) << "the song that was chosen";
+    EXPECT_EQ(library.way, (std::vector<std::int64_t>{SharedLibrary::kAlbums, 1})) << "and still in its list";
     EXPECT_EQ(model.List().Cursor(), 2);
 }
 
 TEST_F(ViewModelTest, SaysThatASongPlaysWhereNoWayWasKnown) {
-    library = std::make_unique<SharedLibrary>();
-    library->way = {SharedLibrary::kAlbums};
-    Press(kRedraw);
-    meanwhile = [this] { library->way = {SharedLibrary::kSongs}; };
+    model.Disconnected("gone");
+    library.way = {SharedLibrary::kAlbums};
+    model.Connected();
+    Run();
+    meanwhile = [this] { library.way = {SharedLibrary::kSongs}; };
     Press(kEnter);
     EXPECT_NE(model.Status().find("a song of it plays now"), std::string::npos) << model.Status();
     EXPECT_EQ(model.List().Path(), "Library");
 }
 
 TEST_F(ViewModelTest, TakesItsFilterBackWhenItLeaves) {
-    library = std::make_unique<SharedLibrary>();
-    Press(kRedraw);
     Press(kEnter);
     Type(U"/x");
-    EXPECT_EQ(library->filter, "x");
+    EXPECT_EQ(library.filter, "x");
     model.Leave();
     Run();
-    EXPECT_EQ(library->way, std::vector<std::int64_t>{SharedLibrary::kAlbums});
-    EXPECT_EQ(library->filter, "") << "the way there is gone without it";
+    EXPECT_EQ(library.way, std::vector<std::int64_t>{SharedLibrary::kAlbums});
+    EXPECT_EQ(library.filter, "") << "the way there is gone without it";
 }
 
 // No notification tells that the player has stopped.
