@@ -39,54 +39,25 @@ Outcome<Reply> Client::Call(std::string_view method, const Json::Value& params) 
 }
 
 Outcome<std::vector<Reply>> Client::CallAll(const std::vector<Request>& requests) {
-    std::uint64_t id = m_lastId;
-    std::string lines;
-    for (const Request& request : requests) {
-        lines += lines.empty() ? "" : "\n";
-        lines += RequestLine(++m_lastId, request);
-    }
-    if (const auto sent = Send(lines); !sent) {
-        return sent.Why();
-    }
-    std::vector<Reply> replies;
-    for (const Request& request : requests) {
-        const auto answer = AwaitAnswer(++id, request.method);
-        if (!answer) {
-            return answer.Why();
-        }
-        replies.push_back(answer->Replies().front());
-    }
-    return replies;
-}
-
-Outcome<std::vector<Reply>> Client::CallBatch(const std::vector<Request>& requests) {
     const std::uint64_t first = m_lastId + 1;
     m_lastId += requests.size();
-    if (const auto sent = Send(BatchLine(first, requests)); !sent) {
+    if (const auto sent = Send(RequestLine(first, requests)); !sent) {
         return sent.Why();
     }
-    const auto answer = AwaitAnswer(first, requests.back().method);
-    if (!answer) {
-        return answer.Why();
-    }
-    auto replies = answer->Replies();
-    if (!answer->Whole().isArray() || replies.size() != requests.size()) {
-        return Problem{ProblemKind::NotTheService,
-                       ToText(m_endpoint) + " does not answer a batch as the service does"};
-    }
-    return replies;
-}
-
-Outcome<Message> Client::AwaitAnswer(std::uint64_t id, std::string_view method) {
-    auto answer = Await(In(m_timeout), [id](const Message& message) { return message.Id() == id; });
+    auto answer = Await(In(m_timeout), [first](const Message& message) { return message.Id() == first; });
     if (!answer) {
         return answer.Why();
     }
     if (!*answer) {
-        return Problem{ProblemKind::TimedOut, ToText(m_endpoint) + " did not answer " + std::string(method) +
-                                                  " within " + Seconds(m_timeout)};
+        return Problem{ProblemKind::TimedOut, ToText(m_endpoint) + " did not answer " +
+                                                  requests.front().method + " within " + Seconds(m_timeout)};
     }
-    return std::move(**answer);
+    auto replies = (*answer)->Replies();
+    if (replies.size() != requests.size()) {
+        return Problem{ProblemKind::NotTheService,
+                       ToText(m_endpoint) + " does not answer a batch as the service does"};
+    }
+    return replies;
 }
 
 Outcome<std::optional<Message>> Client::NextNotification(Deadline deadline) {

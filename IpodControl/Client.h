@@ -27,10 +27,8 @@ class Client {
     /// Notifications that come in between are kept for NextNotification, the oldest only so long as there
     /// are not too many.
     Outcome<Reply> Call(std::string_view method, const Json::Value& params = {});
-    /// Sends all of them at once; the replies stand in the order of the requests.
+    /// Several as one batch; the replies stand in the order of the requests.
     Outcome<std::vector<Reply>> CallAll(const std::vector<Request>& requests);
-    /// The same as one batch.
-    Outcome<std::vector<Reply>> CallBatch(const std::vector<Request>& requests);
 
     /// The oldest notification that has not been taken yet; none when none comes before `deadline`.
     Outcome<std::optional<Message>> NextNotification(Deadline deadline);
@@ -44,7 +42,6 @@ class Client {
     Outcome<std::optional<Message>> Await(Deadline deadline,
                                           const std::function<bool(const Message&)>& isWanted);
     Outcome<Done> Send(std::string_view lines);
-    Outcome<Message> AwaitAnswer(std::uint64_t id, std::string_view method);
     void Keep(Message notification);
 
     const Endpoint m_endpoint;

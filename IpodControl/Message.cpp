@@ -44,17 +44,6 @@ Reply ReplyIn(const Json::Value& answer) {
     return reply;
 }
 
-Json::Value RequestObject(std::uint64_t id, const Request& request) {
-    Json::Value object;
-    object["jsonrpc"] = "2.0";
-    object["id"] = Json::UInt64{id};
-    object["method"] = request.method;
-    if (!request.params.isNull()) {
-        object["params"] = request.params;
-    }
-    return object;
-}
-
 }  // namespace
 
 const Json::Value& Member(const Json::Value& value, std::string_view name) {
@@ -118,16 +107,18 @@ Request SelectRequest(std::int64_t id) {
     return {"selectBrowseItem", Params("itemId", Json::Int64{id})};
 }
 
-std::string RequestLine(std::uint64_t id, const Request& request) {
-    return WriteJson(RequestObject(id, request));
-}
-
-std::string BatchLine(std::uint64_t firstId, const std::vector<Request>& requests) {
+std::string RequestLine(std::uint64_t firstId, const std::vector<Request>& requests) {
     Json::Value batch(Json::arrayValue);
     for (const Request& request : requests) {
-        batch.append(RequestObject(firstId++, request));
+        Json::Value& object = batch.append(Json::objectValue);
+        object["jsonrpc"] = "2.0";
+        object["id"] = Json::UInt64{firstId++};
+        object["method"] = request.method;
+        if (!request.params.isNull()) {
+            object["params"] = request.params;
+        }
     }
-    return WriteJson(batch);
+    return WriteJson(batch.size() == 1 ? batch[0] : batch);
 }
 
 }  // namespace IpodControl

@@ -76,10 +76,8 @@ Request PageRequest(std::int64_t start, std::int64_t count);
 /// Opens or plays an item of that list.
 Request SelectRequest(std::int64_t id);
 
-/// A request's line, without a line end.
-std::string RequestLine(std::uint64_t id, const Request& request);
-/// Several, numbered from `firstId` on, as one batch. The service carries out up to 32 with no other client's
-/// request in between.
-std::string BatchLine(std::uint64_t firstId, const std::vector<Request>& requests);
+/// The line of one request, or of several as one batch, numbered from `firstId` on; without a line end. The
+/// service carries out a batch of up to 32 with no other client's request in between.
+std::string RequestLine(std::uint64_t firstId, const std::vector<Request>& requests);
 
 }  // namespace IpodControl

@@ -23,23 +23,6 @@ constexpr std::size_t kReadBytes = 64U << 10;
 /// So much at a time, so that a flood lets its reader do something else in between.
 constexpr std::size_t kMostReads = 4;
 
-struct FreeAddresses {
-    void operator()(addrinfo* list) const { freeaddrinfo(list); }
-};
-using Addresses = std::unique_ptr<addrinfo, FreeAddresses>;
-
-int LookUp(const Endpoint& endpoint, Addresses& addresses) {
-    addrinfo hints{};
-    hints.ai_family = AF_UNSPEC;
-    hints.ai_socktype = SOCK_STREAM;
-    hints.ai_flags = AI_NUMERICSERV;
-    addrinfo* list = nullptr;
-    const int failure =
-        getaddrinfo(endpoint.host.c_str(), std::to_string(endpoint.port).c_str(), &hints, &list);
-    addresses.reset(list);
-    return failure;
-}
-
 /// 0, or an errno.
 int Finish(const Descriptor& connection, Deadline deadline) {
     pollfd entry{connection.Get(), POLLOUT, 0};
@@ -94,11 +77,17 @@ std::string Printable(std::string_view text) {
 Outcome<Done> Wire::Open(const Endpoint& endpoint, Deadline deadline) {
     Close();
     m_peer = endpoint;
-    Addresses addresses;
-    if (const int failure = LookUp(endpoint, addresses); failure != 0) {
+    addrinfo hints{};
+    hints.ai_family = AF_UNSPEC;
+    hints.ai_socktype = SOCK_STREAM;
+    hints.ai_flags = AI_NUMERICSERV;
+    addrinfo* list = nullptr;
+    const std::string port = std::to_string(endpoint.port);
+    if (const int unknown = getaddrinfo(endpoint.host.c_str(), port.c_str(), &hints, &list); unknown != 0) {
         return Fail(ProblemKind::NoConnection,
-                    "There is no host " + endpoint.host + ": " + gai_strerror(failure));
+                    "There is no host " + endpoint.host + ": " + gai_strerror(unknown));
     }
+    const std::unique_ptr<addrinfo, decltype(&freeaddrinfo)> addresses(list, freeaddrinfo);
     int failure = 0;
     for (const addrinfo* address = addresses.get(); address != nullptr; address = address->ai_next) {
         failure = ConnectTo(*address, deadline, m_socket);
@@ -108,15 +97,6 @@ Outcome<Done> Wire::Open(const Endpoint& endpoint, Deadline deadline) {
     }
     return Fail(ProblemKind::NoConnection,
                 "No service answers on " + ToText(endpoint) + ": " + std::strerror(failure));
-}
-
-void Wire::Close() {
-    m_socket.Close();
-    m_unsent.clear();
-    m_received.clear();
-    m_searched = 0;
-    m_hasEnded = false;
-    m_endsSending = false;
 }
 
 Outcome<Done> Wire::Send(std::string_view line) {

@@ -71,7 +71,7 @@ class Wire {
   public:
     /// Connects anew, which waits up to `deadline` (a name's look-up may take longer).
     Outcome<Done> Open(const Endpoint& endpoint, Deadline deadline);
-    void Close();
+    void Close() { *this = Wire(); }
     bool IsOpen() const { return m_socket.IsOpen(); }
 
     /// Sends `line`, which has no line end of its own; what does not go at once is sent by Wait.

@@ -103,14 +103,14 @@ int Write(const Settings& settings, const std::string& file, const Picture& pict
 
 }  // namespace
 
-int RunArt(const Settings& settings, const ArtOptions& options) {
-    if (options.file == "-" && isatty(STDOUT_FILENO) != 0) {
+int RunArt(const Settings& settings, const std::string& file, bool isDelayed) {
+    if (file == "-" && isatty(STDOUT_FILENO) != 0) {
         Complain("a picture is nothing for a terminal; name a file, or redirect the output.");
         return kUsage;
     }
     Client client(settings.endpoint, settings.Timeout());
-    const Answer answer = GetPicture(client, settings, options.isDelayed);
-    return answer.status == kDone ? Write(settings, options.file, PictureIn(answer.result))
+    const Answer answer = GetPicture(client, settings, isDelayed);
+    return answer.status == kDone ? Write(settings, file, PictureIn(answer.result))
                                   : Complain(client, answer);
 }
 

@@ -75,7 +75,7 @@ class LibraryPath {
         std::vector<Request> requests{{"resetBrowseList"}};
         requests.insert(requests.end(), m_steps.begin(), m_steps.end());
         requests.push_back(last);
-        const auto replies = m_client.CallBatch(requests);
+        const auto replies = m_client.CallAll(requests);
         if (!replies) {
             return {kNoService, {}, replies.Why().text + ".", true};
         }
@@ -149,14 +149,14 @@ Answer WalkTo(LibraryPath& path, const std::vector<std::string>& names, bool goe
     return answer;
 }
 
-Answer Browse(LibraryPath& path, const Settings& settings, const BrowseOptions& options) {
-    const bool plays = options.plays && !options.names.empty();
+Answer Browse(LibraryPath& path, const Settings& settings, const std::vector<std::string>& names,
+              bool plays) {
     Json::Value item;
-    Answer answer = WalkTo(path, options.names, !plays, item);
+    Answer answer = WalkTo(path, names, !plays, item);
     if (answer.status != kDone) {
         return answer;
     }
-    if (plays) {
+    if (plays && !names.empty()) {
         return Play(path, settings, item);
     }
     Json::Value list;
@@ -178,10 +178,10 @@ Answer Browse(LibraryPath& path, const Settings& settings, const BrowseOptions& 
 
 }  // namespace
 
-int RunBrowse(const Settings& settings, const BrowseOptions& options) {
+int RunBrowse(const Settings& settings, const std::vector<std::string>& names, bool plays) {
     Client client(settings.endpoint, settings.Timeout());
     LibraryPath path(client);
-    const Answer answer = Browse(path, settings, options);
+    const Answer answer = Browse(path, settings, names, plays);
     return answer.status == kDone ? static_cast<int>(kDone) : Complain(client, answer);
 }
 

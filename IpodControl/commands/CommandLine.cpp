@@ -18,8 +18,7 @@ namespace {
 using Kind = ParameterKind;
 
 constexpr Parameter kHost{"host", "--host", "NAME", "where the service is (default 127.0.0.1)"};
-constexpr Parameter kPort{"port", "--port", "NUMBER", "its port (default 8883)", Kind::Integer, false,
-                          "",     1,        65535};
+constexpr Parameter kPort = IntegerParameter("port", "--port", 1, 65535, "its port (default 8883)");
 constexpr Parameter kTimeout{"timeout", "--timeout", "SECONDS",
                              "how long to wait for an answer (default 5), and for a state (30)",
                              Kind::Seconds};
@@ -31,15 +30,8 @@ constexpr Parameter kNames{
     "a category, then an item of each list that opens; of equal ones name#2 is the second", Kind::Words};
 constexpr Parameter kPlays{"plays", "--play", "", "play the last one, or the first song below it",
                            Kind::Flag};
-constexpr Parameter kMost{"most",
-                          "--count",
-                          "NUMBER",
-                          "end after so many",
-                          Kind::Integer,
-                          false,
-                          "",
-                          1,
-                          std::numeric_limits<std::int64_t>::max()};
+constexpr Parameter kMost =
+    IntegerParameter("most", "--count", 1, std::numeric_limits<std::int64_t>::max(), "end after so many");
 constexpr Parameter kTime{"time", "--for", "SECONDS", "end after that time", Kind::Seconds};
 constexpr Parameter kFile{"file", "FILE", "", "where to; - is standard output", Kind::Text, true};
 constexpr Parameter kDelayed{"isDelayed", "--delayed", "", "do not ask for it at once", Kind::Flag};
@@ -285,23 +277,21 @@ class CommandLine {
             "clients of the service share one browse position: this moves it, and leaves it at\n"
             "the end of the way.",
             "Artists \"The Tin Harbour\" \"Salt on the Wires\"", {kNames, kPlays}, [this] {
-                return RunBrowse(m_settings,
-                                 {WordsMember(m_values, "names"), IsTrueMember(m_values, "plays")});
+                return RunBrowse(m_settings, WordsMember(m_values, "names"), IsTrueMember(m_values, "plays"));
             });
         Add("watch",
             "Show notifications as they come.\n"
             "It ends with Ctrl-C, exit status 0. When the service goes away, it waits until the\n"
             "service is back. On a terminal a line below shows how far the track has come.",
             "--json --count 10", {kMost, kTime}, [this] {
-                return RunWatch(m_settings, {IntegerMember(m_values, "most"), TimeMember(m_values, "time")});
+                return RunWatch(m_settings, IntegerMember(m_values, "most"), TimeMember(m_values, "time"));
             });
         Add("art",
             "Write the current track's picture, a JPEG, into a file.\n"
             "Where it is not there at once, this waits for the player to fetch it, as long as\n"
             "--timeout says.",
             "cover.jpg", {kFile, kDelayed}, [this] {
-                return RunArt(m_settings,
-                              {TextMember(m_values, "file"), IsTrueMember(m_values, "isDelayed")});
+                return RunArt(m_settings, TextMember(m_values, "file"), IsTrueMember(m_values, "isDelayed"));
             });
         Add("wait",
             "Wait for a state of the player.\n"
@@ -319,7 +309,13 @@ class CommandLine {
 
     void AddHelp() {
         Add("help", "Tell about this program, or what a command does, with an example.", "browse", {kCommand},
-            [this] { return RunHelp(TextMember(m_values, "command")); });
+            [this] {
+                const std::string name = TextMember(m_values, "command");
+                if (!name.empty() && FindCommand(m_app, name) == nullptr) {
+                    return RefuseCommand(name);
+                }
+                return name.empty() ? RunCommandLine({"--help"}) : RunCommandLine({name, "--help"});
+            });
         Add("completion", "Print what makes a shell complete this program's words.",
             "bash > ~/.local/share/bash-completion/completions/ipodctl", {kShell},
             [this] { return PrintCompletionScript(TextMember(m_values, "shell")), kDone; });
@@ -331,17 +327,6 @@ class CommandLine {
                             });
             return kDone;
         }).group("");
-    }
-
-    int RunHelp(const std::string& name) const {
-        const CLI::App* const about = name.empty() ? &m_app : FindCommand(m_app, name);
-        if (about == nullptr) {
-            return RefuseCommand(name);
-        }
-        PrintText(about == &m_app
-                      ? m_app.get_formatter()->make_help(about, m_app.get_name(), CLI::AppFormatMode::Normal)
-                      : about->help(m_app.get_name()));
-        return kDone;
     }
 
     CLI::App m_app;

@@ -25,27 +25,19 @@ int RunCall(const Settings& settings, const Method& method, const Json::Value& p
 
 int RunStatus(const Settings& settings);
 
-struct BrowseOptions {
-    std::vector<std::string> names;
-    bool plays = false;
-};
-int RunBrowse(const Settings& settings, const BrowseOptions& options);
+/// `plays`: the last of `names`.
+int RunBrowse(const Settings& settings, const std::vector<std::string>& names, bool plays);
 /// For completion: the first names in the list that `names` lead to which begin with `begin`, in upper or
 /// lower case; none where there is no such list or no service.
 std::vector<std::string> NamesBelow(const Settings& settings, const std::vector<std::string>& names,
                                     const std::string& begin);
 
-struct WatchOptions {
-    std::optional<std::int64_t> count;              ///< notifications
-    std::optional<std::chrono::milliseconds> time;  ///< from the start
-};
-int RunWatch(const Settings& settings, const WatchOptions& options);
+/// Ends after `count` notifications, and after `time`.
+int RunWatch(const Settings& settings, std::optional<std::int64_t> count,
+             std::optional<std::chrono::milliseconds> time);
 
-struct ArtOptions {
-    std::string file;  ///< "-": standard output
-    bool isDelayed = false;
-};
-int RunArt(const Settings& settings, const ArtOptions& options);
+/// `file`: "-" is standard output.
+int RunArt(const Settings& settings, const std::string& file, bool isDelayed);
 
 /// The words that RunWait takes.
 inline constexpr const char* kWaitStates = "connected|disconnected|ready|track|playing|paused|stopped";

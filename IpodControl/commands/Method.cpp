@@ -21,11 +21,6 @@ constexpr std::int64_t kMostId = std::numeric_limits<std::uint32_t>::max();
 constexpr std::string_view kRefusal = "the player refused";
 constexpr std::string_view kNotThere = "there is nothing to browse";
 
-constexpr Parameter Integer(std::string_view name, std::string_view shown, std::string_view fallback,
-                            std::int64_t least, std::int64_t most, std::string_view help) {
-    return {name, shown, "NUMBER", help, ParameterKind::Integer, fallback.empty(), fallback, least, most};
-}
-
 constexpr Parameter kSetting{"enable", "STATE", "on|off", "without it the present setting is shown",
                              ParameterKind::OnOff};
 constexpr Parameter kHeld{"enable", "STATE", "on|off", "on starts it, off ends it", ParameterKind::OnOff,
@@ -36,13 +31,13 @@ constexpr Parameter kSearch{
     "searchText",        "TEXT", "TEXT", "what the names shall contain; '' takes the filter off",
     ParameterKind::Text, true};
 constexpr Parameter kItem =
-    Integer("itemId", "ITEM", "", kLeast, kMostId, "the item's id, as the list has it");
+    IntegerParameter("itemId", "ITEM", kLeast, kMostId, "the item's id, as the list has it", "", true);
 constexpr Parameter kFrom =
-    Integer("startIndex", "START", "0", kLeast, kMost, "the index to look from (default 0)");
-constexpr Parameter kStart = Integer("startIndex", "--start", "0", kLeast, kMost,
-                                     "where to begin; below 0: from the list's end (default 0)");
+    IntegerParameter("startIndex", "START", kLeast, kMost, "the index to look from (default 0)", "0");
+constexpr Parameter kStart = IntegerParameter(
+    "startIndex", "--start", kLeast, kMost, "where to begin; below 0: from the list's end (default 0)", "0");
 constexpr Parameter kCount =
-    Integer("itemCount", "--count", "20", 0, kMost, "how many (default 20), up to the list's end");
+    IntegerParameter("itemCount", "--count", 0, kMost, "how many (default 20), up to the list's end", "20");
 
 constexpr std::array kMethods = {
     Method{"enableShuffle", "shuffle", kSettings, "switch shuffle, and show it",

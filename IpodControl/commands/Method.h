@@ -25,6 +25,12 @@ struct Parameter {
     std::int64_t most = 0;
 };
 
+constexpr Parameter IntegerParameter(std::string_view name, std::string_view shown, std::int64_t least,
+                                     std::int64_t most, std::string_view help, std::string_view fallback = "",
+                                     bool isRequired = false) {
+    return {name, shown, "NUMBER", help, ParameterKind::Integer, isRequired, fallback, least, most};
+}
+
 /// What in a result means "done". An error object never does.
 enum class Verdict {
     Answered,        ///< any result but null

@@ -168,12 +168,13 @@ class Screen {
 
 class Watch {
   public:
-    Watch(const Settings& settings, const WatchOptions& options, SignalDescriptor& signals)
-        : m_settings(settings), m_options(options), m_signals(signals), m_screen(settings.json) {
-        if (options.time) {
-            m_end = In(*options.time);
-        }
-    }
+    Watch(const Settings& settings, std::optional<std::int64_t> count, std::optional<milliseconds> time,
+          SignalDescriptor& signals)
+        : m_settings(settings),
+          m_count(count),
+          m_end(time ? std::optional(In(*time)) : std::nullopt),
+          m_signals(signals),
+          m_screen(settings.json) {}
 
     int Run() {
         const auto opened = Open(m_settings.Timeout());
@@ -194,8 +195,8 @@ class Watch {
     Outcome<Done> Open(milliseconds time) {
         auto opened = m_wire.Open(m_settings.endpoint, In(time));
         if (opened) {
-            opened = m_wire.Send(
-                RequestLine(1, {m_screen.HasProgress() ? "getCurrentTrackInfo" : "isIpodConnected"}));
+            opened = m_wire.Send(RequestLine(
+                1, {Request{m_screen.HasProgress() ? "getCurrentTrackInfo" : "isIpodConnected"}}));
         }
         m_isGreeted = false;
         m_greetingEnd = In(m_settings.Timeout());
@@ -244,7 +245,7 @@ class Watch {
                 m_status = kRefused;
                 m_isOver = true;
             } else {
-                m_isOver = m_options.count && ++m_taken >= *m_options.count;
+                m_isOver = m_count && --*m_count == 0;
             }
             if (m_isOver) {
                 return;
@@ -276,9 +277,9 @@ class Watch {
     }
 
     const Settings& m_settings;
-    const WatchOptions& m_options;
+    std::optional<std::int64_t> m_count;  // still to come
+    const std::optional<Deadline> m_end;
     SignalDescriptor& m_signals;
-    std::optional<Deadline> m_end;
     Screen m_screen;
     Wire m_wire;
     Deadline m_greetingEnd;
@@ -286,19 +287,18 @@ class Watch {
     bool m_hasEverAnswered = false;
     bool m_hasLost = false;
     bool m_isOver = false;
-    std::int64_t m_taken = 0;
     int m_status = kDone;
 };
 
 }  // namespace
 
-int RunWatch(const Settings& settings, const WatchOptions& options) {
+int RunWatch(const Settings& settings, std::optional<std::int64_t> count, std::optional<milliseconds> time) {
     const auto signals = SignalDescriptor::Open({SIGINT, SIGTERM});
     if (!signals) {
         Complain(std::string("cannot wait for signals: ") + std::strerror(errno) + ".");
         return kUsage;
     }
-    return Watch(settings, options, *signals).Run();
+    return Watch(settings, count, time, *signals).Run();
 }
 
 }  // namespace IpodControl

@@ -10,16 +10,12 @@ namespace IpodControl::PlayerView {
 
 namespace {
 
-bool Says(const Reply& reply, const char* word) {
-    return reply.result.isString() && reply.result == word;
-}
-
 /// Whether a step down to a list has been done. A selection that answers "success" has not: a song plays.
 bool IsDone(const Request& request, const Reply& reply) {
     if (request.method == "resetBrowseList") {
         return IsTrueMember(reply.result, "resetSuccess");
     }
-    return Says(reply, request.method == "selectBrowseItem" ? "browsing" : "success");
+    return reply.result == (request.method == "selectBrowseItem" ? "browsing" : "success");
 }
 
 }  // namespace
@@ -138,7 +134,7 @@ void Browser::Choose(const Item& item) {
 }
 
 void Browser::Selected(const Item& item, const Reply& reply) {
-    if (Says(reply, "browsing")) {
+    if (reply.result == "browsing") {
         m_context.notice = {};
         if (m_isPathKnown) {
             m_path.push_back({item, m_cursor, m_filter});
@@ -146,7 +142,7 @@ void Browser::Selected(const Item& item, const Reply& reply) {
         m_filter.clear();
         m_wantedFilter.clear();
         Open(0);
-    } else if (!Says(reply, "success")) {
+    } else if (reply.result != "success") {
         m_context.Refuse(std::string("The service refused to ") + (m_isLast ? "play " : "open ") + item.name);
     } else if (m_isLast && m_isPathKnown) {
         Open(m_cursor);
@@ -187,7 +183,7 @@ void Browser::Back() {
         return;
     }
     Step({"selectBrowseBack"}, [this](const Reply& reply) {
-        if (!Says(reply, "success")) {
+        if (reply.result != "success") {
             m_context.Refuse("The service refused to go up");
             Open(m_cursor);
             return;
@@ -244,7 +240,7 @@ void Browser::ApplyFilter() {
     }
     const Request request{"filterBrowseList", Params("searchText", m_wantedFilter)};
     Step(request, [this, sent = m_wantedFilter](const Reply& reply) {
-        if (!Says(reply, "success")) {
+        if (reply.result != "success") {
             m_context.Refuse("The service refused the filter");
             m_wantsToEnter = false;
             m_wantedFilter = m_filter;

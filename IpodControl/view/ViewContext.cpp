@@ -11,8 +11,7 @@ void ViewContext::AskAll(const std::vector<Request>& requests, BatchHandler hand
     const std::uint64_t first = m_lastId + 1;
     m_calls[first] = {std::move(handler), requests.size(), now};
     m_lastId += requests.size();
-    m_lines.push_back(requests.size() == 1 ? RequestLine(first, requests.front())
-                                           : BatchLine(first, requests));
+    m_lines.push_back(RequestLine(first, requests));
 }
 
 void ViewContext::Take(const Message& answer) {

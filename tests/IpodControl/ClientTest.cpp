@@ -16,9 +16,8 @@ TEST(ClientTest, AnswersComeInOrderAndInAnyPieces) {
     const std::string text = R"({"id":999,"jsonrpc":"2.0","result":1}
 
 {"jsonrpc":"2.0","method":"a"}
-{"id":1,"jsonrpc":"2.0","result":"f\u00fcr"}
+[{"id":1,"jsonrpc":"2.0","result":"f\u00fcr"},{"id":2,"jsonrpc":"2.0"}]
 {"jsonrpc":"2.0","method":"b","params":{"n":7}}
-{"id":2,"jsonrpc":"2.0"}
 )";
     const FakeService service([&text](int connection) {
         ReadRequest(connection);

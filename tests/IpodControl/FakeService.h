@@ -29,13 +29,10 @@ inline bool Send(int connection, std::string_view bytes) {
     return send(connection, bytes.data(), bytes.size(), MSG_NOSIGNAL) >= 0;
 }
 
-/// Takes one client after the other, on a port of its own unless `listener` is bound to something else, and
-/// closes the connection when `acts` returns.
+/// Takes one client after the other, on a port of its own, and closes the connection when `acts` returns.
 class FakeService {
   public:
-    explicit FakeService(const std::function<void(int connection)>& acts,
-                         int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
-        : m_listener(listener) {
+    explicit FakeService(const std::function<void(int connection)>& acts) {
         socklen_t size = sizeof m_address;
         EXPECT_EQ(listen(m_listener, 1), 0);  // binds it as well
         EXPECT_EQ(getsockname(m_listener, reinterpret_cast<sockaddr*>(&m_address), &size), 0);
@@ -57,7 +54,7 @@ class FakeService {
     std::uint16_t Port() const { return ntohs(m_address.sin_port); }
 
   private:
-    const int m_listener;
+    const int m_listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_in m_address{};
     std::thread m_thread;
 };
