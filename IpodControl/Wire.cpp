@@ -23,7 +23,7 @@ constexpr std::size_t kReadBytes = 64U << 10;
 /// So much at a time, so that a flood lets its reader do something else in between.
 constexpr std::size_t kMostReads = 4;
 
-/// 0, or an errno.
+/// Of a connection that is under way. 0, or an errno.
 int Finish(const Descriptor& connection, Deadline deadline) {
     pollfd entry{connection.Get(), POLLOUT, 0};
     const PollEnd end = PollUntil({&entry, 1}, deadline);
@@ -37,20 +37,16 @@ int Finish(const Descriptor& connection, Deadline deadline) {
 
 /// 0, or an errno. The connection is then `connection`.
 int ConnectTo(const addrinfo& address, Deadline deadline, Descriptor& connection) {
-    Descriptor made(
-        socket(address.ai_family, address.ai_socktype | SOCK_CLOEXEC | SOCK_NONBLOCK, address.ai_protocol));
-    if (!made.IsOpen()) {
+    const int kind = address.ai_socktype | SOCK_CLOEXEC | SOCK_NONBLOCK;
+    connection = Descriptor(socket(address.ai_family, kind, address.ai_protocol));
+    if (!connection.IsOpen()) {
         return errno;
     }
-    int failure = connect(made.Get(), address.ai_addr, address.ai_addrlen) == 0 ? 0 : errno;
-    failure = failure == EINPROGRESS ? Finish(made, deadline) : failure;
-    if (failure == 0) {
-        // A request is one small segment, and the next one must not wait for its acknowledgement.
-        const int on = 1;
-        setsockopt(made.Get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-        connection = std::move(made);
-    }
-    return failure;
+    // A request is one small segment, and the next one must not wait for its acknowledgement.
+    const int on = 1;
+    setsockopt(connection.Get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    const int failure = connect(connection.Get(), address.ai_addr, address.ai_addrlen) == 0 ? 0 : errno;
+    return failure == EINPROGRESS ? Finish(connection, deadline) : failure;
 }
 
 bool IsBlank(char c) {

@@ -53,41 +53,38 @@ bool CanPlaceCursor() {
     return capability != nullptr && reinterpret_cast<std::intptr_t>(capability) != -1;
 }
 
-/// What has no place among the keys is left out.
-std::optional<char32_t> NamedKey(wint_t code) {
-    constexpr std::array<std::pair<wint_t, Key>, 11> kNamed{{
-        {KEY_ENTER, kEnter},
-        {KEY_BACKSPACE, kBackspace},
-        {KEY_LEFT, kLeft},
-        {KEY_RIGHT, kRight},
-        {KEY_UP, kUp},
-        {KEY_DOWN, kDown},
-        {KEY_PPAGE, kPageUp},
-        {KEY_NPAGE, kPageDown},
-        {KEY_HOME, kHome},
-        {KEY_END, kEnd},
-        {KEY_REFRESH, kRedraw},
-    }};
-    const auto* const named =
-        std::find_if(kNamed.begin(), kNamed.end(), [code](const auto& entry) { return entry.first == code; });
-    return named == kNamed.end() ? std::nullopt : std::optional<char32_t>(named->second);
+/// ncurses's keys behind all characters, whose numbers they share.
+constexpr char32_t Named(wint_t code) {
+    return 0x110000 + code;
 }
 
-char32_t CharacterKey(wint_t character) {
-    switch (character) {
-        case '\r':
-        case '\n':
-            return kEnter;
-        case '\b':
-        case 0x7F:
-            return kBackspace;
-        case 0x1B:
-            return kEscape;
-        case 0x0C:
-            return kRedraw;
-        default:
-            return static_cast<char32_t>(character);
+/// `typed`: a character, or a Named one. None for what has no place among the keys.
+std::optional<char32_t> KeyOf(char32_t typed) {
+    constexpr std::array<std::pair<char32_t, char32_t>, 17> kKeys{{
+        {'\r', kEnter},
+        {'\n', kEnter},
+        {Named(KEY_ENTER), kEnter},
+        {'\b', kBackspace},
+        {0x7F, kBackspace},
+        {Named(KEY_BACKSPACE), kBackspace},
+        {0x1B, kEscape},
+        {Named(KEY_LEFT), kLeft},
+        {Named(KEY_RIGHT), kRight},
+        {Named(KEY_UP), kUp},
+        {Named(KEY_DOWN), kDown},
+        {Named(KEY_PPAGE), kPageUp},
+        {Named(KEY_NPAGE), kPageDown},
+        {Named(KEY_HOME), kHome},
+        {Named(KEY_END), kEnd},
+        {0x0C, kRedraw},
+        {Named(KEY_REFRESH), kRedraw},
+    }};
+    const auto* const key =
+        std::find_if(kKeys.begin(), kKeys.end(), [typed](const auto& entry) { return entry.first == typed; });
+    if (key != kKeys.end()) {
+        return key->second;
     }
+    return typed < Named(0) ? std::optional(typed) : std::nullopt;
 }
 
 }  // namespace
@@ -188,7 +185,7 @@ std::vector<char32_t> Terminal::ReadKeys() {
     std::vector<char32_t> keys;
     wint_t code = 0;
     for (int kind = 0; keys.size() < kMost && (kind = wget_wch(stdscr, &code)) != ERR;) {
-        if (const auto key = kind == KEY_CODE_YES ? NamedKey(code) : CharacterKey(code)) {
+        if (const auto key = KeyOf(kind == KEY_CODE_YES ? Named(code) : code)) {
             keys.push_back(*key);
         }
     }

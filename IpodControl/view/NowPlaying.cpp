@@ -123,14 +123,12 @@ void NowPlaying::TakeCover(const Json::Value& params) {
     if (IntegerMember(params, "trackIndex").value_or(m_known.track.index) != m_known.track.index) {
         return;
     }
-    const Json::Value& art = Member(params, "albumArt");
-    const char* begin = nullptr;
-    const char* end = nullptr;
-    if (!art.isString() || !art.getString(&begin, &end) || begin == end) {
+    const std::string art = TextMember(params, "albumArt");
+    if (art.empty()) {
         m_known.coverState = CoverState::None;
         return;
     }
-    auto picture = DecodeCover({begin, static_cast<std::size_t>(end - begin)});
+    auto picture = DecodeCover(art);
     m_known.coverState = picture ? CoverState::Shown : CoverState::Broken;
     m_known.cover = std::move(picture).value_or(RgbImage{});
 }
