@@ -120,13 +120,4 @@ void Canvas::Fill(int row, int column, int width, Style style) {
     }
 }
 
-std::string Canvas::Row(int row) const {
-    std::string text;
-    for (int column = 0; column < m_size.columns; ++column) {
-        text += At(row, column).text;
-    }
-    text.erase(text.find_last_not_of(' ') + 1);
-    return text;
-}
-
 }  // namespace IpodControl::PlayerView

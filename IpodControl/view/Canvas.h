@@ -52,8 +52,6 @@ class Canvas {
     void Fill(int row, int column, int width, Style style);
 
     const Cell& At(int row, int column) const { return m_cells[Index(row, column)]; }
-    /// What a row shows, without blanks at its end.
-    std::string Row(int row) const;
 
     bool operator==(const Canvas&) const = default;
 

@@ -14,6 +14,7 @@ namespace IpodControl {
 namespace {
 
 std::string printed, complaint;  // by the last command
+Json::Value request;             // that the last service got
 
 int Type(const std::vector<std::string>& words) {
     testing::internal::CaptureStdout();
@@ -25,24 +26,24 @@ int Type(const std::vector<std::string>& words) {
     return status;
 }
 
-std::vector<std::string> Words(const std::string& line, const FakeService* service = nullptr) {
+std::vector<std::string> Words(const std::string& line) {
     std::istringstream stream(line);
-    std::vector<std::string> words{std::istream_iterator<std::string>(stream), {}};
-    if (service != nullptr)
-        words.insert(words.begin(), {"--port", std::to_string(service->Port())});
-    return words;
+    return {std::istream_iterator<std::string>(stream), {}};
+}
+
+std::string AnswerTo(const Json::Value& asked, const std::string& result) {
+    return "{\"id\":" + WriteJson(asked["id"]) + ",\"jsonrpc\":\"2.0\",\"result\":" + result + "}";
 }
 
 /// Against a service that answers everything with `result`(request); the last request it got becomes
 /// `request`.
-int TypeTo(const std::function<std::string(const Json::Value&)>& result, std::vector<std::string> words,
-           Json::Value& request) {
+int TypeTo(const std::function<std::string(const Json::Value&)>& result, std::vector<std::string> words) {
+    request = {};
     const FakeService service([&](int connection) {
         const auto answer = [&](const Json::Value& asked) {
             // The last one where something is refused is why.
             request = request.isNull() || asked["method"] != "isIpodConnected" ? asked : request;
-            return "{\"id\":" + WriteJson(asked["id"]) + ",\"jsonrpc\":\"2.0\",\"result\":" + result(asked) +
-                   "}";
+            return AnswerTo(asked, result(asked));
         };
         for (Json::Value asked; !(asked = ReadRequest(connection)).isNull();) {
             std::string line = asked.isArray() ? "" : answer(asked);
@@ -53,15 +54,14 @@ int TypeTo(const std::function<std::string(const Json::Value&)>& result, std::ve
         }
     });
     words.insert(words.begin(), {"--port", std::to_string(service.Port())});
-    request = {};
     const int status = Type(words);
     // One sentence, whenever it is no mere answer.
     EXPECT_LE(std::count(complaint.begin(), complaint.end(), '\n'), 1) << complaint;
     return status;
 }
 
-int TypeTo(const char* result, const std::vector<std::string>& words, Json::Value& request) {
-    return TypeTo([result](const Json::Value&) { return result; }, words, request);
+int TypeTo(const char* result, const std::vector<std::string>& words) {
+    return TypeTo([result](const Json::Value&) { return result; }, words);
 }
 
 TEST(CommandsTest, EveryMethodIsAskedAndJudged) {
@@ -100,17 +100,16 @@ TEST(CommandsTest, EveryMethodIsAskedAndJudged) {
         {"stop", "null", R"("success")", R"("failure")"},
     };
     ASSERT_EQ(std::size(cases), Methods().size());
-    Json::Value request;
     for (std::size_t i = 0; i < std::size(cases); ++i) {
         const auto& each = cases[i];
-        EXPECT_EQ(TypeTo(each.done, Words(each.words), request), kDone) << each.words;
+        EXPECT_EQ(TypeTo(each.done, Words(each.words)), kDone) << each.words;
         EXPECT_EQ(request["method"], std::string(Methods()[i].name));
         EXPECT_EQ(WriteJson(request["params"]), each.params) << each.words;
-        EXPECT_EQ(TypeTo(each.refused, Words(each.words), request), kRefused) << each.words;
-        EXPECT_EQ(TypeTo("5", Words(each.words), request), kNoService) << each.words;
+        EXPECT_EQ(TypeTo(each.refused, Words(each.words)), kRefused) << each.words;
+        EXPECT_EQ(TypeTo("5", Words(each.words)), kNoService) << each.words;
     }
-    EXPECT_EQ(TypeTo("[]", {"status"}, request), kNoService);
-    EXPECT_EQ(TypeTo("7", {"wait", "connected"}, request), kNoService);
+    EXPECT_EQ(TypeTo("[]", {"status"}), kNoService);
+    EXPECT_EQ(TypeTo("7", {"wait", "connected"}), kNoService);
 }
 
 /// A root with Songs and nothing else, and 2500 songs; item ids are their positions, and pages go round.
@@ -171,8 +170,7 @@ TEST(CommandsTest, NamesLeadThroughTheLibrary) {
         const auto answer = [&](const Json::Value& asked) {
             return WriteJson(library.Answer(asked["method"].asString(), asked["params"]));
         };
-        Json::Value request;
-        EXPECT_EQ(TypeTo(answer, Words(each.words), request), each.status) << each.words;
+        EXPECT_EQ(TypeTo(answer, Words(each.words)), each.status) << each.words;
         EXPECT_TRUE((printed + complaint).ends_with(each.text)) << printed << complaint;
         EXPECT_EQ(std::pair(library.played, library.pages), std::pair(each.played, each.pages)) << each.words;
     }
@@ -189,8 +187,7 @@ TEST(CommandsTest, WithoutAPlayerThatIsTheReason) {
                    : method == "getBrowseList"   ? "null"
                                                  : R"({"success":false,"albumArt":""})";
         };
-        Json::Value request;
-        EXPECT_EQ(TypeTo(answer, Words(line), request), kRefused) << line;
+        EXPECT_EQ(TypeTo(answer, Words(line)), kRefused) << line;
         EXPECT_EQ(complaint, "ipodctl: no player is connected.\n") << line;
     }
 }
@@ -220,10 +217,7 @@ TEST(CommandsTest, TellsAboutItselfAndWhatCanBeTyped) {
 
 TEST(CommandsTest, TheServiceMayBeNamedByTheEnvironment) {
     const FakeService service([](int connection) {
-        const Json::Value id = ReadRequest(connection)["id"];
-        Send(connection, "{\"id\":" + WriteJson(id) +
-                             R"(,"result":{"success":true}})"
-                             "\n");
+        Send(connection, AnswerTo(ReadRequest(connection), R"({"success":true})") + "\n");
     });
     setenv("IPODCTL_PORT", std::to_string(service.Port()).c_str(), 1);
     EXPECT_EQ(Type({"next"}), kDone) << complaint;
@@ -237,11 +231,10 @@ TEST(CommandsTest, TheServiceMayBeNamedByTheEnvironment) {
 TEST(CommandsTest, WatchWaitsForAServiceThatHasAnsweredToComeBack) {
     int clients = 0;
     const FakeService service([&clients](int connection) {
-        const Json::Value id = ReadRequest(connection)["id"];
-        Send(connection, "{\"id\":" + WriteJson(id) + ",\"result\":{}}\n{\"method\":\"come" +
+        Send(connection, AnswerTo(ReadRequest(connection), "{}") + "\n{\"method\":\"come" +
                              std::to_string(++clients) + "\"}\n");
     });
-    EXPECT_EQ(Type(Words("watch --count 2", &service)), kDone);
+    EXPECT_EQ(Type({"--port", std::to_string(service.Port()), "watch", "--count", "2"}), kDone);
     EXPECT_NE(printed.find("come2"), std::string::npos) << printed;
     EXPECT_TRUE(complaint.ends_with(" is back.\n")) << complaint;
 }
@@ -258,9 +251,8 @@ TEST(CommandsTest, WordsBecomeRequests) {
         {{"filter", "[a,b]", "--timeout", "9"}, R"({"searchText":"[a,b]"})"},
         {{"filter", "--", "--json"}, R"({"searchText":"--json"})"},
     };
-    Json::Value request;
     for (const auto& each : cases) {
-        TypeTo("null", each.words, request);
+        TypeTo("null", each.words);
         EXPECT_EQ(WriteJson(request["params"]), each.params);
     }
     for (const Method& method : Methods())
