@@ -42,6 +42,12 @@ constexpr Parameter kCommand{"command", "COMMAND", "", "the command"};
 constexpr Parameter kShell{"shell", "SHELL", "bash|zsh|fish", "the shell", Kind::Choice, true};
 constexpr Parameter kTyped{"typed", "WORD", "", "what is typed", Kind::Words};
 
+constexpr const char* kFooter =
+    "Every method is also known by its name in the protocol, such as playPause.\n"
+    "ipodctl COMMAND --help tells more, with an example.\n\n"
+    "Exit status: 0 done; 1 the service said no, or the answer to a question is no; 2 what was typed\n"
+    "cannot be carried out; 3 no service, or something else listens there.";
+
 /// The parser takes "[a,b]" apart where several words may stand, and does not let "--" end the options where
 /// a subcommand has some; a name may look like anything. What stands behind this is not looked at.
 constexpr char kGuard = '\x01';
@@ -149,12 +155,7 @@ class CommandLine {
         AddOption(m_app, kPort, m_general).envname("IPODCTL_PORT");
         AddOption(m_app, kTimeout, m_general);
         AddOption(m_app, kJson, m_general);
-        m_app.footer(
-            "Every method is also known by its name in the protocol, such as playPause.\n"
-            "ipodctl COMMAND --help tells more, with an example.\n\n"
-            "Exit status: 0 done; 1 the service said no, or the answer to a question is no; 2 what was "
-            "typed\n"
-            "cannot be carried out; 3 no service, or something else listens there.");
+        m_app.footer(kFooter);
         AddCommands();
         AddHelp();
         for (const std::string_view group : kGroups) {

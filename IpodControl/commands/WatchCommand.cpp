@@ -221,19 +221,13 @@ class Watch {
         } else if (!messages) {
             Lose(messages.Why());
         } else if (!isConnected) {
-            Reopen();
+            // Where this fails, the next step tries again.
+            (void)Open(std::min(milliseconds(1000), m_settings.Timeout()));
         } else {
             Take(*messages);
             if (!m_isOver && !m_isGreeted && now >= m_greetingEnd) {
                 Lose({ProblemKind::TimedOut, ToText(m_settings.endpoint) + " does not answer"});
             }
-        }
-    }
-
-    void Reopen() {
-        constexpr milliseconds kMost{1000};
-        if (!Open(std::min(kMost, m_settings.Timeout()))) {
-            m_wire.Close();
         }
     }
 

@@ -20,10 +20,11 @@ class Connector {
   public:
     /// A problem where the process has no descriptor or thread left for it.
     Outcome<Done> Start(const Endpoint& endpoint, std::chrono::milliseconds timeout) {
-        auto attempt = std::make_shared<Attempt>();
-        if (!attempt->isOver.IsOpen()) {
+        WakeUp isOver;
+        if (!isOver.IsOpen()) {
             return Problem{ProblemKind::NoConnection, "There is no descriptor left to connect with"};
         }
+        auto attempt = std::make_shared<Attempt>(Attempt{std::move(isOver), {}});
         try {
             std::thread([attempt, endpoint, timeout] {
                 Wire wire;
@@ -46,7 +47,7 @@ class Connector {
 
   private:
     struct Attempt {
-        const WakeUp isOver;
+        WakeUp isOver;
         std::promise<Outcome<Wire>> result;  // set by the attempt's thread
     };
 

@@ -13,13 +13,6 @@ namespace {
 constexpr Style kBold{.isBold = true};
 constexpr Style kDim{.isDim = true};
 
-struct Place {
-    int row = 0;
-    int column = 0;
-    int rows = 0;
-    int columns = 0;
-};
-
 /// Red, green, blue.
 using Rgb = const std::uint8_t*;
 
@@ -61,64 +54,54 @@ const char* Shade(Rgb colour) {
     return kShades[static_cast<std::size_t>(brightness) * kShades.size() / 256];
 }
 
-/// The largest size of those proportions that fits, in pixels of half a cell's height.
-Size Inside(const Place& place, const RgbImage& image) {
-    const auto width = static_cast<int>(image.size.width);
-    const auto height = static_cast<int>(image.size.height);
-    Size size{2 * place.rows, 2 * place.rows * width / height};
-    if (size.columns > place.columns) {
-        size = {place.columns * height / width, place.columns};
-    }
-    return {std::max(size.rows, 1), std::max(size.columns, 1)};
-}
-
-/// As large as the place allows, in the picture's own proportions: a cell is twice as high as wide. Without
-/// colours it is shown in shades made of characters.
-void DrawCover(Canvas& canvas, const Place& place, const RgbImage& image, int colours) {
-    if (image.pixels.empty() || place.rows <= 0 || place.columns <= 0) {
+/// As large as `rows` rows and twice as many columns allow, in the picture's own proportions: a cell is twice
+/// as high as wide. Without colours it is shown in shades made of characters.
+void DrawCover(Canvas& canvas, int rows, const RgbImage& image, int colours) {
+    if (image.pixels.empty()) {
         return;
     }
     const bool hasHalves = canvas.Characters() == Charset::Utf8 && colours >= 8;
-    const Size size = Inside(place, image);
-    const int rows = (size.rows + 1) / 2;
-    const RgbImage scaled = Resize(image, {static_cast<std::uint32_t>(size.columns),
-                                           static_cast<std::uint32_t>(hasHalves ? 2 * rows : rows)});
-    const int left = place.column + (place.columns - size.columns) / 2;
-    for (int row = 0; row < rows; ++row) {
-        for (int column = 0; column < size.columns; ++column) {
-            const auto pixel = [&](int line) {
-                return scaled.At(static_cast<std::uint32_t>(column), static_cast<std::uint32_t>(line));
+    const auto width = static_cast<int>(image.size.width);
+    const auto height = static_cast<int>(image.size.height);
+    // In pixels of half a cell's height.
+    const int side = 2 * rows;
+    const int columns = std::max(width < height ? side * width / height : side, 1);
+    const int lines = (std::max(width < height ? side : side * height / width, 1) + 1) / 2;
+    const RgbImage scaled = Resize(image, {static_cast<std::uint32_t>(columns),
+                                           static_cast<std::uint32_t>(hasHalves ? 2 * lines : lines)});
+    for (int line = 0; line < lines; ++line) {
+        for (int i = 0; i < columns; ++i) {
+            const auto pixel = [&](int y) {
+                return scaled.At(static_cast<std::uint32_t>(i), static_cast<std::uint32_t>(y));
             };
-            const int y = place.row + (place.rows - rows) / 2 + row;
+            const int row = (rows - lines) / 2 + line;
+            const int column = 1 + (side - columns) / 2 + i;
             if (hasHalves) {
-                canvas.Put(y, left + column, "▀",
-                           {Nearest(pixel(2 * row), colours), Nearest(pixel(2 * row + 1), colours)});
+                canvas.Put(row, column, "▀",
+                           {Nearest(pixel(2 * line), colours), Nearest(pixel(2 * line + 1), colours)});
             } else if (colours >= 8) {
-                canvas.Put(y, left + column, " ", {-1, Nearest(pixel(row), colours)});
+                canvas.Put(row, column, " ", {-1, Nearest(pixel(line), colours)});
             } else {
-                canvas.Put(y, left + column, Shade(pixel(row)));
+                canvas.Put(row, column, Shade(pixel(line)));
             }
         }
     }
 }
 
-/// A frame with `text` in it.
-void DrawPlaceholder(Canvas& canvas, const Place& place, std::string_view text) {
-    const Style style{.isDim = true};
-    const int bottom = place.row + place.rows - 1;
-    const int right = place.column + place.columns - 1;
-    for (int column = place.column; column <= right; ++column) {
-        canvas.Put(place.row, column, "-", style);
-        canvas.Put(bottom, column, "-", style);
+/// A frame in its place with `text` in it.
+void DrawPlaceholder(Canvas& canvas, int rows, std::string_view text) {
+    const int columns = 2 * rows;
+    for (int column = 1; column <= columns; ++column) {
+        canvas.Put(0, column, "-", kDim);
+        canvas.Put(rows - 1, column, "-", kDim);
     }
-    for (int row = place.row; row <= bottom; ++row) {
-        const char* edge = row == place.row || row == bottom ? "+" : "|";
-        canvas.Put(row, place.column, edge, style);
-        canvas.Put(row, right, edge, style);
+    for (int row = 0; row < rows; ++row) {
+        const char* const edge = row == 0 || row == rows - 1 ? "+" : "|";
+        canvas.Put(row, 1, edge, kDim);
+        canvas.Put(row, columns, edge, kDim);
     }
-    const int columns = std::min(canvas.Columns(text), place.columns - 2);
-    canvas.Write(place.row + place.rows / 2, place.column + (place.columns - columns) / 2, columns, text,
-                 style);
+    const int width = std::min(canvas.Columns(text), columns - 2);
+    canvas.Write(rows / 2, 1 + (columns - width) / 2, width, text, kDim);
 }
 
 struct StateText {
@@ -192,11 +175,10 @@ void DrawNowPlaying(Canvas& canvas, int rows, const NowPlaying& nowPlaying, cons
     const Playing& playing = nowPlaying.Known();
     int left = 1;
     if (columns >= 2 * rows + 40) {
-        const Place place{0, 1, rows, 2 * rows};
         if (playing.coverState == CoverState::Shown) {
-            DrawCover(canvas, place, playing.cover, look.colours);
+            DrawCover(canvas, rows, playing.cover, look.colours);
         } else {
-            DrawPlaceholder(canvas, place, playing.coverState == CoverState::None ? "no cover" : "bad cover");
+            DrawPlaceholder(canvas, rows, playing.coverState == CoverState::None ? "no cover" : "bad cover");
         }
         left = 2 * rows + 3;
     }
