@@ -52,12 +52,12 @@ Answer Weigh(const Method& method, const Json::Value& params, const Reply& reply
             *isDone ? std::string() : name + ": " + std::string(method.no) + "."};
 }
 
-Answer Ask(Client& client, const char* name, const Json::Value& params) {
-    const auto reply = client.Call(name, params);
+Answer Ask(Client& client, const char* name) {
+    const auto reply = client.Call(name);
     if (!reply) {
         return {kNoService, {}, reply.Why().text + ".", true};
     }
-    return Weigh(*FindMethod(name), params, *reply);
+    return Weigh(*FindMethod(name), {}, *reply);
 }
 
 int Complain(Client& client, const Answer& answer) {

@@ -19,8 +19,8 @@ struct Answer {
 /// `params` is what was sent. Does not throw.
 Answer Weigh(const Method& method, const Json::Value& params, const Reply& reply);
 
-/// Calls `name`, one of the table.
-Answer Ask(Client& client, const char* name, const Json::Value& params = {});
+/// Calls `name`, one of the table without parameters.
+Answer Ask(Client& client, const char* name);
 
 /// Complains of an answer that is not kDone, and gives back its status. Where the service refused because no
 /// player is connected, that is the complaint.

@@ -59,8 +59,9 @@ void PrintResult(const Method& method, const Json::Value& result, bool isDone) {
     if (method.display == Display::YesOrNo) {
         PrintLine(isDone ? method.yes : method.no);
     } else if (method.display == Display::Setting) {
-        PrintLine(member.isBool() ? (member.asBool() ? "on" : "off")
-                                  : Harmless(TextMember(result, method.member)));
+        if (member.isBool() || member.isString()) {
+            PrintLine(member.isBool() ? (member.asBool() ? "on" : "off") : Harmless(member.asString()));
+        }
     } else if (!isDone) {
         return;
     } else if (method.display == Display::Number) {

@@ -106,6 +106,7 @@ TEST(CommandsTest, EveryMethodIsAskedAndJudged) {
         EXPECT_EQ(request["method"], std::string(Methods()[i].name));
         EXPECT_EQ(WriteJson(request["params"]), each.params) << each.words;
         EXPECT_EQ(TypeTo(each.refused, Words(each.words)), kRefused) << each.words;
+        EXPECT_NE(printed, "\n") << each.words;
         EXPECT_EQ(TypeTo("5", Words(each.words)), kNoService) << each.words;
     }
     EXPECT_EQ(TypeTo("[]", {"status"}), kNoService);
