@@ -136,10 +136,10 @@ std::vector<double> TrackInfoDelays(std::chrono::seconds duration) {
     client.Result("isIpodConnected");
     std::vector<double> delays;
     for (const auto end = steady_clock::now() + duration; steady_clock::now() < end;) {
-        const Json::Value info = EndToEnd::ParseJson(client.Notification("trackInfoNotification"));
+        const Json::Value params = client.Notification("trackInfoNotification");
         const auto now =
             std::chrono::duration_cast<std::chrono::microseconds>(steady_clock::now().time_since_epoch());
-        const auto sent = info["params"]["trackInfo"]["trackTime"].asUInt();
+        const auto sent = params["trackInfo"]["trackTime"].asUInt();
         delays.push_back(static_cast<double>(static_cast<std::uint32_t>(now.count()) - sent));
     }
     return delays;

@@ -7,7 +7,6 @@ import re
 import shlex
 import socket
 import subprocess
-import threading
 from pathlib import Path
 from typing import Any
 
@@ -69,27 +68,18 @@ def test_wrong_lines_are_found(line: str) -> None:
         check_line(line.encode(), methods_by_id(SENT))
 
 
-class FakeService:
-    """Answers every request of one connection alike; the first one is kept."""
-
-    def __init__(self) -> None:
-        self._listener = socket.create_server(("127.0.0.1", 0))
-        self.port = self._listener.getsockname()[1]
-        self.request: dict[str, Any] = {}
-
-    def answer(self, result: object) -> threading.Thread:
-        thread = threading.Thread(target=self._serve, args=(result,))
-        thread.start()
-        return thread
-
-    def _serve(self, result: object) -> None:
-        connection, _ = self._listener.accept()
-        with connection, connection.makefile("rw") as stream:
-            requests = (json.loads(line) for line in stream)
-            for number, request in enumerate(requests):
-                self.request = request if number == 0 else self.request
-                stream.write(json.dumps({"id": request["id"], "jsonrpc": "2.0", "result": result}) + "\n")
-                stream.flush()
+def answered(listener: socket.socket, words: list[Any], result: object) -> tuple[dict[str, Any], int]:
+    """The first request of a program whose every request gets this answer, and its exit status."""
+    process = subprocess.Popen(words, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    requests = []
+    connection, _ = listener.accept()
+    connection.settimeout(20)
+    with connection, connection.makefile("rw") as stream:
+        for line in stream:
+            requests.append(json.loads(line))
+            stream.write(json.dumps({"id": requests[-1]["id"], "jsonrpc": "2.0", "result": result}) + "\n")
+            stream.flush()
+    return requests[0], process.wait(timeout=20)
 
 
 @pytest.fixture(scope="module")
@@ -119,19 +109,18 @@ def test_ipodctl_has_the_same_methods_in_the_same_groups(ipodctl: Path) -> None:
 
 
 def test_ipodctl_sends_what_the_contract_has_and_takes_every_answer(ipodctl: Path) -> None:
-    service = FakeService()
+    listener = socket.create_server(("127.0.0.1", 0))
+    listener.settimeout(20)
     for command in commands(ipodctl):
         example = re.search(r"Example:\n  ipodctl (.*)", help_of(ipodctl, command))
         assert example
         method = METHODS[re.sub("-(.)", lambda it: it[1].upper(), command)]
+        words = [ipodctl, "--port", str(listener.getsockname()[1]), *shlex.split(example[1])]
         for answer in method["examples"]:
             result = answer["result"]["value"]
-            thread = service.answer(result)
-            words = [ipodctl, "--port", str(service.port), *shlex.split(example[1])]
-            status = subprocess.run(words, capture_output=True, timeout=20).returncode
-            thread.join()
-            assert service.request["method"] == method["name"]
-            params_validator(method["name"]).validate(service.request.get("params", {}))
+            request, status = answered(listener, words, result)
+            assert request["method"] == method["name"]
+            params_validator(method["name"]).validate(request.get("params", {}))
             assert status == 1 if is_refused(method, result) else status in (0, 1), (command, result, status)
 
 

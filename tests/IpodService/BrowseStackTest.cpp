@@ -130,13 +130,4 @@ TEST_F(BrowseStackTest, StoresALevelOnlyWhenItCameWhole) {
     EXPECT_EQ(listed, 9u);
 }
 
-TEST_F(BrowseStackTest, TellsTheSupportedCategoriesInTheLogAtTheRootOnly) {
-    m_manager->GetTopCategories();
-    EXPECT_THAT(TakeLog(), testing::HasSubstr("[INFO ] SupportedCategories PLAYLIST ARTIST ALBUM GENRE TRACK "
-                                              "COMPOSER\n"));
-    Enter(DEV_MGR_CATEGORY_ARTIST);
-    m_manager->IsAtLeafCategory();
-    EXPECT_THAT(TakeLog(), testing::Not(testing::HasSubstr("SupportedCategories")));
-}
-
 }  // namespace

@@ -1,19 +1,19 @@
 // Registration, discovery, opening and closing.
 
 #include <cstring>
+#include <utility>
 
 #include "tests/IpodService/ManagerFixture.h"
 
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
 using ConnectionTest = ManagerTest;
 
-TEST_F(ConnectionTest, RegistrationIsTriedAgainAndTakesBlockOneWhichMayFail) {
+TEST_F(ConnectionTest, RegistrationAndItsEndMayFailAndAreTriedAgain) {
     m_simulator.Fail("eDevMgrRegisterProcess", DEV_MGR_PROCESS_REGISTRY_FAILED, 1);
     m_simulator.Fail("eDevMgrAllocateSharedMemory", DEV_MGR_MEMORY_ERROR);
     m_manager->UpdateConnection();
@@ -25,20 +25,16 @@ TEST_F(ConnectionTest, RegistrationIsTriedAgainAndTakesBlockOneWhichMayFail) {
     EXPECT_THAT(TakeLog(),
                 HasSubstr("[WARN ] Return from eDevMgrAllocateSharedMemory is :DEV_MGR_MEMORY_ERROR\n"
                           "[DEBUG] shm1 size = 2097152, and Memory = 0\n"));
-    EXPECT_EQ(m_manager->Shutdown(), 0);
-    EXPECT_EQ(m_simulator.Calls("eDevMgrDeAllocateSharedMemory").at(0).arguments.at(1), 0);
-}
 
-TEST_F(ConnectionTest, AFailedDeregistrationIsReportedAndCanBeRepeated) {
-    ASSERT_TRUE(StepUntil(ConnectionState::Registered));
     m_simulator.Fail("eDevMgrDeRegisterProcess", DEV_MGR_PROCESS_DE_REGISTRY_FAILED, 1);
-    TakeLog();
     EXPECT_EQ(m_manager->Shutdown(), 1 - DEV_MGR_PROCESS_DE_REGISTRY_FAILED);
+    EXPECT_EQ(m_simulator.Calls("eDevMgrDeAllocateSharedMemory").at(0).arguments.at(1), 0);
     EXPECT_EQ(m_manager->State(), ConnectionState::Registered);
-    EXPECT_EQ(TakeLog(),
-              "[INFO ] eDevMgrDeAllocateSharedMemory\n[INFO ] Shm 2 block already gone.\n[INFO ] "
-              "eDevMgrDeRegisterProcess\n[WARN ] Return form eDevMgrDeRegisterProcess is "
-              "DEV_MGR_PROCESS_DE_REGISTRY_FAILED\n");
+    const std::string log = TakeLog();
+    EXPECT_THAT(log, testing::StartsWith("[INFO ] eDevMgrDeAllocateSharedMemory\n"));
+    EXPECT_THAT(log, testing::EndsWith("[INFO ] Shm 2 block already gone.\n[INFO ] eDevMgrDeRegisterProcess\n"
+                                       "[WARN ] Return form eDevMgrDeRegisterProcess is "
+                                       "DEV_MGR_PROCESS_DE_REGISTRY_FAILED\n"));
     EXPECT_EQ(m_manager->Shutdown(), 0);
     EXPECT_EQ(m_manager->State(), ConnectionState::Unregistered);
     EXPECT_THAT(TakeLog(), testing::StartsWith("[INFO ] Shm 1 block already gone.\n"));
@@ -111,66 +107,53 @@ TEST_F(ConnectionTest, DatabaseNamesAreExtendedOnceAndNeverOverrun) {
               "./root/iap2db/Last of the list.db");
 }
 
-TEST_F(ConnectionTest, ListsThatLieStayInsideTheirArray) {
-    ASSERT_TRUE(StepUntil(ConnectionState::Registered));
-    const u32 counts[] = {3, 1, 0xFFFFFFFF, 0x7FFFFFFF, 2, 0};
-    std::size_t next = 0;
-    u32 code = DEV_MGR_SUCCESS;
-    m_standIns.eDevMgrGetNumDevices = [&](u32, u32* count) {
-        *count = counts[next++];
-        return DEV_MGR_SUCCESS;
-    };
-    m_standIns.eDevMgrGetDeviceList = [&](u32, DeviceRecord* list, u32, u32* count) {
-        std::memset(list, 'x', sizeof(DeviceRecord));
-        *count = 0xFFFFFFFF;
-        return code;
-    };
-    UseStandIns();
-    m_manager->UpdateConnection();  // 3, then 1
-    EXPECT_THAT(TakeCalls(), Contains("eDevMgrOpenDevice()").Times(1));
-    m_manager->UpdateConnection();  // negative as the state machine reads it: nothing to open
-    EXPECT_THAT(TakeCalls(), testing::Not(Contains("eDevMgrGetDeviceList(0,0)")));
-    code = DEV_MGR_DEVICE_ERROR;
-    m_manager->UpdateConnection();  // very many, then 2, and the list fails: no reading past its records
-    EXPECT_THAT(TakeLog(), HasSubstr("[WARN ] Return from eDevMgrGetDeviceList is :DEV_MGR_DEVICE_ERROR\n"));
-    next = 4;
-    m_manager->UpdateConnection();  // 2, then gone
-    EXPECT_FALSE(m_manager->IsDeviceConnected());
-}
-
 TEST_F(ConnectionTest, OnlyRecordsThatTheDeviceManagerWroteAreOpened) {
     ASSERT_TRUE(StepUntil(ConnectionState::Registered));
-    u32 written = 0;
-    u32 counted = 4;
-    u32 code = DEV_MGR_SUCCESS;
+    constexpr u32 kMany = 0x7FFFFFFF;
+    struct Case {
+        u32 counted;
+        u32 room;  ///< counted when the list is asked for
+        u32 written;
+        bool fails;
+        std::size_t opened;
+        bool isNamed;
+    };
+    const Case cases[] = {{4, 4, 2, false, 1, true},          {4, 4, 1, false, 0, true},
+                          {4, 4, 0, false, 0, false},         {4, 4, 3, true, 0, false},
+                          {3, 2, 0xFFFFFFFF, false, 1, true}, {3, 1, 0xFFFFFFFF, false, 0, true},
+                          {kMany, 2, 2, true, 0, false},      {kMany, kMany, kMany, false, 1, true},
+                          {0xFFFFFFFF, 2, 2, false, 0, false}};
+    Case now;
+    bool isCounted = false;
     m_standIns.eDevMgrGetNumDevices = [&](u32, u32* count) {
-        *count = counted;
+        *count = std::exchange(isCounted, true) ? now.room : now.counted;
         return DEV_MGR_SUCCESS;
     };
     m_standIns.eDevMgrGetDeviceList = [&](u32, DeviceRecord* list, u32, u32* count) {
         const char name[] = "a\tb\x1B[2J\x7F";
         std::memcpy(list[0].name, name, sizeof name);
-        list[0].type = list[1].type = list[2].type = DEV_MGR_DEVICE_TYPE_IAP_2WIRE;
-        list[1].handle = 21;
-        list[2].handle = 22;
-        *count = written;
-        return code;
+        list[0].type = DEV_MGR_DEVICE_TYPE_IAP_2WIRE;
+        if (now.room > 1) {
+            list[1].type = DEV_MGR_DEVICE_TYPE_IAP_2WIRE;
+            list[1].handle = 21;
+        }
+        *count = now.written;
+        return now.fails ? DEV_MGR_DEVICE_ERROR : DEV_MGR_SUCCESS;
     };
-    m_standIns.eDevMgrOpenDevice = [&](u32, u32 handle) {
-        EXPECT_EQ(handle, 21u);
-        return DEV_MGR_DEVICE_BUSY;
-    };
+    m_standIns.eDevMgrOpenDevice = Answering(DEV_MGR_DEVICE_BUSY);
     UseStandIns();
-    for (const auto& [isFailure, count, opened] :
-         {std::tuple(false, 2u, 1u), {false, 1u, 0u}, {false, 0u, 0u}, {true, 3u, 0u}}) {
-        code = isFailure ? DEV_MGR_DEVICE_ERROR : DEV_MGR_SUCCESS;
-        written = count;
+    for (const Case& each : cases) {
+        SCOPED_TRACE(std::to_string(each.counted) + ", of which " + std::to_string(each.written));
+        now = each;
+        isCounted = false;
         m_simulator.ClearCalls();
         TakeLog();
         m_manager->UpdateConnection();
-        EXPECT_EQ(m_simulator.Calls("eDevMgrOpenDevice").size(), opened) << count;
-        EXPECT_EQ(TakeLog().find("Device Name : a?b?[2J?\tHandle : 0\n") != std::string::npos,
-                  !isFailure && count > 0);
+        EXPECT_EQ(m_simulator.Calls("eDevMgrOpenDevice").size(), each.opened);
+        const std::string log = TakeLog();
+        EXPECT_EQ(log.find("Device Name : a?b?[2J?\tHandle : 0\n") != std::string::npos, each.isNamed);
+        EXPECT_EQ(log.find("eDevMgrGetDeviceList is :DEV_MGR_DEVICE_ERROR\n") != std::string::npos,
+                  each.fails);
     }
     EXPECT_THAT(m_notifications.Take(), IsEmpty());
     EXPECT_EQ(m_manager->OpenDevice(0), 0);
@@ -267,9 +250,7 @@ TEST_F(ConnectionTest, ClosingLeavesBrowsingAndStopsTheStream) {
 
 TEST_F(ConnectionTest, AStickIsReportedOnEveryPassAndNeverTaken) {
     ASSERT_TRUE(StepUntil(ConnectionState::Registered));
-    DeviceSimulator::DeviceDescription stick;
-    stick.type = DEV_MGR_DEVICE_TYPE_USB_FAT_32;
-    m_simulator.Plug(stick);
+    Plug(DEV_MGR_DEVICE_TYPE_USB_FAT_32);
     m_manager->UpdateConnection();
     m_manager->UpdateConnection();
     EXPECT_THAT(m_notifications.Take(), ElementsAre("connected 1", "connected 1"));

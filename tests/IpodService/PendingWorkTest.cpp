@@ -6,29 +6,29 @@
 
 namespace {
 
-TEST(PendingWorkTest, TellsOnceWhatWasAskedFor) {
-    PendingWork pending({});
+TEST(PendingWorkTest, EachRequestWakesTheLoopAndIsTakenOnce) {
+    int wakes = 0;
+    PendingWork pending([&] { ++wakes; });
     EXPECT_FALSE(pending.TakeClose() || pending.TakePlayStatus(7) || pending.IsAlbumArtDue() ||
                  pending.IsExitRequested() || pending.TakeTrackTime() || pending.TakeStreamRestart());
     pending.RequestClose();
     EXPECT_TRUE(pending.TakeClose());
     EXPECT_FALSE(pending.TakeClose());
-    EXPECT_TRUE(pending.RequestExit());
-    EXPECT_FALSE(pending.RequestExit()) << "the second one";
-    EXPECT_TRUE(pending.IsExitRequested());
-}
-
-TEST(PendingWorkTest, APictureWaitsForTheTrackInfoAndStaysUntilItIsDropped) {
-    PendingWork pending({});
     pending.RequestAlbumArt();
     pending.RequestPlayStatus();
-    EXPECT_FALSE(pending.IsAlbumArtDue());
+    EXPECT_FALSE(pending.IsAlbumArtDue()) << "the track info goes first";
     EXPECT_TRUE(pending.TakePlayStatus(7));
     EXPECT_FALSE(pending.TakePlayStatus(7));
     EXPECT_TRUE(pending.IsAlbumArtDue());
-    EXPECT_TRUE(pending.IsAlbumArtDue());
+    EXPECT_TRUE(pending.IsAlbumArtDue()) << "it stays until it is dropped";
     pending.DropAlbumArt();
     EXPECT_FALSE(pending.IsAlbumArtDue());
+    EXPECT_TRUE(pending.RequestExit());
+    EXPECT_TRUE(pending.IsExitRequested());
+    EXPECT_EQ(wakes, 4);
+    EXPECT_FALSE(pending.RequestExit()) << "the second one";
+    pending.RequestPlayStatusAt(7);
+    EXPECT_EQ(wakes, 6);
 }
 
 TEST(PendingWorkTest, ADeadlineMakesOneMoreTrackInfoDueOnceItIsPast) {
@@ -58,17 +58,6 @@ TEST(PendingWorkTest, TellsHowLongItIsUntilATrackInfoIsDue) {
     EXPECT_EQ(pending.TimeToPlayStatus(0xFFFFFFFF), 1u);
     EXPECT_EQ(pending.TimeToPlayStatus(5), 0u) << "the clock has gone round";
     EXPECT_TRUE(pending.TakePlayStatus(5));
-}
-
-TEST(PendingWorkTest, EveryRequestWakesTheLoopOnce) {
-    int wakes = 0;
-    PendingWork pending([&] { ++wakes; });
-    pending.RequestClose();
-    pending.RequestPlayStatus();
-    pending.RequestPlayStatusAt(7);
-    pending.RequestAlbumArt();
-    pending.RequestExit();
-    EXPECT_EQ(wakes, 5);
 }
 
 TEST(PendingWorkTest, AWaitEndsWithItsTimeOrWithTheRequestToExit) {

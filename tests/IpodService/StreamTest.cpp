@@ -97,6 +97,10 @@ class StreamTest : public ManagerTest {
         ASSERT_TRUE(WaitForSound(44100, 0.3));
         m_manager->StopStream();
     }
+    bool WaitForLog(const char* text) {
+        std::string log;
+        return WaitUntil([&] { return (log += TakeLog()).find(text) != std::string::npos; });
+    }
     bool WaitForSound(std::uint32_t rate, double seconds) const {
         return WaitUntil([&] {
             const Sound sound = Played();
@@ -161,16 +165,12 @@ TEST_F(StreamTest, ToneKeepsItsPitchAlsoAtANewRate) {
 }
 
 TEST_F(StreamTest, ARateEventRestartsTheStreamAndMendsABrokenOne) {
-    const auto waitForCode = [this](const char* code) {
-        std::string log;
-        return WaitUntil([&] { return (log += TakeLog()).find(code) != std::string::npos; });
-    };
     Connect();
     Fire({DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE, 48000});
     EXPECT_EQ(m_manager->StopStream(), 0) << "none is started by an event";
     SetGone("capture", true);
     EXPECT_EQ(m_manager->StartStream(), 1);
-    EXPECT_TRUE(waitForCode(" - Code: 5\n"));
+    EXPECT_TRUE(WaitForLog(" - Code: 5\n"));
     EXPECT_EQ(m_manager->StartStream(), 0) << "a stream without its card counts as started";
     for (const u32 rate : {44100u, 48000u}) {
         SetGone("capture", false);
@@ -178,7 +178,7 @@ TEST_F(StreamTest, ARateEventRestartsTheStreamAndMendsABrokenOne) {
         Fire({DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE, rate});
         ASSERT_TRUE(WaitForSound(rate, 0.3));
         SetGone("capture", true);
-        EXPECT_TRUE(waitForCode(" - Code: 9\n"));
+        EXPECT_TRUE(WaitForLog(" - Code: 9\n"));
     }
     m_manager->ProcessDelayedStreamRestart();
     EXPECT_EQ(TakeLog(), "") << "no restart without its being asked for";
@@ -205,8 +205,7 @@ TEST_F(StreamTest, UnpluggedCardBreaksTheStreamUntilItIsStopped) {
     EXPECT_EQ(m_manager->StartStream(), 1);
     ASSERT_TRUE(WaitForSound(44100, 0.5));
     SetGone("capture", true);
-    std::string log;
-    EXPECT_TRUE(WaitUntil([&] { return (log += TakeLog()).find(" - Code: 9\n") != std::string::npos; }));
+    EXPECT_TRUE(WaitForLog(" - Code: 9\n"));
     EXPECT_EQ(m_manager->StartStream(), 0) << "refused while broken";
     EXPECT_TRUE(WaitUntil([&] { return CountEntries("/proc/self/fd") <= descriptors; }))
         << "the cards are let go";
