@@ -29,7 +29,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 WORK = ROOT / "build" / "faults"
 TREE = WORK / "tree"
 BUILD = WORK / "build"
-END_TO_END = "EndToEnd.(Clients|Exit|Log|NoPlayer)Test|Kit.(commute|protocol_page|rough_road)"
+END_TO_END = "EndToEnd.(Clients|Exit|Log)Test|Kit.(commute|protocol_page|rough_road)"
 TIMEOUT_S = 300
 
 

@@ -9,6 +9,7 @@
 
 #include "DeviceManager/DeviceManagerValues.h"
 #include "DeviceSimulator/wire/FunctionId.h"
+#include "ServiceUtil/JsonText.h"
 #include "tests/EndToEnd/Scene.h"
 
 namespace EndToEnd {
@@ -101,7 +102,7 @@ void SendEvent(Client& control, std::uint32_t id, std::uint32_t word, const Json
     for (int i = 0; i < 5; ++i)
         event["words"].append(word);
     event["texts"] = texts;
-    Check(control.Exchange(ToLine(event) + "\n")["ok"].asBool(), "refused: " + ToLine(event));
+    Check(control.Exchange(WriteJson(event) + "\n")["ok"].asBool(), "refused: " + WriteJson(event));
 }
 
 void EveryEventCarriesAnything() {

@@ -1,15 +1,19 @@
 #include "tests/EndToEnd/Client.h"
 
 #include <arpa/inet.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
-#include <sstream>
+#include <optional>
+#include <span>
 #include <system_error>
+#include <utility>
+
+#include "ServiceUtil/JsonText.h"
+#include "ServiceUtil/LocalSocket.h"
 
 namespace EndToEnd {
 
@@ -19,9 +23,11 @@ bool IsNotification(const Json::Value& value) {
     return value.isObject() && value.isMember("method");
 }
 
-template <typename Address>
-Descriptor Connect(const Address& to, int family, int receiveBuffer) {
-    Descriptor fd(socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0));
+Descriptor Connect(const std::string& address, int receiveBuffer) {
+    const bool isLocal = address.front() == '/';
+    const std::optional<LocalAddress> path = LocalAddressOf(address);
+    const sockaddr_in port = ServiceAddress(address);
+    Descriptor fd(socket(isLocal ? AF_UNIX : AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
     // A receive or a send that takes longer fails with EAGAIN.
     const timeval patience{
         std::chrono::duration_cast<std::chrono::seconds>(kPatience).count() * TEST_TIME_SCALE, 0};
@@ -29,18 +35,10 @@ Descriptor Connect(const Address& to, int family, int receiveBuffer) {
     setsockopt(fd.Get(), SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
     if (receiveBuffer > 0)
         setsockopt(fd.Get(), SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof receiveBuffer);
-    if (connect(fd.Get(), reinterpret_cast<const sockaddr*>(&to), sizeof to) != 0)
+    if (connect(fd.Get(), isLocal ? path->Generic() : reinterpret_cast<const sockaddr*>(&port),
+                isLocal ? path->length : sizeof port) != 0)
         throw std::system_error(errno, std::generic_category(), "connect");
     return fd;
-}
-
-Descriptor Connect(const std::string& address, int receiveBuffer) {
-    if (address.front() != '/')
-        return Connect(ServiceAddress(address), AF_INET, receiveBuffer);
-    sockaddr_un path{};
-    path.sun_family = AF_UNIX;
-    address.copy(path.sun_path, sizeof path.sun_path - 1);
-    return Connect(path, AF_UNIX, receiveBuffer);
 }
 
 /// Not open unless IPOD_WIRE_FOLDER is set and the connection is one to the service.
@@ -66,21 +64,9 @@ sockaddr_in ServiceAddress(const std::string& address) {
     return result;
 }
 
-Json::Value ParseJson(const std::string& text) {
-    Json::Value value;
-    std::istringstream(text) >> value;
-    return value;
-}
-
 Json::Value Quoted(std::string text) {
     std::replace(text.begin(), text.end(), '\'', '"');
-    return ParseJson(text);
-}
-
-std::string ToLine(const Json::Value& value) {
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "";
-    return Json::writeString(builder, value);
+    return ReadJson(text).value();
 }
 
 std::string Request(const std::string& method, int id, const std::string& params) {
@@ -89,17 +75,30 @@ std::string Request(const std::string& method, int id, const std::string& params
     request["id"] = id;
     if (params != "null")
         request["params"] = Quoted(params);
-    return ToLine(request);
+    return WriteJson(request);
 }
 
 Client::Client(const std::string& address, int receiveBuffer)
     : m_fd(Connect(address, receiveBuffer)), m_record(OpenRecord(address)) {}
 
+Client Client::Await(const std::string& address, const std::function<void()>& onFailure) {
+    std::optional<Client> client;
+    Require("somebody who listens at " + address, [&] {
+        try {
+            client.emplace(address);
+        } catch (const std::system_error&) {
+            onFailure();
+        }
+        return client.has_value();
+    });
+    return std::move(*client);
+}
+
 Json::Value Client::Call(const std::string& method, const std::string& params) {
     const int id = ++m_lastId;
     Json::Value reply = Exchange(Request(method, id, params));
     if (reply["id"] != id)
-        throw std::runtime_error("reply to another request: " + ToLine(reply));
+        throw std::runtime_error("reply to another request: " + WriteJson(reply));
     return reply;
 }
 
@@ -132,7 +131,7 @@ Json::Value Client::NextMessage(Clock::time_point deadline) {
     }
     if (Clock::now() >= deadline)
         throw std::runtime_error("timed out waiting for a message");
-    Json::Value value = ParseJson(m_received.substr(0, end));
+    Json::Value value = ReadJson(std::string_view(m_received).substr(0, end)).value();
     m_received.erase(0, end + 1);
     if (IsNotification(value))
         m_notifications.push_back(value);
@@ -141,14 +140,8 @@ Json::Value Client::NextMessage(Clock::time_point deadline) {
 
 void Client::Send(std::string_view bytes) {
     Record('>', bytes);
-    while (!bytes.empty()) {
-        const ssize_t sent = send(m_fd.Get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
-        if (sent < 0 && errno == EAGAIN)
-            throw std::runtime_error("timed out sending");
-        if (sent < 0)
-            return;
-        bytes.remove_prefix(static_cast<std::size_t>(sent));
-    }
+    if (!SendAll(m_fd.Get(), std::as_bytes(std::span(bytes))) && errno == EAGAIN)
+        throw std::runtime_error("timed out sending");
 }
 
 bool Client::WaitForHangUp() {

@@ -28,11 +28,8 @@ inline constexpr const char* kLoopback = "127.0.0.1";
 /// Of the service's port at a numeric address.
 sockaddr_in ServiceAddress(const std::string& address);
 
-/// Throws Json::Exception for text that is not JSON.
-Json::Value ParseJson(const std::string& text);
-/// A JSON value from its text with ' for ".
+/// A JSON value from its text with ' for ". Throws for what is none.
 Json::Value Quoted(std::string text);
-std::string ToLine(const Json::Value& value);
 /// The text of a request, without a newline. `params`: as for Quoted.
 std::string Request(const std::string& method, int id, const std::string& params = "null");
 
@@ -43,6 +40,10 @@ class Client {
     /// A TCP client of an address, or a client of the Unix socket at a path. Throws std::system_error when
     /// nobody listens. `receiveBuffer`: SO_RCVBUF, or 0 for the system's own.
     explicit Client(const std::string& address = kLoopback, int receiveBuffer = 0);
+    /// The first one that gets through to an address or a path; `onFailure` is called after each that does
+    /// not, and may throw.
+    static Client Await(
+        const std::string& address, const std::function<void()>& onFailure = [] {});
 
     /// The whole reply. `params`: as for Quoted.
     Json::Value Call(const std::string& method, const std::string& params = "null");

@@ -38,20 +38,6 @@ TEST(ExitTest, SignalStopsInOrder) {
     }
 }
 
-// The server ends by other means than a signal: the process stays, and the next signal counts as the second.
-TEST(ExitTest, TheExitMethodLeavesTheProcessForASignal) {
-    Scene scene;
-    scene.PlugPlayer();
-    EXPECT_EQ(scene.client.Result("exit"), "success");
-    scene.service.WaitForLog(kServerStopped);
-    EXPECT_TRUE(scene.client.WaitForHangUp());
-    EXPECT_THROW(Client(), std::system_error);
-    EXPECT_FALSE(scene.service.Status().has_value());
-    EXPECT_EQ(scene.service.Stop(), 1);
-    EXPECT_TRUE(scene.service.HasLogged("Double Exit signal caught: 15\n"));
-    EXPECT_FALSE(scene.service.HasLogged("Exiting applet status"));
-}
-
 // The player stays busy for good; its state is asked for until the service is to end.
 TEST(ExitTest, ABusyPlayerDoesNotHoldUpTheStop) {
     Scene scene;

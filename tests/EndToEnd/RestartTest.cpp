@@ -4,6 +4,7 @@
 #include <signal.h>
 
 #include <filesystem>
+#include <system_error>
 
 #include "tests/EndToEnd/Scene.h"
 
@@ -36,9 +37,13 @@ TEST(RestartTest, AKilledPlayerIsTheDeviceManagersEnd) {
         scene.service.WaitForLog(" Device manager has exited. No API can be used anymore. Exiting.");
         scene.service.WaitForLog("Stop JSON-RPC TCP server\n");
         EXPECT_TRUE(scene.client.WaitForHangUp());
+        EXPECT_THROW(Client(), std::system_error);
         EXPECT_TRUE(WaitUntil([&] { return kill(player, 0) != 0; })) << "it has been waited for";
+        // The process stays, and the next signal counts as the second.
         EXPECT_FALSE(scene.service.Status().has_value());
         EXPECT_EQ(scene.service.Stop(), 1);
+        EXPECT_TRUE(scene.service.HasLogged("Double Exit signal caught: 15\n"));
+        EXPECT_FALSE(scene.service.HasLogged("Exiting applet status"));
     }
 }
 

@@ -1,8 +1,8 @@
 #include "tests/EndToEnd/Scene.h"
 
-#include <optional>
-#include <system_error>
 #include <utility>
+
+#include "ServiceUtil/JsonText.h"
 
 namespace EndToEnd {
 
@@ -15,26 +15,13 @@ Client ConnectTo(ServiceProcess& service) {
     return client;
 }
 
-Client ConnectToControl() {
-    std::optional<Client> control;
-    Require("the player's control socket", [&] {
-        try {
-            control.emplace(kControlSocket);
-        } catch (const std::system_error&) {
-            return false;
-        }
-        return true;
-    });
-    return std::move(*control);
-}
-
 }  // namespace
 
 Scene::Scene(ServiceOptions options)
-    : service(std::move(options)), client(ConnectTo(service)), control(ConnectToControl()) {}
+    : service(std::move(options)), client(ConnectTo(service)), control(Client::Await(kControlSocket)) {}
 
 void Scene::Do(const std::string& command) {
-    const Json::Value answer = control.Exchange(ToLine(Quoted(command)) + "\n");
+    const Json::Value answer = control.Exchange(WriteJson(Quoted(command)) + "\n");
     if (!answer["ok"].asBool())
         throw std::runtime_error(command + ": " + answer["error"].asString());
 }

@@ -107,18 +107,10 @@ ServiceProcess::~ServiceProcess() {
 }
 
 Client ServiceProcess::WaitForPort() {
-    std::optional<Client> client;
-    Require("the service's port", [&] {
+    return Client::Await(m_options.address, [this] {
         if (Status())
             throw std::runtime_error("the service has ended: " + ReadFile(kStandardError));
-        try {
-            client.emplace(m_options.address);
-        } catch (const std::system_error&) {
-            return false;
-        }
-        return true;
     });
-    return std::move(*client);
 }
 
 void ServiceProcess::WaitForMainLoop() {

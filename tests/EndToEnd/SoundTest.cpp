@@ -177,14 +177,5 @@ TEST_F(SoundTest, FallsSilentAtARateThatTheCardRefusesAndSoundsAtTheNext) {
     Heard("next", 700);
 }
 
-TEST_F(SoundTest, NamesAFolderThatIsMissing) {
-    MakeToneFile("1.flac", 44100, 500, 500);
-    fs::remove_all("/tmp/sound");
-    StartStream();
-    scene->client.Result("playFirst");
-    EXPECT_TRUE(
-        WaitUntil([] { return CountErrors("for want of a FIFO at /tmp/sound/capture-44100.pcm") == 1; }));
-}
-
 }  // namespace
 }  // namespace EndToEnd

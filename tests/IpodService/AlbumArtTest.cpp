@@ -85,13 +85,10 @@ class AlbumArtTest : public ManagerTest {
 
 TEST_F(AlbumArtTest, PictureUpTo320RowsGoesOutByteForByte) {
     const Bytes bytes{0xFF, 0x00, 0xFE, '~'};
-    const char* const texts[] = {"/w==", "/wA=", "/wD+", "/wD+fg=="};
     for (const auto& [width, height] : {std::pair<u32, u32>{480, 320}, {5000, 320}, {4, 0}, {0, 4}}) {
-        for (std::size_t size = 1; size <= bytes.size(); ++size) {
-            const AlbumArt art = ConvertAlbumArt(Delivered({&bytes[0], &bytes[0] + size}, width, height));
-            EXPECT_EQ(art.text, texts[size - 1]);
-            EXPECT_EQ(std::pair(art.width, art.height), std::pair(width, height));
-        }
+        const AlbumArt art = ConvertAlbumArt(Delivered(bytes, width, height));
+        EXPECT_EQ(art.text, "/wD+fg==");
+        EXPECT_EQ(std::pair(art.width, art.height), std::pair(width, height));
     }
     using Size = std::pair<u32, u32>;
     for (const auto& [size, reported] :

@@ -85,7 +85,6 @@ TEST_F(BrowseMethodsTest, ListAllSongsFromTheRootOnly) {
     const Json::Value songs = Result(&Handler::GetSongList);
     EXPECT_EQ(songs["categoryItems"].size(), 5u);
     EXPECT_EQ(songs["categoryItems"][4]["itemName"], "Whistle");
-    EXPECT_EQ(songs["isLastCategory"], true);
     EXPECT_TRUE(Result(&Handler::GetSongList).isNull()) << "not at the root any more";
     m_manager->ResetDatabase();
     m_simulator.Fail("eDevMgriPodMdGetCategories", DEV_MGR_MD_BROWSE_SESSION_NOT_OPENED, 1);

@@ -55,16 +55,11 @@ TEST(LetterJumpTest, FindsTheNeighbouringLetters) {
                  {{"The Brooks", "bluff", "The ", "tHe Ark"}, 1, 2, 0},
                  {{"The Brooks", "bluff", "The ", "tHe Ark"}, 3, 3, 2},
                  {{"\xC3\x84", "\xC3\x89", "\xE3\x81\x82", "\xE2\x98\xAE"}, 0, 3, 0},
-                 {{"\xC3\x84", "\xC3\x89", "\xE3\x81\x82", "\xE2\x98\xAE"}, 2, 3, 1},
-                 {{"amber", "Abc", "b", "B"}, 0, 2, 0},
-                 {{"Amber", "", "", "Bluff"}, 3, 3, 0},
                  {{"Amber", "", "", "Bluff"}, 1, 3, 0},  // no name, no letter
                  {{}, INT_MIN, -1, 0},
                  {bands, 4, 3, 3},   // wraps to the first item; the nearest before is the last
                  {bands, -1, 0, 0},  // the last item's letter, looked for from the first item on
                  {bands, INT_MAX, 3, INT_MAX - 100 + 1},
-                 {Names(300, "A"), INT_MIN, 299, 0},
-                 {Names(300, "A"), INT_MAX, 299, 0},
                  {{std::string(256, 'x'), std::string(256, 'y')}, 0, 1, 0},
                  {{"Them", "The Brooks", "[", "{"}, 0, 1, 0}};
     for (const auto& [names, start, next, previous] : cases) {

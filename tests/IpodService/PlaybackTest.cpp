@@ -93,39 +93,30 @@ TEST_F(PlaybackTest, ButtonsDoWhatTheStatusLeavesToDo) {
     }
 }
 
-TEST_F(PlaybackTest, ABusyDeviceIsAskedAgain) {
-    m_simulator.Fail("eDevMgriPodGetPlayStatus", DEV_MGR_IAP_APP_BUSY, 2);
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(m_manager->GetPlayStatus(), E_DEVMGR_IPOD_PLAY_STOPPED);
-    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(800));
-    EXPECT_EQ(TakeLog(),
-              "[INFO ] eDevMgriPodGetPlayStatus\n[WARN ] eDevMgriPodGetPlayStatus - DEV_MGR_IAP_APP_BUSY\n"
-              "[WARN ] eDevMgriPodGetPlayStatus - DEV_MGR_IAP_APP_BUSY\n"
-              "[DEBUG] iPod play status is E_DEVMGR_IPOD_PLAY_STOPPED\n");
-    // Other calls are not repeated.
-    m_simulator.Fail("eDevMgriPodPlay", DEV_MGR_IAP_APP_BUSY, 1);
-    EXPECT_EQ(m_manager->Play(), 1 - DEV_MGR_IAP_APP_BUSY);
-}
-
-TEST_F(PlaybackTest, SettingsAndCountsOfABusyDeviceAreAskedForAgain) {
+TEST_F(PlaybackTest, ABusyDeviceIsAskedForItsStateAgain) {
     const struct {
         const char* call;
         std::function<i32(IpodManager&)> operation;
-        bool pauses;
+        int pause;  ///< in milliseconds, before the second time
     } cases[] = {
-        {"eDevMgriPodGetRepeatSetting", [](auto& m) { return m.GetRepeat(); }, true},
-        {"eDevMgriPodGetShuffleSetting", [](auto& m) { return m.GetShuffle(); }, true},
-        {"eDevMgriPodGetNumPlayingTracks", [](auto& m) { return i32(m.GetNowPlayingIndex().count); }, true},
-        {"eDevMgriPodGetNumPlayingTracks", [](auto& m) { return m.GetNowPlayingList(); }, false}};
-    for (const auto& [call, operation, pauses] : cases) {
+        {"eDevMgriPodGetPlayStatus", [](auto& m) { return m.IsStopped() ? 0 : 1; }, 400},
+        {"eDevMgriPodGetRepeatSetting", [](auto& m) { return m.GetRepeat(); }, 500},
+        {"eDevMgriPodGetShuffleSetting", [](auto& m) { return m.GetShuffle(); }, 500},
+        {"eDevMgriPodGetNumPlayingTracks", [](auto& m) { return i32(m.GetNowPlayingIndex().count); }, 500},
+        {"eDevMgriPodGetNumPlayingTracks", [](auto& m) { return m.GetNowPlayingList(); }, 0}};
+    for (const auto& [call, operation, pause] : cases) {
         m_simulator.Fail(call, DEV_MGR_IAP_APP_BUSY, 1);
         m_simulator.ClearCalls();
         const auto start = std::chrono::steady_clock::now();
         EXPECT_EQ(operation(*m_manager), 0) << call;
+        EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(pause));
         EXPECT_EQ(m_simulator.Calls(call).size(), 2u);
-        EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(pauses ? 500 : 0));
-        EXPECT_EQ(TakeLog().find("APP_BUSY") != std::string::npos, pauses) << call;
+        const std::string warning = "[WARN ] " + std::string(call) + " - DEV_MGR_IAP_APP_BUSY\n";
+        EXPECT_EQ(TakeLog().find(warning) != std::string::npos, pause > 0) << call;
     }
+    // Other calls are not repeated.
+    m_simulator.Fail("eDevMgriPodPlay", DEV_MGR_IAP_APP_BUSY, 1);
+    EXPECT_EQ(m_manager->Play(), 1 - DEV_MGR_IAP_APP_BUSY);
 }
 
 TEST_F(PlaybackTest, PlayingOpensTheSessionThatIsMissing) {

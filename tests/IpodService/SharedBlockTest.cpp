@@ -7,46 +7,38 @@
 
 namespace {
 
-class SharedBlockTest : public testing::Test {
-  protected:
-    SharedBlockTest() { DeviceSimulator::Simulator::Instance().Reset(); }
-    ~SharedBlockTest() override { DeviceSimulator::Simulator::Instance().SetStandIns({}); }
+TEST(SharedBlockTest, ReadsNoMoreThanWasAskedForAndGranted) {
+    DeviceSimulator::Simulator& simulator = DeviceSimulator::Simulator::Instance();
+    simulator.Reset();
+    u32 code = DEV_MGR_SUCCESS;
+    u32 granted = 1000;
+    DeviceSimulator::StandIns standIns;
+    standIns.eDevMgrAllocateSharedMemory = [&](u32, u32* size, u32* address) {
+        *size = granted;
+        *address = 0x10000;
+        return code;
+    };
+    standIns.eDevMgrDeAllocateSharedMemory = [](u32, u32) { return DEV_MGR_SUCCESS; };
+    simulator.SetStandIns(standIns);
+    PendingWork pending{{}};
+    DeviceLink link{pending};
+    SharedBlock block{1};
+    EXPECT_EQ(block.Allocate(link), 0);
+    EXPECT_EQ(block.Bytes(10).size(), 10u);
+    EXPECT_EQ(block.Bytes(2000).size(), 1000u);
+    EXPECT_EQ(block.Free(link), 0);
+    EXPECT_TRUE(block.Bytes(10).empty());
 
-    /// From now on blocks are answered with `code`, a granted size and this test's own memory as the address.
-    void Grant(u32 code, u32 size) {
-        DeviceSimulator::StandIns standIns;
-        standIns.eDevMgrAllocateSharedMemory = [=](u32, u32* granted, u32* address) {
-            *granted = size;
-            *address = 0x10000;
-            return code;
-        };
-        standIns.eDevMgrDeAllocateSharedMemory = [](u32, u32) { return DEV_MGR_SUCCESS; };
-        DeviceSimulator::Simulator::Instance().SetStandIns(std::move(standIns));
-    }
+    granted = UINT32_MAX;
+    EXPECT_EQ(block.Allocate(link), 0);
+    EXPECT_EQ(block.Bytes(UINT32_MAX).size(), 0x200000u);
+    EXPECT_EQ(block.Free(link), 0);
 
-    PendingWork m_pending{{}};
-    DeviceLink m_link{m_pending};
-    SharedBlock m_block{1};
-};
-
-TEST_F(SharedBlockTest, ReadsNoMoreThanWasAskedForAndGranted) {
-    Grant(DEV_MGR_SUCCESS, 1000);
-    EXPECT_EQ(m_block.Allocate(m_link), 0);
-    EXPECT_EQ(m_block.Bytes(10).size(), 10u);
-    EXPECT_EQ(m_block.Bytes(2000).size(), 1000u);
-    EXPECT_EQ(m_block.Free(m_link), 0);
-    EXPECT_TRUE(m_block.Bytes(10).empty());
-
-    Grant(DEV_MGR_SUCCESS, UINT32_MAX);
-    EXPECT_EQ(m_block.Allocate(m_link), 0);
-    EXPECT_EQ(m_block.Bytes(UINT32_MAX).size(), 0x200000u);
-}
-
-TEST_F(SharedBlockTest, ARefusedBlockIsNoMemoryWhateverItClaims) {
-    Grant(DEV_MGR_MEMORY_ERROR, 1000);
-    EXPECT_NE(m_block.Allocate(m_link), 0);
-    EXPECT_TRUE(m_block.IsInPlace());
-    EXPECT_TRUE(m_block.Bytes(10).empty());
+    code = DEV_MGR_MEMORY_ERROR;
+    EXPECT_NE(block.Allocate(link), 0);
+    EXPECT_TRUE(block.IsInPlace());
+    EXPECT_TRUE(block.Bytes(10).empty()) << "refused, whatever the answer claims";
+    simulator.SetStandIns({});
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ using Json::Rpc::Limits;
 
 Limits ShortDrain() {
     Limits limits;
-    limits.drainTime = std::chrono::milliseconds(300);
+    limits.drainTime = std::chrono::milliseconds(600);
     return limits;
 }
 
@@ -38,17 +38,22 @@ TEST(TcpServerTest, BindsNumericAddressesThatAreFreeAndTellsWhyNot) {
     EXPECT_EQ(second.GetBindError(), "Address already in use");
 }
 
-TEST(TcpServerTest, EverythingIsAnsweredBeforeTheConnectionEnds) {
-    RunningServer server(ShortDrain());
+TEST(TcpServerTest, EverythingIsAnsweredBeforeTheConnectionEndsAndNothingBehindIt) {
+    const Limits limits = ShortDrain();
+    RunningServer server(limits);
+    TestClient other(server);
     TestClient halfClosed(server);
     TestClient oversized(server);
+    ASSERT_TRUE(other.Answers());
     std::string requests;
     for (int i = 0; i < 200; ++i) {
         requests += kEcho;
     }
+    const auto start = std::chrono::steady_clock::now();
     halfClosed.Send(requests + "{\"unfinished\":");
     halfClosed.EndSending();
-    oversized.Send(requests + "[\"" + std::string(3 * Limits{}.requestBytes, 'x'));
+    oversized.Send(requests + "[\"" + std::string(3 * limits.requestBytes, 'x'));
+    oversized.Send("\"]" + kEcho);
     for (TestClient* client : {&halfClosed, &oversized}) {
         for (int i = 0; i < 200; ++i) {
             ASSERT_EQ(client->ReadLine(), kEchoReply);
@@ -56,22 +61,13 @@ TEST(TcpServerTest, EverythingIsAnsweredBeforeTheConnectionEnds) {
         EXPECT_EQ(client->ReadLine(), kParseError);
         EXPECT_TRUE(client->SeesEnd());
     }
+    EXPECT_EQ(server.tcp.Broadcast("note\n"), 1U);
+    EXPECT_EQ(other.ReadLine(), "note\n");
+    // It neither stops sending nor closes, and is let go all the same.
+    EXPECT_TRUE(WaitUntil([&] { return !oversized.Send(kEcho); }));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, limits.drainTime);
     EXPECT_TRUE(server.HasClosed(CloseReason::RequestTooLarge));
-    EXPECT_TRUE(server.HasClients(0));
-}
-
-TEST(TcpServerTest, HalfClosedClientGetsALongAnswerWholeAndThenTheEnd) {
-    RunningServer server;
-    TestClient client(server, 4096);
-    client.Send("{\"jsonrpc\":\"2.0\",\"method\":\"fill\",\"params\":{\"size\":9000000},\"id\":1}");
-    client.EndSending();
-    ASSERT_TRUE(client.ReadAhead(1));
-    const int rounds = server.rounds;
-    ASSERT_TRUE(TestClient(server).Answers());
-    EXPECT_LT(server.rounds, rounds + 10) << "its end does not keep the server awake";
-    EXPECT_GT(client.ReadLine().size(), 9000000U);
-    EXPECT_TRUE(client.SeesEnd());
-    EXPECT_TRUE(server.HasClients(0));
+    EXPECT_TRUE(server.HasClients(1));
 }
 
 TEST(TcpServerTest, PortIsFreeAtOnceAfterAStopWithClientsConnected) {
@@ -85,56 +81,6 @@ TEST(TcpServerTest, PortIsFreeAtOnceAfterAStopWithClientsConnected) {
     EXPECT_TRUE(server.tcp.GetClients().empty());
     Json::Rpc::TcpServer next("127.0.0.1", port);
     EXPECT_TRUE(next.Bind() && next.Listen());
-}
-
-TEST(TcpServerTest, RequestsMayArriveInAnyPiecesAndBadOnesCostNoConnection) {
-    RunningServer server;
-    TestClient client(server);
-    const std::string params = R"({"a":"}]\"{\\"})";
-    for (const char c : R"({"jsonrpc":"2.0","method":"echo","id":1,"params":)" + params + "}") {
-        const int round = server.rounds;
-        client.Send({&c, 1});
-        ASSERT_TRUE(WaitUntil([&] { return server.rounds > round; }));
-    }
-    EXPECT_EQ(client.ReadLine(), R"({"id":1,"jsonrpc":"2.0","result":)" + params + "}\n");
-    for (const char* bad :
-         {"rubbish\n", "rubbish ", "{\"a\":\"lost quote}\n", "{]", "[1,]", "[{},\n{\"a\"]"}) {
-        client.Send(bad);
-        EXPECT_EQ(client.ReadLine(), kParseError) << bad;
-        EXPECT_TRUE(client.Answers()) << bad;
-    }
-}
-
-TEST(TcpServerTest, HttpExecutesNothingAndIsClosed) {
-    RunningServer server(ShortDrain());
-    TestClient browser(server);
-    for (const std::string& piece : {std::string("PO"), "ST /" + kEcho, " HTTP/1.1\r\n\r\n" + kEcho}) {
-        browser.Send(piece);
-    }
-    EXPECT_EQ(browser.ReadLine(), kParseError);
-    EXPECT_TRUE(browser.SeesEnd());
-    browser.Send(kEcho);
-    EXPECT_TRUE(server.HasClosed(CloseReason::Http));
-    EXPECT_TRUE(server.HasClients(0));
-}
-
-TEST(TcpServerTest, DrainAfterAnOversizedRequestAnswersNothingAndEnds) {
-    const Limits limits = ShortDrain();
-    RunningServer server(limits);
-    TestClient other(server);
-    TestClient oversized(server);
-    ASSERT_TRUE(other.Answers() && oversized.Answers());
-    const auto start = std::chrono::steady_clock::now();
-    oversized.Send("[\"" + std::string(limits.requestBytes, 'x'));
-    EXPECT_EQ(oversized.ReadLine(), kParseError);
-    oversized.Send("\"]" + kEcho);
-    EXPECT_TRUE(oversized.SeesEnd());
-    EXPECT_EQ(server.tcp.Broadcast("note\n"), 1U);
-    EXPECT_EQ(other.ReadLine(), "note\n");
-    // It neither stops sending nor closes, and is let go all the same.
-    EXPECT_TRUE(WaitUntil([&] { return !oversized.Send(kEcho); }));
-    EXPECT_GE(std::chrono::steady_clock::now() - start, limits.drainTime);
-    EXPECT_TRUE(server.HasClients(1));
 }
 
 TEST(TcpServerTest, RequestThatIsNotEndedInTimeCostsTheConnectionAndASilentClientStays) {
@@ -165,10 +111,9 @@ TEST(TcpServerTest, UnfinishedRequestsTogetherAreBoundedAndTheOldestGoes) {
     TestClient first(server);
     TestClient second(server);
     TestClient third(server);
-    for (const TestClient* client : {&first, &second}) {
-        const int round = server.rounds;
-        client->Send(part);
-        ASSERT_TRUE(WaitUntil([&] { return server.rounds > round + 2; }));
+    for (TestClient* client : {&first, &second}) {
+        client->Send(kEcho + part);  // once the request is answered the server is at the part
+        ASSERT_EQ(client->ReadLine(), kEchoReply);
     }
     EXPECT_EQ(server.tcp.GetClients().size(), 4U);
     third.Send(part);
