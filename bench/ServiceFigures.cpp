@@ -4,11 +4,16 @@
 //     tests/EndToEnd/sandbox.sh <build folder>/bench/bench_service_figures
 #include <sys/wait.h>
 
+#include <array>
 #include <atomic>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <span>
+#include <system_error>
 #include <thread>
 
+#include "ServiceUtil/LocalSocket.h"
 #include "bench/Load.h"
 #include "tests/EndToEnd/Client.h"
 
@@ -85,13 +90,26 @@ class Service {
     pid_t m_pid = -1;
 };
 
-/// Clients that ask for pictures of 2.8 MB and read 1 kB/s of them.
+/// The connection of a client with a small receive buffer that has asked for a picture of 2.8 MB.
+Descriptor AskForPicture() {
+    Descriptor client(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    const int receiveBuffer = 4096;
+    setsockopt(client.Get(), SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof receiveBuffer);
+    const sockaddr_in service = EndToEnd::ServiceAddress(EndToEnd::kLoopback);
+    const std::string request = EndToEnd::Request("getCurrentAlbumArt", 1);
+    if (connect(client.Get(), reinterpret_cast<const sockaddr*>(&service), sizeof service) != 0 ||
+        !SendAll(client.Get(), std::as_bytes(std::span(request)))) {
+        throw std::system_error(errno, std::generic_category(), "ask for a picture");
+    }
+    return client;
+}
+
+/// Clients that ask for such pictures and read 1 kB/s of them.
 class SlowReaders {
   public:
     explicit SlowReaders(std::size_t count) {
         for (std::size_t i = 0; i < count; ++i) {
-            m_clients.emplace_back(EndToEnd::kLoopback, 4096);
-            m_clients.back().Send(EndToEnd::Request("getCurrentAlbumArt", 1));
+            m_clients.push_back(AskForPicture());
         }
         m_thread = std::thread([this] { Read(); });
     }
@@ -106,13 +124,14 @@ class SlowReaders {
     void Read() {
         while (!m_ended) {
             std::this_thread::sleep_for(milliseconds(100));
-            for (EndToEnd::Client& client : m_clients) {
-                client.Skip(100);
+            for (const Descriptor& client : m_clients) {
+                std::array<char, 100> dropped{};
+                recv(client.Get(), dropped.data(), dropped.size(), MSG_DONTWAIT);
             }
         }
     }
 
-    std::vector<EndToEnd::Client> m_clients;
+    std::vector<Descriptor> m_clients;
     std::atomic<bool> m_ended{false};
     std::thread m_thread;
 };
@@ -209,8 +228,7 @@ void Run() {
         const std::vector<double> delays = TrackInfoDelays(std::chrono::seconds(5));
         Print("event to notification, median", Median(delays) / 1000, "ms");
         Print("event to notification, worst", *std::max_element(delays.begin(), delays.end()) / 1000, "ms");
-        EndToEnd::Client sleeper(EndToEnd::kLoopback, 4096);
-        sleeper.Send(EndToEnd::Request("getCurrentAlbumArt", 1));
+        const Descriptor sleeper = AskForPicture();
         const std::vector<double> beside = TrackInfoDelays(std::chrono::seconds(14));
         Print("the same beside a client that sleeps, worst",
               *std::max_element(beside.begin(), beside.end()) / 1000, "ms");

@@ -108,10 +108,12 @@ void SendEvent(Client& control, std::uint32_t id, std::uint32_t word, const Json
 void EveryEventCarriesAnything() {
     const std::uint32_t words[] = {0,
                                    1,
+                                   DEV_MGR_MOUNT_PASSED,  // and a type of mass storage
                                    DEV_MGR_MOUNT_FAILED,
                                    DEV_MGR_DEVICE_TYPE_IAP_2WIRE,
                                    DEV_MGR_DEVICE_TYPE_MTP_1WIRE_NORMAL,
                                    DEV_MGR_DEVICE_TYPE_HUB,
+                                   DEV_MGR_DEVICE_TYPE_NO_MEDIUM,
                                    279,
                                    1000,
                                    0x7fffffff,

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdlib>
 #include <optional>
 #include <span>
 #include <system_error>
@@ -23,7 +22,7 @@ bool IsNotification(const Json::Value& value) {
     return value.isObject() && value.isMember("method");
 }
 
-Descriptor Connect(const std::string& address, int receiveBuffer) {
+Descriptor Connect(const std::string& address) {
     const bool isLocal = address.front() == '/';
     const std::optional<LocalAddress> path = LocalAddressOf(address);
     const sockaddr_in port = ServiceAddress(address);
@@ -33,25 +32,10 @@ Descriptor Connect(const std::string& address, int receiveBuffer) {
         std::chrono::duration_cast<std::chrono::seconds>(kPatience).count() * TEST_TIME_SCALE, 0};
     setsockopt(fd.Get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     setsockopt(fd.Get(), SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
-    if (receiveBuffer > 0)
-        setsockopt(fd.Get(), SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof receiveBuffer);
     if (connect(fd.Get(), isLocal ? path->Generic() : reinterpret_cast<const sockaddr*>(&port),
                 isLocal ? path->length : sizeof port) != 0)
         throw std::system_error(errno, std::generic_category(), "connect");
     return fd;
-}
-
-/// Not open unless IPOD_WIRE_FOLDER is set and the connection is one to the service.
-std::ofstream OpenRecord(const std::string& address) {
-    std::ofstream record;
-    const char* folder = std::getenv("IPOD_WIRE_FOLDER");
-    if (folder != nullptr && address.front() != '/') {
-        // Process ids are not unique: every sandbox has its own.
-        std::string path = std::string(folder) + "/wire-XXXXXX";
-        close(mkstemp(path.data()));
-        record.open(path, std::ios::binary);
-    }
-    return record;
 }
 
 }  // namespace
@@ -78,8 +62,7 @@ std::string Request(const std::string& method, int id, const std::string& params
     return WriteJson(request);
 }
 
-Client::Client(const std::string& address, int receiveBuffer)
-    : m_fd(Connect(address, receiveBuffer)), m_record(OpenRecord(address)) {}
+Client::Client(const std::string& address) : m_fd(Connect(address)) {}
 
 Client Client::Await(const std::string& address, const std::function<void()>& onFailure) {
     std::optional<Client> client;
@@ -139,7 +122,6 @@ Json::Value Client::NextMessage(Clock::time_point deadline) {
 }
 
 void Client::Send(std::string_view bytes) {
-    Record('>', bytes);
     if (!SendAll(m_fd.Get(), std::as_bytes(std::span(bytes))) && errno == EAGAIN)
         throw std::runtime_error("timed out sending");
 }
@@ -154,12 +136,6 @@ bool Client::WaitForHangUp() {
     return false;
 }
 
-void Client::Skip(std::size_t bytes) {
-    std::string dropped(bytes, '\0');
-    const ssize_t got = recv(m_fd.Get(), dropped.data(), dropped.size(), MSG_DONTWAIT);
-    Record('<', std::string_view(dropped).substr(0, static_cast<std::size_t>(std::max<ssize_t>(got, 0))));
-}
-
 bool Client::Receive() {
     std::array<char, 65536> buffer;
     const ssize_t got = recv(m_fd.Get(), buffer.data(), buffer.size(), 0);
@@ -167,16 +143,8 @@ bool Client::Receive() {
         throw std::runtime_error("timed out receiving; so far: " + m_received.substr(0, 200));
     if (got <= 0)
         return false;
-    const std::string_view bytes(buffer.data(), static_cast<std::size_t>(got));
-    Record('<', bytes);
-    m_received.append(bytes);
+    m_received.append(buffer.data(), static_cast<std::size_t>(got));
     return true;
-}
-
-/// A direction and a length on a line, then the bytes.
-void Client::Record(char direction, std::string_view bytes) {
-    if (m_record.is_open())
-        m_record << direction << bytes.size() << '\n' << bytes;
 }
 
 void Client::Abort() {

@@ -6,7 +6,6 @@
 #include <sys/socket.h>
 
 #include <deque>
-#include <fstream>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -33,13 +32,12 @@ Json::Value Quoted(std::string text);
 /// The text of a request, without a newline. `params`: as for Quoted.
 std::string Request(const std::string& method, int id, const std::string& params = "null");
 
-/// Every wait throws std::runtime_error at its deadline. With IPOD_WIRE_FOLDER in the environment, what goes
-/// to and fro on a connection to the service is kept in a file there.
+/// Every wait throws std::runtime_error at its deadline.
 class Client {
   public:
     /// A TCP client of an address, or a client of the Unix socket at a path. Throws std::system_error when
-    /// nobody listens. `receiveBuffer`: SO_RCVBUF, or 0 for the system's own.
-    explicit Client(const std::string& address = kLoopback, int receiveBuffer = 0);
+    /// nobody listens.
+    explicit Client(const std::string& address = kLoopback);
     /// The first one that gets through to an address or a path; `onFailure` is called after each that does
     /// not, and may throw.
     static Client Await(
@@ -62,8 +60,6 @@ class Client {
 
     /// What the peer takes of `bytes` until it hangs up.
     void Send(std::string_view bytes);
-    /// Drops up to so many bytes of what has arrived.
-    void Skip(std::size_t bytes);
     /// Reads on, and drops what comes, until the peer hangs up.
     bool WaitForHangUp();
     void ShutDownSending() { shutdown(m_fd.Get(), SHUT_WR); }
@@ -75,10 +71,8 @@ class Client {
     Json::Value NextMessage(Clock::time_point deadline);
     /// False at the end of the stream.
     bool Receive();
-    void Record(char direction, std::string_view bytes);
 
     Descriptor m_fd;
-    std::ofstream m_record;
     std::string m_received;
     std::deque<Json::Value> m_notifications;  // that nobody has asked for yet
     int m_lastId = 0;

@@ -65,36 +65,20 @@ TEST(ExitTest, SecondSignalEndsAHangingService) {
     EXPECT_FALSE(scene.service.HasLogged(kOrderlyEnd));
 }
 
-/// Standard output as a pipe that nobody reads.
-class StuckOutput {
-  public:
-    StuckOutput() {
-        std::filesystem::remove(ServiceProcess::kStandardOutput);
-        mkfifo(ServiceProcess::kStandardOutput, 0600);
-        m_pipe = Descriptor(open(ServiceProcess::kStandardOutput, O_RDWR | O_NONBLOCK | O_CLOEXEC));
-    }
-    ~StuckOutput() { std::filesystem::remove(ServiceProcess::kStandardOutput); }
-    StuckOutput(const StuckOutput&) = delete;
-    StuckOutput& operator=(const StuckOutput&) = delete;
-
-    void Fill() const {
-        while (write(m_pipe.Get(), "x", 1) == 1) {
-        }
-    }
-
-  private:
-    Descriptor m_pipe;
-};
-
+// Standard output is a pipe that nobody reads.
 TEST(ExitTest, SecondSignalEndsAServiceWhoseLogIsStuck) {
-    const StuckOutput output;
+    std::filesystem::remove(ServiceProcess::kStandardOutput);
+    mkfifo(ServiceProcess::kStandardOutput, 0600);
+    const Descriptor pipe(open(ServiceProcess::kStandardOutput, O_RDWR | O_NONBLOCK | O_CLOEXEC));
     ServiceProcess service({.arguments = {"--stdout"}});
     service.WaitForPort();
     service.WaitForMainLoop();
-    output.Fill();
+    while (write(pipe.Get(), "x", 1) == 1) {
+    }
     service.Signal(SIGTERM);
     service.Signal(SIGINT);  // two of a number may become one on their way
     EXPECT_EQ(service.WaitForExit(), 1);
+    std::filesystem::remove(ServiceProcess::kStandardOutput);
 }
 
 Descriptor OccupyPort() {

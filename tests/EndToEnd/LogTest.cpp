@@ -35,8 +35,6 @@ TEST(LogTest, EntriesHaveTheirFormAndReplaceTheEarlierRuns) {
         EXPECT_EQ(entry.message.find("]["), std::string::npos) << entry.message;
     }
     EXPECT_GT(CountEntries(log, "INFO ", "eDevMgrRegisterProcess\n"), 0);
-    EXPECT_GT(CountEntries(log, "INFO ", "EIMS_Connected"), 0);
-    EXPECT_GT(CountEntries(log, "WARN ", "eDevMgriPodOpenMdBrowseSession\n"), 0);
     EXPECT_GT(CountEntries(log, "DEBUG", "Stop JSON-RPC TCP server\n"), 0);
     EXPECT_GT(CountEntries(log, "WARN ", kOrderlyEnd), 0);
 }

@@ -37,19 +37,16 @@ pid_t Spawn(std::vector<std::string> arguments) {
     return pid;
 }
 
-bool IsPoll(long call) {
-    if (call == SYS_restart_syscall)  // it has been stopped meanwhile, as by a machine that is paused
-        return true;
+constexpr long kPolls[] = {
+    SYS_ppoll,
+    SYS_restart_syscall,  // one that has been stopped meanwhile, as by a machine that is paused
 #ifdef SYS_poll
-    if (call == SYS_poll)
-        return true;
+    SYS_poll,
 #endif
 #ifdef SYS_ppoll_time64
-    if (call == SYS_ppoll_time64)
-        return true;
+    SYS_ppoll_time64,
 #endif
-    return call == SYS_ppoll;
-}
+};
 
 }  // namespace
 
@@ -129,7 +126,8 @@ bool ServiceProcess::IsInMainLoop() const {
     long call = -1;
     unsigned long descriptors = 0;
     unsigned long count = 0;
-    return file >> call >> std::hex >> descriptors >> count && IsPoll(call) && count == 1;
+    return file >> call >> std::hex >> descriptors >> count && count == 1 &&
+           std::find(std::begin(kPolls), std::end(kPolls), call) != std::end(kPolls);
 }
 
 std::optional<int> ServiceProcess::Status() {

@@ -10,6 +10,7 @@
 #include <iterator>
 #include <memory>
 #include <mutex>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -153,15 +154,10 @@ class ManagerTest : public testing::Test {
     /// for example "[WARN ] Return from ...\n".
     std::string TakeLog() {
         m_log.clear();
-        std::string text{std::istreambuf_iterator<char>(m_log), {}};
-        std::string messages;
-        for (std::size_t end = 0; (end = text.find("\n\t")) != std::string::npos; text.erase(0, end + 2)) {
-            // Here ends an entry's "[time][LEVEL][file:line]".
-            const std::size_t source = text.rfind('[', end);
-            const std::size_t level = text.rfind('[', source - 1);
-            messages.append(text, 0, text.rfind('[', level - 1)).append(text, level, source - level) += ' ';
-        }
-        return messages + text;
+        const std::string text{std::istreambuf_iterator<char>(m_log), {}};
+        static const std::regex head(
+            R"(\[[-: \d]+\](\[[A-Z ]{5}\])\[[^\]\n]+\]\n\t)");  // with time and source
+        return std::regex_replace(text, head, "$1 ");
     }
     /// The result of a request with these parameters; with ' for ".
     Json::Value Result(Method method, const std::string& params = "null") {

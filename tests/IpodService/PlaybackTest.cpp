@@ -192,22 +192,18 @@ TEST_F(PlaybackTest, SettingsAreAnsweredAsReadBack) {
 }
 
 TEST_F(PlaybackTest, ANowPlayingListThatLiesIsReadWithinItsArray) {
-    m_standIns.eDevMgriPodGetNumPlayingTracks = Giving(2u, 0u);
-    m_standIns.eDevMgriPodGetPlayingList = [](u32, u32, u32, u32* count, BrowseItem* items) {
-        std::memset(items, 'n', sizeof(BrowseItem) * 2);
-        *count = 0xFFFFFFFF;
-        return DEV_MGR_SUCCESS;
-    };
-    UseStandIns();
-    EXPECT_EQ(m_manager->GetNowPlayingList(), 0);
-    EXPECT_THAT(TakeLog(), HasSubstr("[INFO ] Number of tracks returned are 2\n"));
-    m_standIns.eDevMgriPodGetNumPlayingTracks = Giving(0xFFFFFFFFu, 0u);
-    m_standIns.eDevMgriPodGetPlayingList = [](u32, u32, u32, u32* count, BrowseItem*) {
-        *count = 0;
-        return DEV_MGR_SUCCESS;
-    };
-    UseStandIns();
-    EXPECT_EQ(m_manager->GetNowPlayingList(), 0);
+    for (const auto& [counted, written] : {std::pair(2u, 0xFFFFFFFFu), {0xFFFFFFFFu, 2u}}) {
+        m_standIns.eDevMgriPodGetNumPlayingTracks = Giving(counted, 0u);
+        m_standIns.eDevMgriPodGetPlayingList = [claim = written](u32, u32, u32, u32* count,
+                                                                 BrowseItem* items) {
+            std::memset(items, 'n', sizeof(BrowseItem) * 2);
+            *count = claim;
+            return DEV_MGR_SUCCESS;
+        };
+        UseStandIns();
+        EXPECT_EQ(m_manager->GetNowPlayingList(), 0);
+        EXPECT_THAT(TakeLog(), HasSubstr("[INFO ] Number of tracks returned are 2\n"));
+    }
 }
 
 }  // namespace

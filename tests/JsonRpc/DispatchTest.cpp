@@ -101,8 +101,6 @@ TEST_F(DispatchTest, IdsComeBackAsTheyWereSentInRepliesOfEveryKind) {
         EXPECT_EQ(Reply(request(R"("method":"text","params":"[]")")), Result(echoed, "[]"));
         const std::tuple<int, const char*, const char*> failures[] = {
             {-32600, "Invalid JSON-RPC request.", R"("method":{})"},
-            {-32601, "Method not found.", R"("method":"nothing")"},
-            {-32602, "Invalid params.", R"("method":"fill","params":{"size":[]})"},
             {-32603, "Internal error.", R"("method":"throw")"}};
         for (const auto& [code, message, rest] : failures) {
             EXPECT_EQ(Reply(request(rest)), Error(code, message, echoed));
