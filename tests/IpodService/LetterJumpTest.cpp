@@ -88,6 +88,17 @@ TEST(LetterJumpTest, EndsWhateverTheDeviceDelivers) {
     EXPECT_EQ(PreviousInitialIndex({300, fetch}, 250), 0);
 }
 
+TEST(InitialKeyTest, IsTheByteBehindALeadingArticle) {
+    const std::pair<const char*, char> cases[] = {
+        {"amber", 'a'},       {"The Brooks", 'B'}, {"tHE brooks", 'b'},   {"The ", 'T'},
+        {"Them", 'T'},        {"The  Gap", ' '},   {"The 45s", '4'},      {"99", '9'},
+        {"Other The A", 'O'}, {"Th", 'T'},         {"\xC3\x89t", '\xC3'}, {"The \xC3\x89t", '\xC3'}};
+    for (const auto& [name, key] : cases) {
+        EXPECT_EQ(InitialKey(name), static_cast<unsigned char>(key)) << name;
+    }
+    EXPECT_EQ(InitialKey(""), std::nullopt);
+}
+
 TEST(LetterJumpTest, AgreesWithAWalkOverTheWholeList) {
     std::mt19937 random(1);
     const std::pair<i32, i32> sizesAndRuns[] = {{1, 1},    {2, 1},    {98, 30},   {99, 30},  {100, 30},

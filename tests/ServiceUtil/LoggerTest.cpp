@@ -10,7 +10,6 @@
 #include <ctime>
 #include <fstream>
 #include <iterator>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -114,37 +113,54 @@ TEST_F(LoggerTest, LongMessagesAndNulBytesAreWrittenWhole) {
     }
 }
 
-TEST_F(LoggerTest, EntriesOfThreadsNeverMixAndNoneIsLostWhenTheFileIsClosed) {
+TEST_F(LoggerTest, EntriesOfThreadsNeverMix) {
+    constexpr int kThreads = 4;
+    constexpr int kEntries = 1000;
     const auto messageOf = [](int id) {
         return std::string(static_cast<std::size_t>(1 + id * 700), static_cast<char>('a' + id));
     };
-    int found = 0;
-    const auto count = [&](const std::string& text) {
-        std::istringstream lines(text);
-        std::string head;
-        std::string message;
-        for (; std::getline(lines, head) && std::getline(lines, message); ++found) {
-            ASSERT_EQ(message, "\t" + messageOf(head.at(head.size() - 2) - '0'));
-        }
-    };
-    testing::internal::CaptureStdout();
-    std::atomic<bool> done{false};
-    std::atomic<int> logged{0};
     std::vector<std::thread> threads;
-    for (int id = 0; id < 4; ++id) {
-        threads.emplace_back([&, id, text = messageOf(id)] {
-            for (; !done; ++logged) {
+    for (int id = 0; id < kThreads; ++id) {
+        threads.emplace_back([id, text = messageOf(id)] {
+            for (int i = 0; i < kEntries; ++i) {
                 CLogger::Log("f", id, LogLevel::kInfo, "%s\n", text.c_str());
             }
         });
     }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    std::ifstream file(m_path);
+    std::string head;
+    std::string message;
+    int entries = 0;
+    for (; std::getline(file, head) && std::getline(file, message); ++entries) {
+        ASSERT_EQ(message, "\t" + messageOf(head.at(head.size() - 2) - '0'));
+    }
+    EXPECT_EQ(entries, kThreads * kEntries);
+}
+
+TEST_F(LoggerTest, NoEntryIsLostWhenTheFileIsClosed) {
+    const auto entriesIn = [](const std::string& text) { return std::count(text.begin(), text.end(), '['); };
+    testing::internal::CaptureStdout();
+    std::atomic<bool> done{false};
+    std::atomic<int> logged{0};
+    std::vector<std::thread> threads;
+    for (int id = 0; id < 3; ++id) {
+        threads.emplace_back([&] {
+            for (; !done; ++logged) {
+                LOG_INFO("m\n");
+            }
+        });
+    }
+    std::ptrdiff_t found = 0;
     for (int round = 0; round < 20; ++round) {
-        for (const int before = logged; logged < before + 200;) {
+        for (const int before = logged; logged == before;) {
             std::this_thread::yield();
         }
         EXPECT_TRUE(CLogger::Instance().Close());
         m_seen = 0;
-        count(Written());
+        found += entriesIn(Written());
         ASSERT_TRUE(CLogger::Instance().Open(m_path.c_str()));
     }
     done = true;
@@ -152,9 +168,8 @@ TEST_F(LoggerTest, EntriesOfThreadsNeverMixAndNoneIsLostWhenTheFileIsClosed) {
         thread.join();
     }
     m_seen = 0;
-    count(Written());
-    count(testing::internal::GetCapturedStdout());
-    EXPECT_EQ(found, logged);
+    found += entriesIn(Written()) + entriesIn(testing::internal::GetCapturedStdout());
+    EXPECT_EQ(found, logged * 3);  // the brackets of the time, the level and the source
 }
 
 }  // namespace
