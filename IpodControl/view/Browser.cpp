@@ -9,6 +9,7 @@ namespace {
 
 constexpr std::size_t kMostInFlight = 2;
 constexpr std::chrono::seconds kRereadPause(1);
+constexpr const char* kChanged = "Another client has changed the list: here is what is open now";
 
 bool IsList(const Json::Value& list) {
     return Member(list, "categoryItems").isArray() && FlagMember(list, "isRootCategory") &&
@@ -67,9 +68,16 @@ void Browser::Tick() {
 }
 
 void Browser::Reread() {
-    if (m_isRunning) {
-        Open(m_cursor);
+    if (!m_isRunning) {
+        return;
     }
+    OpenAnd([this](const Reply& reply) {
+        if (m_isKnown && IsList(reply.result) && !BeginsAlike(reply.result)) {
+            m_context.Refuse(kChanged);
+            Forget();
+        }
+        Adopt(reply, m_cursor);
+    });
 }
 
 /// An iAP2 device is connected some time before its library can be browsed.
@@ -82,16 +90,16 @@ bool Browser::OffersNothing() const {
     return m_isRoot;
 }
 
-void Browser::Open(std::int64_t cursor) {
+void Browser::OpenAnd(ViewContext::Handler handler) {
     ++m_generation;
     m_inFlight.clear();
     m_lastReread = m_context.now;
     m_isOpening = true;
     m_context.Ask(PageRequest(0, ListPages::kPageItems),
-                  [this, cursor, generation = m_generation](const Reply& reply) {
+                  [this, handler = std::move(handler), generation = m_generation](const Reply& reply) {
                       if (generation == m_generation) {
                           m_isOpening = false;
-                          Adopt(reply, cursor);
+                          handler(reply);
                       }
                   });
 }
@@ -184,9 +192,19 @@ bool Browser::Fits(const Json::Value& list) const {
            (m_isRoot || TotalIn(list) == Total());
 }
 
+bool Browser::BeginsAlike(const Json::Value& list) const {
+    const std::vector<Item> items = ItemsIn(list);
+    const auto isKnown = [this, index = std::int64_t{0}](const Item& item) mutable {
+        const Item* const known = m_pages.At(index++);
+        return known == nullptr || *known == item;
+    };
+    // What the categories offer may change while they are looked at.
+    return Fits(list) && (m_isRoot || std::all_of(items.begin(), items.end(), isKnown));
+}
+
 /// Not more than once a second: two clients that both move would keep each other and the service busy.
 void Browser::Changed() {
-    m_context.Refuse("Another client has changed the list: here is what is open now");
+    m_context.Refuse(kChanged);
     Forget();
     m_rereadDue = std::max(m_lastReread + kRereadPause, m_context.now);
     Tick();

@@ -18,6 +18,7 @@ struct Item {
     std::int64_t id = 0;
     std::string name;
     bool isOffered = true;  ///< false: it can be shown, not opened
+    bool operator==(const Item&) const = default;
 };
 
 /// The items of a list that are known: pages of it, near to what is shown.
@@ -87,6 +88,7 @@ class Browser {
     /// Shows the items whose names contain `text`; an empty one all. At the root it goes to the first
     /// category that begins with `text` instead.
     void Filter(std::string text);
+    /// Reads the list once more; where it is another one by now, the way to it is not known.
     void Reread();
     /// Takes back what would stay behind at the service: filters.
     void Leave();
@@ -114,13 +116,18 @@ class Browser {
     /// Asks for what moves the service's position, or depends on it: until the answer nothing else does.
     void Step(const std::vector<Request>& requests, ViewContext::BatchHandler handler);
     void Step(const Request& request, ViewContext::Handler handler);
-    void Open(std::int64_t cursor);
+    void Open(std::int64_t cursor) {
+        OpenAnd([this, cursor](const Reply& reply) { Adopt(reply, cursor); });
+    }
+    void OpenAnd(ViewContext::Handler handler);
     void Adopt(const Reply& reply, std::int64_t cursor);
     void Fetch();
     bool FetchOneOf(std::int64_t first, std::int64_t last);
     void FetchPage(std::int64_t page);
     /// Whether an answer comes from the list that is shown.
     bool Fits(const Json::Value& list) const;
+    /// As Fits, with the same items at its begin.
+    bool BeginsAlike(const Json::Value& list) const;
     void Changed();
     std::vector<Request> Way() const;
     void Choose(const Item& item);

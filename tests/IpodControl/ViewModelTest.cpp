@@ -202,6 +202,16 @@ TEST_F(ViewModelTest, PlaysNothingUnaskedWhereAnotherClientMovesThePosition) {
     EXPECT_EQ(model.List().Cursor(), 2);
 }
 
+TEST_F(ViewModelTest, KnowsNoWayToAListThatAnotherClientHasOpenedMeanwhile) {
+    Press(kEnter);
+    Press(kEnter);
+    library.way = {SharedLibrary::kAlbums, 3};
+    library.song = "Other song ";
+    Press(kRedraw);
+    Press(kEnter);
+    EXPECT_EQ(library.played, std::vector<std::int64_t>{3000}) << "the one that is shown";
+}
+
 TEST_F(ViewModelTest, SaysThatASongPlaysWhereNoWayWasKnown) {
     model.Disconnected("gone");
     library.way = {SharedLibrary::kAlbums};
