@@ -16,6 +16,12 @@
 
 namespace {
 
+#ifdef MAP_32BIT
+constexpr int kBelow4GiB = MAP_32BIT;
+#else
+constexpr int kBelow4GiB = 0;  // a 32-bit machine's memory lies there
+#endif
+
 constexpr u32 kProcess = 1;
 constexpr u32 kDevice = 7;
 constexpr u32 kSongs = 100000;
@@ -67,8 +73,8 @@ u32 eDevMgrDeRegisterProcess(u32) {
     return DEV_MGR_SUCCESS;
 }
 u32 eDevMgrAllocateSharedMemory(u32, u32* size, u32* block) {
-    void* memory =
-        mmap(nullptr, *size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_32BIT, -1, 0);
+    constexpr int kFlags = MAP_PRIVATE | MAP_ANONYMOUS | kBelow4GiB;
+    void* memory = mmap(nullptr, *size, PROT_READ | PROT_WRITE, kFlags, -1, 0);
     *block = static_cast<u32>(reinterpret_cast<uintptr_t>(memory));
     return memory == MAP_FAILED ? DEV_MGR_MEMORY_ERROR : DEV_MGR_SUCCESS;
 }

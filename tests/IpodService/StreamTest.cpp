@@ -145,6 +145,7 @@ TEST_F(StreamTest, ToneKeepsItsPitchAlsoAtANewRate) {
                 crossings.push_back(i);
             }
         }
+        ASSERT_GT(crossings.size(), 1U);
         const auto duration = static_cast<double>(crossings.back() - crossings.front()) / rate;
         const auto periods = static_cast<double>(crossings.size() - 1);
         EXPECT_NEAR(periods / duration, 1000, 1) << rate;  // a gap would lower it
