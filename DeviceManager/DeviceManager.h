@@ -30,9 +30,9 @@
 // - A call may block, may come from any thread, and calls may overlap. The service's own thread makes its
 //   calls one after another and serves its clients in between: a call that takes a second holds them up for
 //   one.
-// - The event callback runs on a thread of the library's own, one event at a time, in the order in which
-//   things happened. It may run while a call is being carried out, and tell of that call's effect before it
-//   returns.
+// - The event callback runs on a thread of the library's own; for each process that is registered one event
+//   at a time, in the order in which things happened. It may run while a call is being carried out, and tell
+//   of that call's effect before it returns.
 // - A callback takes the time of a message to clients; DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE takes that of
 //   stopping and starting an audio stream, up to seconds. Later events wait meanwhile; calls must not.
 // - A callback may call any function, eDevMgrDeRegisterProcess included. So the library holds no lock during

@@ -4,13 +4,6 @@
 
 namespace DeviceSimulator {
 
-namespace {
-
-/// Whose callback this thread runs.
-thread_local const void* t_order = nullptr;
-
-}  // namespace
-
 Callbacks::Registering::Registering(std::shared_ptr<Callbacks> callbacks)
     : m_callbacks(std::move(callbacks)), m_order(std::make_shared<Order>()) {
     StartThread("devmgr-events", [all = m_callbacks, order = m_order] { all->Run(*order); }).detach();
@@ -34,7 +27,7 @@ void Callbacks::Registering::Add(std::uint32_t process, DeviceEventCallback call
 }
 
 void Callbacks::Run(Order& order) {
-    t_order = &order;
+    t_own = &order;
     std::unique_lock lock(m_mutex);
     for (;;) {
         m_changed.wait(lock, [&] { return order.isOver || !order.events.empty(); });
@@ -61,8 +54,17 @@ void Callbacks::Remove(std::uint32_t process) {
     const auto order = found->second;
     m_orders.erase(found);
     order->isOver = true;
+    if (t_own != nullptr) {
+        t_own->isRemoving = true;
+    }
     m_changed.notify_all();
-    m_changed.wait(lock, [&] { return !order->isRunning || t_order == order.get(); });
+    // Two that remove each other would wait for ever.
+    m_changed.wait(lock, [&] {
+        return !order->isRunning || t_own == order.get() || (t_own != nullptr && order->isRemoving);
+    });
+    if (t_own != nullptr) {
+        t_own->isRemoving = false;
+    }
 }
 
 void Callbacks::AwaitRegistrations() {
@@ -78,8 +80,17 @@ void Callbacks::Deliver(const DeviceEvent& event, std::uint32_t process) {
         return;
     }
     const auto order = found->second;
-    m_changed.wait(lock, [&] { return order->isOver || order->events.size() < kMostWaiting; });
-    order->events.push_back(event);
+    const auto isBehind = [&] { return !order->isOver && order->events.size() >= kMostWaiting; };
+    m_changed.wait(lock, [&] { return m_waitsNoLonger || !isBehind(); });
+    if (!isBehind()) {
+        order->events.push_back(event);
+        m_changed.notify_all();
+    }
+}
+
+void Callbacks::WaitNoLonger() {
+    const std::lock_guard lock(m_mutex);
+    m_waitsNoLonger = true;
     m_changed.notify_all();
 }
 

@@ -86,6 +86,7 @@ std::optional<std::uint32_t> PlayerLink::Exchange(CallConnection& connection, Fu
 }
 
 void PlayerLink::Lose() {
+    m_callbacks->WaitNoLonger();
     const std::lock_guard lock(m_mutex);
     m_isAlive = false;
     m_idle.clear();

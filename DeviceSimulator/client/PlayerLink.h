@@ -42,7 +42,7 @@ struct CallConnection {
 };
 
 /// Every member may be called from any thread.
-class PlayerLink : public std::enable_shared_from_this<PlayerLink> {
+class PlayerLink {
   public:
     /// Finds a player, or starts one. `firstProcess`: no handle below is given. Null, with the reason on
     /// stderr.

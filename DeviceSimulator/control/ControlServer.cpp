@@ -164,18 +164,24 @@ void ControlServer::Admit(Descriptor socket) {
 }
 
 bool ControlServer::DropSilentClient() {
-    auto silent = m_clients.end();
-    for (auto client = m_clients.begin(); client != m_clients.end(); ++client) {
-        const bool isSilent = client->state == Client::State::Silent && !HasSent(client->socket.Get());
-        if (isSilent && (silent == m_clients.end() || client->lastHeard.load() < silent->lastHeard.load())) {
-            silent = client;
+    for (;;) {
+        auto silent = m_clients.end();
+        for (auto client = m_clients.begin(); client != m_clients.end(); ++client) {
+            const bool isSilent = client->state == Client::State::Silent && !HasSent(client->socket.Get());
+            if (isSilent &&
+                (silent == m_clients.end() || client->lastHeard.load() < silent->lastHeard.load())) {
+                silent = client;
+            }
+        }
+        if (silent == m_clients.end()) {
+            return false;
+        }
+        // One that has just sent something is silent no longer.
+        if (silent->Change(Client::State::Silent, Client::State::Dropped)) {
+            m_clients.erase(silent);
+            return true;
         }
     }
-    if (silent == m_clients.end() || !silent->Change(Client::State::Silent, Client::State::Dropped)) {
-        return false;
-    }
-    m_clients.erase(silent);
-    return true;
 }
 
 void ControlServer::Client::Serve() {

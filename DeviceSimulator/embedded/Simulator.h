@@ -29,7 +29,7 @@ class Simulator {
     void Reset(SimulatorOptions options = {}) { Engine::Instance().Reset(std::move(options)); }
 
     /// Plugs a device in, at once, with the events that a player sends. Returns its handle; 0, and plugs
-    /// nothing in, when the handle asked for is taken.
+    /// nothing in, where the command "plug" would be refused.
     std::uint32_t Plug(const DeviceDescription& device) {
         return Started().Loop().Locked([&](ManagerModel& model, TimePoint) { return model.Plug(device); });
     }

@@ -14,6 +14,7 @@ struct GstreamerUnref {
         gst_object_unref(element);
     }
     void operator()(GstBus* bus) const { gst_object_unref(bus); }
+    void operator()(GstPad* pad) const { gst_object_unref(pad); }
     void operator()(GstMessage* message) const { gst_message_unref(message); }
     void operator()(GstSample* sample) const { gst_sample_unref(sample); }
     void operator()(GError* error) const { g_error_free(error); }

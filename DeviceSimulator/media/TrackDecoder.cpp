@@ -16,11 +16,20 @@ constexpr auto kPatience = 10s;
 /// Between two looks at the clock.
 constexpr int kMostPulls = 64;
 
-// A picture in the file is not decoded; of several streams the first one sounds.
+// A picture in the file is not decoded.
 constexpr const char* kPipeline =
-    "filesrc name=source ! decodebin caps=audio/x-raw expose-all-streams=false "
-    "! audioconvert ! audioresample ! appsink name=sink sync=false max-buffers=16 "
+    "filesrc name=source ! decodebin name=decoder caps=audio/x-raw expose-all-streams=false "
+    "audioconvert name=entry ! audioresample ! appsink name=sink sync=false max-buffers=16 "
     "caps=audio/x-raw,format=S16LE,channels=2,layout=interleaved,rate=";
+
+/// On one of GStreamer's threads. Of several streams the first one sounds; of files that have been joined one
+/// comes when the other is over.
+void Connect(GstElement*, GstPad* pad, GstElement* entry) {
+    const Owned<GstPad> sink(gst_element_get_static_pad(entry, "sink"));
+    if (gst_pad_is_linked(sink.get()) == FALSE) {
+        gst_pad_link(pad, sink.get());
+    }
+}
 
 }  // namespace
 
@@ -43,6 +52,8 @@ void TrackDecoder::Build() {
         return;
     }
     g_object_set(ElementOf(m_pipeline.get(), "source"), "location", m_file.c_str(), nullptr);
+    g_signal_connect(ElementOf(m_pipeline.get(), "decoder"), "pad-added", G_CALLBACK(Connect),
+                     ElementOf(m_pipeline.get(), "entry"));
     m_sink = ElementOf(m_pipeline.get(), "sink");
     gst_element_set_state(m_pipeline.get(), GST_STATE_PLAYING);
 }
@@ -148,7 +159,7 @@ std::span<const SoundFrame> TrackDecoder::Frames(std::int64_t from, std::size_t 
 }
 
 bool TrackDecoder::Pull() {
-    const auto sample = Take("try-pull-sample");
+    const auto sample = m_failure.empty() ? Take("try-pull-sample") : nullptr;
     if (!sample) {
         return false;
     }

@@ -119,6 +119,7 @@ void MusicIndex::StartOver(std::size_t good) {
     }
     if (good == 0) {
         Append(kHead);
+        m_isChanged = false;  // that alone is nothing to tidy up for
     }
 }
 

@@ -14,7 +14,7 @@ namespace DeviceSimulator::Answers {
 
 namespace {
 
-/// A session as it stands, and whose it is.
+/// A session as it stands, whose it is, and the library once that has been asked for.
 struct Browsing {
     BrowseSession session;
     Character character;
@@ -22,7 +22,7 @@ struct Browsing {
 };
 
 DevMgrResult Look(Engine& engine, u32 ph, u32 dh, Browsing& browsing) {
-    const DevMgrResult result = engine.Loop().Locked([&](ManagerModel& model, TimePoint) {
+    return engine.Loop().Locked([&](ManagerModel& model, TimePoint) {
         BrowseSession* session = nullptr;
         const DevMgrResult found = model.FindSession(ph, dh, session);
         if (found == DEV_MGR_SUCCESS) {
@@ -31,10 +31,11 @@ DevMgrResult Look(Engine& engine, u32 ph, u32 dh, Browsing& browsing) {
         }
         return found;
     });
-    if (result == DEV_MGR_SUCCESS) {
-        browsing.library = engine.Music(browsing.character.music)->Get();
-    }
-    return result;
+}
+
+/// May wait for as long as music is read.
+void FetchLibrary(Engine& engine, Browsing& browsing) {
+    browsing.library = engine.Music(browsing.character.music)->Get();
 }
 
 /// What a query asks for.
@@ -51,6 +52,7 @@ DevMgrResult FindItems(Engine& engine, u32 ph, u32 dh, const Query& query, const
     if (result != DEV_MGR_SUCCESS || !IsBrowsable(query.category)) {
         return result != DEV_MGR_SUCCESS ? result : DEV_MGR_INVALID_CATEGORY_SELECTION;
     }
+    FetchLibrary(engine, browsing);
     const u32 position = ParentPosition(browsing.character.ids, *browsing.library, browsing.session.Path(),
                                         static_cast<u32>(query.parentCategory), query.parentIndex);
     std::vector<PathStep> path;
@@ -71,6 +73,7 @@ std::optional<DevMgrResult> SelectOnce(Engine& engine, u32 ph, u32 dh, u32 categ
     if (looked != DEV_MGR_SUCCESS || !IsBrowsable(category)) {
         return looked != DEV_MGR_SUCCESS ? looked : DEV_MGR_INVALID_CATEGORY_SELECTION;
     }
+    FetchLibrary(engine, browsing);
     const auto items = ItemsBelow(*browsing.library, browsing.session.Path(), category);
     const auto position = PositionOf(browsing.character.ids, *items, id);
     return engine.Loop().Locked([&](ManagerModel& model, TimePoint now) -> std::optional<DevMgrResult> {
@@ -133,10 +136,11 @@ u32 eDevMgriPodBrowseOneLevelBack(ManagerModel& model, TimePoint, u32 ph, u32 dh
 u32 eDevMgriPodMdGetCategories(Engine& engine, u32 ph, u32 dh, u32 category, u32* mask) {
     Browsing browsing;
     const DevMgrResult result = Look(engine, ph, dh, browsing);
-    if (result != DEV_MGR_SUCCESS) {
-        return result;
+    if (result != DEV_MGR_SUCCESS || mask == nullptr) {
+        return result != DEV_MGR_SUCCESS ? result : DEV_MGR_WRONG_PARAMS;
     }
-    return mask == nullptr ? DEV_MGR_WRONG_PARAMS : CategoriesBehind(*browsing.library, category, *mask);
+    FetchLibrary(engine, browsing);
+    return CategoriesBehind(*browsing.library, category, *mask);
 }
 
 u32 eDevMgriPodGetNumItems(Engine& engine, u32 ph, u32 dh, i32 parentCategory, u32 parentIndex, u32 category,

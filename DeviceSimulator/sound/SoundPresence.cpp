@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <mutex>
 #include <system_error>
 
 namespace DeviceSimulator {
@@ -62,6 +63,8 @@ std::string Put(std::initializer_list<State> states) {
     if (folder.empty()) {
         return "there is no simulated sound card: DEVICE_SIMULATOR_AUDIO is not set";
     }
+    static std::mutex mutex;  // two would write one new file
+    const std::lock_guard lock(mutex);
     for (const State& state : states) {
         std::error_code ignored;
         const fs::path file = folder / state.file;
