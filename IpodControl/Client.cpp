@@ -50,7 +50,7 @@ Outcome<std::vector<Reply>> Client::CallAll(const std::vector<Request>& requests
     }
     if (!*answer) {
         return Problem{ProblemKind::TimedOut, ToText(m_endpoint) + " did not answer " +
-                                                  requests.front().method + " within " + Seconds(m_timeout)};
+                                                  requests.back().method + " within " + Seconds(m_timeout)};
     }
     auto replies = (*answer)->Replies();
     if (replies.size() != requests.size()) {

@@ -69,9 +69,10 @@ struct Done {};
 /// One thread uses it. After a problem it is closed, and may be opened again.
 class Wire {
   public:
+    Wire() = default;
     /// Connects anew, which waits up to `deadline` (a name's look-up may take longer).
     Outcome<Done> Open(const Endpoint& endpoint, Deadline deadline);
-    void Close() { *this = Wire(); }
+    void Close() { *this = Wire(std::move(m_peer)); }
     bool IsOpen() const { return m_socket.IsOpen(); }
 
     /// Sends `line`, which has no line end of its own; what does not go at once is sent by Wait.
@@ -88,6 +89,7 @@ class Wire {
     Outcome<std::vector<Message>> Wait(std::optional<Deadline> deadline, std::span<pollfd> others = {});
 
   private:
+    explicit Wire(Endpoint peer) : m_peer(std::move(peer)) {}
     Problem Fail(ProblemKind kind, std::string text);
     Problem FailAsClosed();
     Outcome<Done> Flush();

@@ -209,9 +209,12 @@ class CommandLine {
         }
         const bool isList = parameter.kind == ParameterKind::Words;
         const auto take = [parameter, name, isList, &values](const CLI::results_t& words) {
+            if (!isList) {
+                values[name] = ValueFrom(parameter, Unguarded(words.front()));
+                return true;
+            }
             for (const std::string& word : words) {
-                Json::Value& value = isList ? values[name].append({}) : values[name];
-                value = ValueFrom(parameter, Unguarded(word));
+                values[name].append(ValueFrom(parameter, Unguarded(word)));
             }
             return true;
         };

@@ -1,6 +1,8 @@
 // Everything about the player in one view.
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 #include "IpodControl/commands/Answer.h"
 #include "IpodControl/commands/Commands.h"
@@ -9,8 +11,8 @@ namespace IpodControl {
 
 namespace {
 
-const std::vector<Request> kQuestions{
-    {"isIpodConnected"}, {"getCurrentTrackInfo"}, {"isTrackPaused"}, {"isShuffleEnabled"}, {"getRepeatMode"}};
+constexpr const char* kQuestions[] = {"isIpodConnected", "getCurrentTrackInfo", "isTrackPaused",
+                                      "isShuffleEnabled", "getRepeatMode"};
 
 /// `track` is null where the notification stays away.
 Json::Value Summary(const std::vector<Reply>& replies, const Json::Value& track) {
@@ -45,19 +47,21 @@ void PrintSummary(const Json::Value& summary) {
 
 int RunStatus(const Settings& settings) {
     Client client(settings.endpoint, settings.Timeout());
-    const auto replies = client.CallAll(kQuestions);
-    if (!replies) {
-        return Complain(replies.Why());
-    }
-    for (std::size_t i = 0; i < replies->size(); ++i) {
+    std::vector<Reply> replies;
+    for (const char* question : kQuestions) {
+        auto reply = client.Call(question, {});
+        if (!reply) {
+            return Complain(reply.Why());
+        }
+        replies.push_back(std::move(*reply));
         // A player that is not there, or that refuses, does tell what was asked.
-        const Answer answer = Weigh(*FindMethod(kQuestions[i].method), {}, (*replies)[i]);
+        const Answer answer = Weigh(*FindMethod(question), {}, replies.back());
         if (answer.status == kNoService || answer.isError) {
             Complain(answer.complaint);
             return answer.status;
         }
     }
-    if (!IsTrueMember(replies->front().result, "connected")) {
+    if (!IsTrueMember(replies.front().result, "connected")) {
         if (settings.json) {
             PrintJson(Params("connected", false));
         } else {
@@ -74,7 +78,7 @@ int RunStatus(const Settings& settings) {
         return Complain(notification.Why());
     }
     const Json::Value summary =
-        Summary(*replies, *notification ? Member((*notification)->Params(), "trackInfo") : Json::Value());
+        Summary(replies, *notification ? Member((*notification)->Params(), "trackInfo") : Json::Value());
     if (settings.json) {
         PrintJson(summary);
     } else {

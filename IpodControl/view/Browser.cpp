@@ -186,10 +186,13 @@ void Browser::FetchPage(std::int64_t page) {
     });
 }
 
-bool Browser::Fits(const Json::Value& list) const {
+bool Browser::IsOfTheKind(const Json::Value& list) const {
     return IsList(list) && FlagMember(list, "isRootCategory") == m_isRoot &&
-           FlagMember(list, "isLastCategory").value_or(false) == m_isLast &&
-           (m_isRoot || TotalIn(list) == Total());
+           FlagMember(list, "isLastCategory").value_or(false) == m_isLast;
+}
+
+bool Browser::Fits(const Json::Value& list) const {
+    return IsOfTheKind(list) && (m_isRoot || TotalIn(list) == Total());
 }
 
 bool Browser::BeginsAlike(const Json::Value& list) const {
@@ -199,7 +202,7 @@ bool Browser::BeginsAlike(const Json::Value& list) const {
         return known == nullptr || *known == item;
     };
     // What the categories offer may change while they are looked at.
-    return Fits(list) && (m_isRoot || std::all_of(items.begin(), items.end(), isKnown));
+    return IsOfTheKind(list) && (m_isRoot || std::all_of(items.begin(), items.end(), isKnown));
 }
 
 /// Not more than once a second: two clients that both move would keep each other and the service busy.

@@ -124,9 +124,10 @@ class Browser {
     void Fetch();
     bool FetchOneOf(std::int64_t first, std::int64_t last);
     void FetchPage(std::int64_t page);
+    bool IsOfTheKind(const Json::Value& list) const;
     /// Whether an answer comes from the list that is shown.
     bool Fits(const Json::Value& list) const;
-    /// As Fits, with the same items at its begin.
+    /// Whether it seems to be the list that is shown, though maybe of another length.
     bool BeginsAlike(const Json::Value& list) const;
     void Changed();
     std::vector<Request> Way() const;
