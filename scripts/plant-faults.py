@@ -14,7 +14,7 @@ Without files it takes tests/faults/*.faults. A fault is a block of such a file:
     END
 
 The faults of a file Room.faults are looked for by the test programs of tests/Room; what they let pass, by the
-end-to-end tests. A fault that does not compile counts as found by the compiler, and is told as such. Works in
+end-to-end tests and three of the kit's, which need pytest. A fault that does not compile counts as found by the compiler, and is told as such. Works in
 build/faults, so the tree is left alone. Exits 1 when more than one fault in ten survives.
 """
 

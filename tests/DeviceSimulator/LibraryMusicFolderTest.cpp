@@ -16,6 +16,7 @@
 #include "DeviceSimulator/music/MusicIndex.h"
 #include "LibraryTestFiles.h"
 #include "ServiceUtil/Descriptor.h"
+#include "tests/Support/Deadline.h"
 
 namespace DeviceSimulator {
 namespace {
@@ -345,13 +346,14 @@ pid_t ReaderOf(const fs::path& file) {
     return 0;
 }
 
-/// Waits for one that reads the file, other than `before`.
+/// Waits for one that reads the file, other than `before`; 0 when none comes.
 pid_t WaitForReader(const fs::path& file, pid_t before = 0) {
-    for (;;) {
-        if (const pid_t reader = ReaderOf(file); reader != 0 && reader != before) {
-            return reader;
-        }
-    }
+    pid_t reader = 0;
+    EXPECT_TRUE(TestSupport::WaitUntil([&] {
+        reader = ReaderOf(file);
+        return reader != 0 && reader != before;
+    }));
+    return reader;
 }
 
 TEST(LibraryMusicFolderTest, AFileIsToBlameForWhatHappensTwiceAndIsRemembered) {
@@ -370,6 +372,7 @@ TEST(LibraryMusicFolderTest, AFileIsToBlameForWhatHappensTwiceAndIsRemembered) {
         bool isOnce;
         Names lines;
     };
+    constexpr std::chrono::milliseconds kLongPatience = std::chrono::seconds(3) * TEST_TIME_SCALE;
     const auto patience = std::chrono::milliseconds(500) * TEST_TIME_SCALE;
     const std::string late = "1599.mp3: it takes longer than " + std::to_string(patience.count()) + " ms";
     for (const auto& [isKilled, isOnce, lines] :
@@ -378,7 +381,8 @@ TEST(LibraryMusicFolderTest, AFileIsToBlameForWhatHappensTwiceAndIsRemembered) {
         // Once the folder has been looked at, the file is a pipe: whoever reads it is held up.
         Descriptor pipe;
         ScanOptions options;
-        options.patience = isKilled ? std::chrono::minutes(1) : patience;
+        // Who is to be met at the file is given the time for it.
+        options.patience = isKilled || isOnce ? kLongPatience : patience;
         options.progress = [&](std::uint32_t) {
             if (!pipe.IsOpen()) {
                 fs::rename(file, scratch.Path() / "away");
@@ -387,15 +391,16 @@ TEST(LibraryMusicFolderTest, AFileIsToBlameForWhatHappensTwiceAndIsRemembered) {
             }
         };
         std::thread meddler([&, isKilled = isKilled, isOnce = isOnce] {
-            const pid_t reader = WaitForReader(file);
+            const pid_t reader = isKilled || isOnce ? WaitForReader(file) : 0;
             if (isOnce) {
                 restore();
             }
-            if (isKilled) {
+            if (isKilled && reader != 0) {
                 kill(reader, SIGKILL);
             }
-            if (isKilled && !isOnce) {
-                kill(WaitForReader(file, reader), SIGKILL);
+            const pid_t next = isKilled && !isOnce ? WaitForReader(file, reader) : 0;
+            if (next != 0) {
+                kill(next, SIGKILL);
             }
         });
         const auto scanned = Scan(music, scratch.Path() / "cache", options);

@@ -8,6 +8,7 @@
 
 #include <csignal>
 #include <filesystem>
+#include <memory>
 #include <system_error>
 
 #include "tests/EndToEnd/Scene.h"
@@ -67,8 +68,10 @@ TEST(ExitTest, SecondSignalEndsAHangingService) {
 
 // Standard output is a pipe that nobody reads.
 TEST(ExitTest, SecondSignalEndsAServiceWhoseLogIsStuck) {
-    std::filesystem::remove(ServiceProcess::kStandardOutput);
-    mkfifo(ServiceProcess::kStandardOutput, 0600);
+    const auto removed = [](const char* path) { std::filesystem::remove(path); };
+    const std::unique_ptr<const char, decltype(removed)> fifo(ServiceProcess::kStandardOutput, removed);
+    removed(fifo.get());
+    mkfifo(fifo.get(), 0600);
     const Descriptor pipe(open(ServiceProcess::kStandardOutput, O_RDWR | O_NONBLOCK | O_CLOEXEC));
     ServiceProcess service({.arguments = {"--stdout"}});
     service.WaitForPort();
@@ -80,7 +83,6 @@ TEST(ExitTest, SecondSignalEndsAServiceWhoseLogIsStuck) {
     service.Signal(SIGINT);  // two of a number may become one on their way
     EXPECT_EQ(service.WaitForExit(), 1);
     EXPECT_LT(Clock::now() - start, milliseconds{1'500} * TEST_TIME_SCALE);
-    std::filesystem::remove(ServiceProcess::kStandardOutput);
 }
 
 Descriptor OccupyPort() {

@@ -21,7 +21,7 @@ class EventsTest : public ManagerTest {
     }
 };
 
-TEST_F(EventsTest, EventsLogWhatTheyCarry) {
+TEST_F(EventsTest, EveryEventLogsItsOwnTexts) {
     const std::string connected = "[INFO ] Event is DEV_MGR_EVENT_DEVICE_CONNECTED\n";
     const std::string disconnected = "[INFO ] Event is DEV_MGR_EVENT_DEVICE_DISCONNECTED\n";
     const std::string application = "[INFO ] Application Support related event for device 3\n";
@@ -35,11 +35,27 @@ TEST_F(EventsTest, EventsLogWhatTheyCarry) {
                      "[INFO ] Product Id is 0x12a8\n[INFO ] Vendor Id is 0x5ac\n[INFO ] Device handle is 7\n"
                      "[INFO ] Device node is /dev/x\n[INFO ] Device Serial is S1\n",
          {"Phone", "/dev/x", "S1"}},
+        {{DEV_MGR_EVENT_DEVICE_CONNECTED, DEV_MGR_DEVICE_TYPE_MTP_1WIRE_NORMAL, 7, 1, 2, 5},
+         connected + "[INFO ] Device name is: Mtp\n[INFO ] Name length is 5\n[INFO ] Product Id is 0x1\n"
+                     "[INFO ] Vendor Id is 0x2\n[INFO ] Device handle is 7\n[INFO ] Device Node is node\n"
+                     "[INFO ] Device Serial is S2\n",
+         {"Mtp", "node", "S2"}},
         {{DEV_MGR_EVENT_DEVICE_CONNECTED, DEV_MGR_DEVICE_TYPE_NO_MEDIUM, 0, 1, 2, 9},
          connected + "[INFO ] MASS STORAGE DEVICE CONNECTED WITHOUT MEDIA.\n[INFO ] Device name is: Stick\n"
                      "[INFO ] Product Id is 0x1\n[INFO ] Vendor Id is 0x2\n[INFO ] Mount path is: /mnt\n"
                      "[INFO ] PLEASE INSERT MEDIA TO CONTINUE\n[INFO ] Probable Device handle is 9\n\n",
          {"Stick", "/mnt"}},
+        {{DEV_MGR_EVENT_DEVICE_CONNECTED, DEV_MGR_DEVICE_TYPE_USB_FAT_32, 7},
+         connected + "[INFO ] Mass storage device is connected. Type is DEV_MGR_DEVICE_TYPE_USB_FAT_32\n"
+                     "[INFO ] Mount failed"},
+        {{DEV_MGR_EVENT_DEVICE_CONNECTED, DEV_MGR_DEVICE_TYPE_UNKNOWN},
+         connected + "[INFO ] USB device is connected. Yet unknown. Reading.\n[INFO ] Another Connected "
+                     "event will be received if connected device is supported.\n"},
+        {{DEV_MGR_EVENT_DEVICE_CONNECTED, DEV_MGR_DEVICE_TYPE_HUB, 0x10, 0x20},
+         connected + "[INFO ] HUB is connected.\n[INFO ] PID of connected HUB is 0x10\n"
+                     "[INFO ] VID of connected HUB is 0x20\n"},
+        {{DEV_MGR_EVENT_DEVICE_CONNECTED, DEV_MGR_DEVICE_TYPE_UNSUPPORTED},
+         connected + "[INFO ] Connected device is unsupported.\n"},
         {{DEV_MGR_EVENT_DEVICE_DISCONNECTED, DEV_MGR_DEVICE_TYPE_HUB, 0x10, 0x20},
          disconnected + "[INFO ] HUB is disconnected\n[INFO ] PID of disconnected HUB is 0x10\n"
                         "[INFO ] VID of disconnected HUB is 0x20\n"},
@@ -52,6 +68,9 @@ TEST_F(EventsTest, EventsLogWhatTheyCarry) {
              "S1\n[INFO ] if you are in FS browse, press \"x\" and come out as device is disconnected\n"
              "[INFO ] if you are in iPod Menu, press \"c\" to return to main menu\n\n",
          {"Phone", "node", "S1"}},
+        {{DEV_MGR_EVENT_PLAY_STOPPED, 0, 0, 0, 0, 3},
+         "[INFO ] Event is DEV_MGR_EVENT_PLAY_STOPPED\n"
+         "[INFO ] Playback related event from device with device handle 3\n\n"},
         {{DEV_MGR_EVENT_AUTH_LOCKED, 0, 0, 0, 0, 3},
          "[INFO ] Event is DEV_MGR_EVENT_AUTH_LOCKED\n[INFO ] Authentication related event for device with "
          "device handle 3, Node = node\n\n[INFO ] Auth Locked\n",
@@ -71,9 +90,21 @@ TEST_F(EventsTest, EventsLogWhatTheyCarry) {
          "[INFO ] NowPlayingApplicationBundleName event received from connected iPod device 3\n"
          "[INFO ] NowPlayingApplicationBundleName is com.x\n\n\n",
          {"com.x"}},
+        {{DEV_MGR_IPOD_APP_SESSION_SPACE_AVAILABLE, 0, 0, 0, 5, 3},
+         "[INFO ] SessionSpaceAvailable event received from connected iPod device 3\n"
+         "[INFO ] Session space is now available for session ID 5\n\n\n"},
+        {{DEV_MGR_IPOD_CHARGING_INFO, 0, 0, 0, 5, 3},
+         "[INFO ] Charging Info Type 5\n[INFO ] Charging Info value3\n"},
+        {{DEV_MGR_EVENT_IPOD_SHUFFLE_SETTING, E_DEVMGR_IPOD_SHUFFLE_ALBUMS}, "[INFO ] Shuffle Setting 2\n"},
+        {{DEV_MGR_EVENT_IPOD_REPEAT_SETTING, E_DEVMGR_IPOD_REPEAT_ONE}, "[INFO ] Repeat Setting 1\n"},
+        {{DEV_MGR_EVENT_IPOD_PLAY_CONTEXT_SETTING, 12},
+         "[INFO ] Event is DEV_MGR_EVENT_IPOD_PLAY_CONTEXT_SETTING\n"
+         "[INFO ] Play Context Changed.  Total current items 12\n"},
         {{DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE, 48000},
          "[INFO ] Event is DEV_MGR_EVENT_IPOD_NEW_TRACK_SAMPLE_RATE\n"
          "[INFO ] USB Audio sample rate changed to 48000\n[ERROR] not restarting ipod stream\n"},
+        {{DEV_MGR_EVENT_DB_BUILD_PROGRESS_INFO, 50},
+         "[INFO ] Database is getting build Percentage Completion =50\n"},
         {{DEV_MGR_EVENT_DEVICE_MANAGER_EXITED},
          "[INFO ]  Device manager has exited. No API can be used anymore. Exiting."},
     };
@@ -154,6 +185,9 @@ TEST_F(EventsTest, EventsThatComeBeforeTheRegistrationHasReturnedAreItsOwn) {
     EXPECT_TRUE(early.IsExitRequested());
     EXPECT_TRUE(m_notifications.Take().empty()) << "another's";
     EXPECT_FALSE(m_manager->IsExitRequested());
+    const DeviceEvent late = DeviceSimulator::MakeEvent({DEV_MGR_EVENT_PLAY_STARTED});
+    DeviceManagerCallback(&late, 4712);
+    EXPECT_TRUE(notifications.Take().empty()) << "nobody's, now that the handle is known";
 }
 
 TEST_F(EventsTest, TimeIsToldWithADeviceOnlyAndPausesAlways) {
@@ -201,6 +235,25 @@ TEST_F(EventsTest, TheLoopSleepsNoLongerThanUntilTheNextStep) {
     Fire({DEV_MGR_EVENT_IPOD_PLAY_CONTEXT_SETTING, 1});
     m_manager->UpdatePlayStatus();
     EXPECT_TRUE(TestSupport::WaitUntil([&] { return m_manager->TimeToNextStep() < milliseconds(900); }));
+}
+
+TEST_F(EventsTest, AManagerCanGoWhileEventsCome) {
+    std::atomic<bool> done{false};
+    std::thread storm([&] {
+        const DeviceEvent event = DeviceSimulator::MakeEvent({DEV_MGR_EVENT_PLAY_STARTED});
+        while (!done) {
+            DeviceManagerCallback(&event, 0);
+        }
+    });
+    for (int i = 0; i < 50; ++i) {
+        RecordedNotifications notifications;
+        const IpodManager manager(&notifications, Folders());
+        while (notifications.Take().empty()) {
+            std::this_thread::yield();
+        }
+    }
+    done = true;
+    storm.join();
 }
 
 }  // namespace

@@ -14,7 +14,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Json::Rpc::CloseReason;
 
-constexpr std::chrono::milliseconds kProgressTime{800};
+constexpr std::chrono::milliseconds kProgressTime = std::chrono::milliseconds{800} * TEST_TIME_SCALE;
 
 Json::Rpc::Limits Impatient() {
     Json::Rpc::Limits limits;

@@ -99,16 +99,24 @@ TEST(SignalHandlerDeathTest, ExitWaitsForLateSignalsAndBringsTheDefaultActionsBa
     EXPECT_EXIT(ExitBehindSignals(), testing::ExitedWithCode(kExitAsPlanned), "");
 }
 
-TEST(SignalHandlerTest, CallsWhoIsRegisteredAndTakesNobodyForNone) {
+TEST(SignalHandlerTest, CallsListenersInOrderOfTheirLastRegistration) {
     CSignalHandler& handler = CSignalHandler::Instance();
     std::vector<int> calls;
-    Listener listener([&calls](int number) { calls.push_back(number); });
-    handler.Register(nullptr);
-    handler.Register(&listener);
-    handler.Notify(7);
-    handler.Unregister(&listener);
-    handler.Notify(8);
-    EXPECT_EQ(calls, std::vector<int>{7});
+    Listener later([&calls](int number) { calls.push_back(number); });
+    Listener first([&](int number) {
+        calls.push_back(100 + number);
+        if (number == 8) {
+            handler.Unregister(&later);
+            handler.Unregister(&first);
+        }
+    });
+    for (Listener* listener : {&later, &first, static_cast<Listener*>(nullptr), &later}) {
+        handler.Register(listener);
+    }
+    for (const int number : {7, 8, 9}) {
+        handler.Notify(number);
+    }
+    EXPECT_EQ(calls, (std::vector<int>{107, 7, 108}));
 }
 
 TEST(SignalHandlerTest, NextSignalIsToldBesideAListenerThatHangsButNotSooner) {
