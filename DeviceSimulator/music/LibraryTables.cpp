@@ -192,8 +192,9 @@ class TableLibrary final : public Library {
         if (scope == kEverything) {
             return AllBelow(m_tables.groups[kind].size());
         }
+        const auto tracks = List(scope, kTracks);
         ItemList groups;
-        for (const std::uint32_t track : *List(scope, kTracks)) {
+        for (const std::uint32_t track : *tracks) {
             if (const std::uint32_t group = m_tables.tracks[track].groups[kind]; group != kNone) {
                 groups.push_back(group);
             }
