@@ -2,6 +2,7 @@
 #pragma once
 
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 
 #include <cerrno>
@@ -10,6 +11,9 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
+
+#include "ServiceUtil/Descriptor.h"
 
 struct LocalAddress {
     sockaddr_un name{};
@@ -28,6 +32,17 @@ inline std::optional<LocalAddress> LocalAddressOf(const std::string& path) {
     std::memcpy(address.name.sun_path, path.c_str(), path.size() + 1);
     address.length = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + path.size() + 1);
     return address;
+}
+
+/// Listens at `address`, where nothing may be yet; only this user may connect. Empty on failure, which errno
+/// then says.
+inline Descriptor ListenLocally(const LocalAddress& address, int backlog) {
+    Descriptor listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    // The mode of the socket to be: set before bind, so that it never stands open to others.
+    const bool isGood = listener.IsOpen() && fchmod(listener.Get(), S_IRUSR | S_IWUSR) == 0 &&
+                        bind(listener.Get(), address.Generic(), address.length) == 0 &&
+                        listen(listener.Get(), backlog) == 0;
+    return isGood ? std::move(listener) : Descriptor{};
 }
 
 /// Sends all of `bytes`. Blocks, as the socket does; false when the connection ends, or a time limit of the

@@ -53,12 +53,8 @@ Descriptor Listen(const std::string& path) {
         return Descriptor{};
     }
     unlink(unready.c_str());
-    Descriptor listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    // The mode of the socket to be: set before bind, so that it never stands open to others.
-    const bool isGood = listener.IsOpen() && fchmod(listener.Get(), S_IRUSR | S_IWUSR) == 0 &&
-                        bind(listener.Get(), unreadyAddress->Generic(), unreadyAddress->length) == 0 &&
-                        listen(listener.Get(), static_cast<int>(ControlServer::kMostClients)) == 0 &&
-                        rename(unready.c_str(), path.c_str()) == 0;
+    Descriptor listener = ListenLocally(*unreadyAddress, static_cast<int>(ControlServer::kMostClients));
+    const bool isGood = listener.IsOpen() && rename(unready.c_str(), path.c_str()) == 0;
     return isGood ? std::move(listener) : Descriptor{};
 }
 

@@ -66,13 +66,14 @@ std::string Encode(const std::string& encoder, const std::filesystem::path& path
         encoder + " ! filesink name=sink";
     // Ogg streams are numbered by chance: the same chance each time makes the same file.
     g_random_set_seed(rate);
+    Tuning tuning{};  // outlives the pipeline, whose thread uses it
     GError* error = nullptr;
     const Owned<GstElement> pipeline(gst_parse_launch(description.c_str(), &error));
     if (const Owned<GError> problem(error); problem || !pipeline) {
         return problem ? problem->message : "unknown error";
     }
     g_object_set(ElementOf(pipeline.get(), "sink"), "location", path.c_str(), nullptr);
-    Tuning tuning{ElementOf(pipeline.get(), "source"), hertz};
+    tuning = {ElementOf(pipeline.get(), "source"), hertz};
     tuning.SetNext();
     GstPad* const pad = gst_element_get_static_pad(tuning.source, "src");
     const auto retune = [](GstPad*, GstPadProbeInfo*, gpointer data) {

@@ -25,15 +25,6 @@ Descriptor NewSocket() {
     return Descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
 }
 
-Descriptor Listen(const LocalAddress& address) {
-    Descriptor listener = NewSocket();
-    // The mode of the socket to be: set before bind, so that it never stands open to others.
-    const bool isGood = listener.IsOpen() && fchmod(listener.Get(), S_IRUSR | S_IWUSR) == 0 &&
-                        bind(listener.Get(), address.Generic(), address.length) == 0 &&
-                        listen(listener.Get(), kBacklog) == 0;
-    return isGood ? std::move(listener) : Descriptor{};
-}
-
 /// Waits for those who are at it; they take a moment.
 Descriptor Lock(const std::string& path) {
     Descriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
@@ -120,7 +111,7 @@ Descriptor ListenForClients(const std::string& path, std::string& error) {
         errno = EADDRINUSE;
     } else if (lock.IsOpen() && (errno == ECONNREFUSED || errno == ENOENT)) {
         RemoveSocket(path);
-        listener = Listen(*address);
+        listener = ListenLocally(*address, kBacklog);
     }
     if (!listener.IsOpen()) {
         error = "cannot listen at " + path + ": " + std::strerror(errno);
@@ -133,7 +124,7 @@ Descriptor ListenPrivately(LocalAddress& address) {
     address.name.sun_family = AF_UNIX;
     // Without a name: the system finds one.
     address.length = sizeof(address.name.sun_family);
-    Descriptor listener = Listen(address);
+    Descriptor listener = ListenLocally(address, kBacklog);
     address.length = sizeof(address.name);
     const bool isNamed =
         listener.IsOpen() &&
