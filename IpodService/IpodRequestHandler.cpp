@@ -15,7 +15,7 @@ u32 RepeatModeFromWord(const std::string& word) {
     return word == "current" ? E_DEVMGR_IPOD_REPEAT_ONE : E_DEVMGR_IPOD_REPEAT_NONE;
 }
 
-const char* WordFromRepeatMode(i32 mode) {
+std::string WordFromRepeatMode(i32 mode) {
     if (mode == E_DEVMGR_IPOD_REPEAT_ALL) {
         return "all";
     }
@@ -28,161 +28,121 @@ bool IsShuffled(i32 mode) {
 
 }  // namespace
 
-bool CIpodRequestHandler::Start(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
-    response["result"] = StatusWord(m_manager->StartStream() != 0);
-    return true;
+bool CIpodRequestHandler::Start(const Request&, std::string& result) {
+    return AppendStatus(result, m_manager->StartStream() != 0);
 }
 
-bool CIpodRequestHandler::Stop(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
-    response["result"] = StatusWord(m_manager->StopStream() != 0);
-    return true;
+bool CIpodRequestHandler::Stop(const Request&, std::string& result) {
+    return AppendStatus(result, m_manager->StopStream() != 0);
 }
 
-bool CIpodRequestHandler::Exit(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
+bool CIpodRequestHandler::Exit(const Request&, std::string& result) {
     m_manager->RequestExit();
-    response["result"] = StatusWord(true);
-    return true;
+    return AppendStatus(result, true);
 }
 
-bool CIpodRequestHandler::IsIpodConnected(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
-    response["result"]["connected"] = m_manager->IsDeviceConnected();
-    return true;
+bool CIpodRequestHandler::IsIpodConnected(const Request&, std::string& result) {
+    return AppendMember(result, "connected", m_manager->IsDeviceConnected());
 }
 
-bool CIpodRequestHandler::SetRepeatMode(const Json::Value& request, Json::Value& response) {
-    const Json::Value& params = request["params"];
+bool CIpodRequestHandler::SetRepeatMode(const Request& request, std::string& result) {
+    const Json::Value& params = request.Params();
     if (!params.isNull()) {
         m_manager->SetRepeat(RepeatModeFromWord(params["mode"].asString()));
     }
-    return GetRepeatMode(request, response);
+    return GetRepeatMode(request, result);
 }
 
-bool CIpodRequestHandler::GetRepeatMode(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
-    response["result"]["mode"] = WordFromRepeatMode(m_manager->GetRepeat());
-    return true;
+bool CIpodRequestHandler::GetRepeatMode(const Request&, std::string& result) {
+    return AppendMember(result, "mode", WordFromRepeatMode(m_manager->GetRepeat()));
 }
 
-bool CIpodRequestHandler::EnableShuffle(const Json::Value& request, Json::Value& response) {
-    const Json::Value& params = request["params"];
+bool CIpodRequestHandler::EnableShuffle(const Request& request, std::string& result) {
+    const Json::Value& params = request.Params();
     if (!params.isNull()) {
         m_manager->SetShuffle(params["enable"].asBool() ? E_DEVMGR_IPOD_SHUFFLE_TRACKS
                                                         : E_DEVMGR_IPOD_SHUFFLE_NONE);
     }
-    return IsShuffleEnabled(request, response);
+    return IsShuffleEnabled(request, result);
 }
 
-bool CIpodRequestHandler::IsShuffleEnabled(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
-    response["result"]["enabled"] = IsShuffled(m_manager->GetShuffle());
-    return true;
+bool CIpodRequestHandler::IsShuffleEnabled(const Request&, std::string& result) {
+    return AppendMember(result, "enabled", IsShuffled(m_manager->GetShuffle()));
 }
 
-bool CIpodRequestHandler::GetCurrentTrackInfo(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
+bool CIpodRequestHandler::GetCurrentTrackInfo(const Request&, std::string& result) {
     const TrackMetadata metadata = m_manager->GetTrackMetadata();
     const TrackTimes times = m_manager->GetTrackTime();
-    Json::Value trackInfo = TrackTextsToJson(metadata);
     // The method reports no position and does not ask whether the device plays; clients know these values.
-    trackInfo["trackIndex"] = -1;
-    trackInfo["trackCount"] = 1;
-    trackInfo["trackTime"] = times.elapsed;
-    trackInfo["trackDuration"] = times.total;
-    trackInfo["isPlaying"] = true;
-    response["result"]["trackInfo"] = std::move(trackInfo);
+    AppendTrackInfo(result, {metadata, times, -1, 1, true});
     m_manager->RequestPlayStatus();
     return true;
 }
 
-bool CIpodRequestHandler::GetCurrentAlbumArt(const Json::Value&, std::string& result) {
+bool CIpodRequestHandler::GetCurrentAlbumArt(const Request&, std::string& result) {
     std::string text;
     u32 width = 0;
     u32 height = 0;
-    if (m_manager->GetPlayingTrackAlbumArt(text, width, height) != 0) {
-        result = "{\"albumArt\":\"\"}";
-        return true;
+    const bool isFetched = m_manager->GetPlayingTrackAlbumArt(text, width, height) == 0;
+    Json::Rpc::ObjectText picture(result);
+    result.reserve(result.size() + text.size() + 80);
+    picture.Begin("albumArt").append(1, '"').append(isFetched ? text : std::string()).append(1, '"');
+    if (isFetched) {
+        picture.Add("imageHeight", height).Add("imageWidth", width);
     }
-    result.reserve(text.size() + 80);
-    result.append("{\"albumArt\":\"").append(text);
-    result.append("\",\"imageHeight\":").append(std::to_string(height));
-    result.append(",\"imageWidth\":").append(std::to_string(width)).append("}");
+    picture.End();
     return true;
 }
 
-bool CIpodRequestHandler::GetCurrentAlbumArtDelayed(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
-    response["result"]["success"] = m_manager->RequestDelayedAlbumArt() == 0;
-    return true;
+bool CIpodRequestHandler::GetCurrentAlbumArtDelayed(const Request&, std::string& result) {
+    return AppendMember(result, "success", m_manager->RequestDelayedAlbumArt() == 0);
 }
 
-bool CIpodRequestHandler::IsTrackPaused(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
-    response["result"]["isPaused"] = m_manager->IsPaused();
-    return true;
+bool CIpodRequestHandler::IsTrackPaused(const Request&, std::string& result) {
+    return AppendMember(result, "isPaused", m_manager->IsPaused());
 }
 
-bool CIpodRequestHandler::GetHasPlayableData(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
-    response["result"]["hasPlayableData"] = m_manager->GetHasPlayableData();
-    return true;
+bool CIpodRequestHandler::GetHasPlayableData(const Request&, std::string& result) {
+    return AppendMember(result, "hasPlayableData", m_manager->GetHasPlayableData());
 }
 
-bool CIpodRequestHandler::PlayFirst(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
-    response["result"]["success"] = m_manager->PlayFirstTrack() == 0;
-    return true;
+bool CIpodRequestHandler::PlayFirst(const Request&, std::string& result) {
+    return AppendMember(result, "success", m_manager->PlayFirstTrack() == 0);
 }
 
-bool CIpodRequestHandler::Play(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
+bool CIpodRequestHandler::Play(const Request&, std::string& result) {
     if (m_manager->IsStopped()) {
-        response["result"]["success"] = m_manager->PlayFirstTrack() == 0;
-    } else if (!m_manager->IsPlaying()) {
-        response["result"]["success"] = m_manager->Play() == 0;
-    } else {
-        response["result"] = Json::Value();
+        return AppendMember(result, "success", m_manager->PlayFirstTrack() == 0);
     }
+    if (!m_manager->IsPlaying()) {
+        return AppendMember(result, "success", m_manager->Play() == 0);
+    }
+    result += "null";
     return true;
 }
 
-bool CIpodRequestHandler::Pause(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
-    response["result"]["success"] = !m_manager->IsPaused() && m_manager->Pause() == 0;
-    return true;
+bool CIpodRequestHandler::Pause(const Request&, std::string& result) {
+    return AppendMember(result, "success", !m_manager->IsPaused() && m_manager->Pause() == 0);
 }
 
-bool CIpodRequestHandler::PlayPause(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
-    response["result"]["success"] = m_manager->TogglePlayPause();
-    return true;
+bool CIpodRequestHandler::PlayPause(const Request&, std::string& result) {
+    return AppendMember(result, "success", m_manager->TogglePlayPause());
 }
 
-bool CIpodRequestHandler::Next(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
-    response["result"]["success"] = m_manager->NextTrack() == 0;
-    return true;
+bool CIpodRequestHandler::Next(const Request&, std::string& result) {
+    return AppendMember(result, "success", m_manager->NextTrack() == 0);
 }
 
-bool CIpodRequestHandler::Previous(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
-    response["result"]["success"] = m_manager->PreviousTrack() == 0;
-    return true;
+bool CIpodRequestHandler::Previous(const Request&, std::string& result) {
+    return AppendMember(result, "success", m_manager->PreviousTrack() == 0);
 }
 
-bool CIpodRequestHandler::FastForwardSong(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
-    const bool enable = request["params"]["enable"].asBool();
-    response["result"]["enabled"] = m_manager->TrackFastForward(enable) == 0;
-    return true;
+bool CIpodRequestHandler::FastForwardSong(const Request& request, std::string& result) {
+    const bool enable = request.Params()["enable"].asBool();
+    return AppendMember(result, "enabled", m_manager->TrackFastForward(enable) == 0);
 }
 
-bool CIpodRequestHandler::RewindSong(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
-    const bool enable = request["params"]["enable"].asBool();
-    response["result"]["enabled"] = m_manager->TrackRewind(enable) == 0;
-    return true;
+bool CIpodRequestHandler::RewindSong(const Request& request, std::string& result) {
+    const bool enable = request.Params()["enable"].asBool();
+    return AppendMember(result, "enabled", m_manager->TrackRewind(enable) == 0);
 }

@@ -12,9 +12,7 @@
 
 namespace {
 
-const char* JsonBool(bool value) {
-    return value ? "true" : "false";
-}
+using Json::Rpc::ObjectText;
 
 /// An id as the client was given it, or those 32 bits as a signed number.
 u32 ItemId(const Json::Value& value) {
@@ -33,32 +31,34 @@ i32 Jump(const IpodManager& manager, const Json::Value& params, JumpFunction fin
 
 }  // namespace
 
-bool CIpodRequestHandler::GetBrowseList(const Json::Value& request, std::string& result) {
+bool CIpodRequestHandler::GetBrowseList(const Request& request, std::string& result) {
     const bool isRoot = !m_manager->IsBrowsing();
     i32 start = 0;
     u32 total = 0;
-    result = "{\"categoryItems\":[";
+    ObjectText page(result);
+    page.Begin("categoryItems") += '[';
     if (isRoot) {
         for (const TopCategoryEntry& entry : m_manager->GetTopCategories()) {
             ItemListText::Append(result, entry);
         }
     } else {
-        const Json::Value& params = request["params"];
+        const Json::Value& params = request.Params();
         start = params["startIndex"].asInt();
         total = m_manager->ListItems(start, params["itemCount"].asInt(), [&result](const BrowseItem& item) {
             ItemListText::Append(result, item);
         });
     }
-    result.append("],\"currIndex\":").append(std::to_string(start));
-    result.append(",\"isLastCategory\":").append(JsonBool(m_manager->IsAtLeafCategory()));
-    result.append(",\"isRootCategory\":").append(JsonBool(isRoot));
-    result.append(",\"totalCount\":").append(std::to_string(static_cast<i32>(total))).append("}");
+    result += ']';
+    page.Add("currIndex", start)
+        .Add("isLastCategory", m_manager->IsAtLeafCategory())
+        .Add("isRootCategory", isRoot)
+        .Add("totalCount", static_cast<i32>(total))
+        .End();
     return true;
 }
 
-bool CIpodRequestHandler::SelectBrowseItem(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
-    const Json::Value& params = request["params"];
+bool CIpodRequestHandler::SelectBrowseItem(const Request& request, std::string& result) {
+    const Json::Value& params = request.Params();
     if (params.isNull()) {
         return true;
     }
@@ -66,60 +66,49 @@ bool CIpodRequestHandler::SelectBrowseItem(const Json::Value& request, Json::Val
     const i32 outcome =
         m_manager->IsBrowsing() ? m_manager->BrowseInto(id) : m_manager->BrowseTopCategory(id);
     if (outcome == 0) {
-        response["result"] = "browsing";
-    } else {
-        response["result"] = StatusWord(outcome == 1);
-    }
-    return true;
-}
-
-bool CIpodRequestHandler::SelectBrowseBack(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
-    response["result"] = StatusWord(m_manager->BrowseOneLevelBack() == 0);
-    return true;
-}
-
-bool CIpodRequestHandler::FilterBrowseList(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
-    const Json::Value& params = request["params"];
-    if (params.isNull()) {
-        response["result"] = StatusWord(false);
+        result += "\"browsing\"";
         return true;
     }
-    response["result"] = StatusWord(m_manager->SetItemFilter(params["searchText"].asString()) == 0);
-    return true;
+    return AppendStatus(result, outcome == 1);
 }
 
-bool CIpodRequestHandler::ResetBrowseList(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
-    response["result"]["resetSuccess"] = m_manager->ResetDatabase() == 0;
-    return true;
+bool CIpodRequestHandler::SelectBrowseBack(const Request&, std::string& result) {
+    return AppendStatus(result, m_manager->BrowseOneLevelBack() == 0);
 }
 
-bool CIpodRequestHandler::GetSongList(const Json::Value&, std::string& result) {
+bool CIpodRequestHandler::FilterBrowseList(const Request& request, std::string& result) {
+    const Json::Value& params = request.Params();
+    if (params.isNull()) {
+        return AppendStatus(result, false);
+    }
+    return AppendStatus(result, m_manager->SetItemFilter(params["searchText"].asString()) == 0);
+}
+
+bool CIpodRequestHandler::ResetBrowseList(const Request&, std::string& result) {
+    return AppendMember(result, "resetSuccess", m_manager->ResetDatabase() == 0);
+}
+
+bool CIpodRequestHandler::GetSongList(const Request&, std::string& result) {
     if (m_manager->IsBrowsing()) {
         return true;
     }
     m_manager->BrowseTopCategory(DEV_MGR_CATEGORY_TRACK);
-    std::string list = "{\"categoryItems\":[";
-    if (!m_manager->ListAllItems([&list](const BrowseItem& item) { ItemListText::Append(list, item); })) {
+    const std::size_t before = result.size();
+    ObjectText songs(result);
+    songs.Begin("categoryItems") += '[';
+    if (!m_manager->ListAllItems([&result](const BrowseItem& item) { ItemListText::Append(result, item); })) {
+        result.resize(before);
         return true;
     }
-    list.append("],\"isLastCategory\":").append(JsonBool(m_manager->IsAtLeafCategory()));
-    result = std::move(list.append(",\"isRootCategory\":false}"));
+    result += ']';
+    songs.Add("isLastCategory", m_manager->IsAtLeafCategory()).Add("isRootCategory", false).End();
     return true;
 }
 
-bool CIpodRequestHandler::GetNextAlphaNumericIndex(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
-    response["result"]["itemIndex"] =
-        static_cast<Json::Int>(Jump(*m_manager, request["params"], NextInitialIndex, -1));
-    return true;
+bool CIpodRequestHandler::GetNextAlphaNumericIndex(const Request& request, std::string& result) {
+    return AppendMember(result, "itemIndex", Jump(*m_manager, request.Params(), NextInitialIndex, -1));
 }
 
-bool CIpodRequestHandler::GetPrevAlphaNumericIndex(const Json::Value& request, Json::Value& response) {
-    BeginResponse(request, response);
-    response["result"]["itemIndex"] =
-        static_cast<Json::Int>(Jump(*m_manager, request["params"], PreviousInitialIndex, 0));
-    return true;
+bool CIpodRequestHandler::GetPrevAlphaNumericIndex(const Request& request, std::string& result) {
+    return AppendMember(result, "itemIndex", Jump(*m_manager, request.Params(), PreviousInitialIndex, 0));
 }

@@ -22,7 +22,7 @@ constexpr std::chrono::milliseconds kExitPatience{500};
 
 struct Method {
     const char* name;
-    bool (CIpodRequestHandler::*member)(const Json::Value&, Json::Value&);
+    Json::Rpc::RpcMethod<CIpodRequestHandler>::Member member;
 };
 
 constexpr std::array kMethods = {
@@ -35,6 +35,7 @@ constexpr std::array kMethods = {
     Method{"enableShuffle", &CIpodRequestHandler::EnableShuffle},
     Method{"isShuffleEnabled", &CIpodRequestHandler::IsShuffleEnabled},
     Method{"getCurrentTrackInfo", &CIpodRequestHandler::GetCurrentTrackInfo},
+    Method{"getCurrentAlbumArt", &CIpodRequestHandler::GetCurrentAlbumArt},
     Method{"getCurrentAlbumArtDelayed", &CIpodRequestHandler::GetCurrentAlbumArtDelayed},
     Method{"playFirst", &CIpodRequestHandler::PlayFirst},
     Method{"play", &CIpodRequestHandler::Play},
@@ -42,6 +43,7 @@ constexpr std::array kMethods = {
     Method{"playPause", &CIpodRequestHandler::PlayPause},
     Method{"next", &CIpodRequestHandler::Next},
     Method{"previous", &CIpodRequestHandler::Previous},
+    Method{"getBrowseList", &CIpodRequestHandler::GetBrowseList},
     Method{"selectBrowseItem", &CIpodRequestHandler::SelectBrowseItem},
     Method{"selectBrowseBack", &CIpodRequestHandler::SelectBrowseBack},
     Method{"filterBrowseList", &CIpodRequestHandler::FilterBrowseList},
@@ -49,23 +51,12 @@ constexpr std::array kMethods = {
     Method{"rewindSong", &CIpodRequestHandler::RewindSong},
     Method{"resetBrowseList", &CIpodRequestHandler::ResetBrowseList},
     Method{"isTrackPaused", &CIpodRequestHandler::IsTrackPaused},
+    Method{"getSongList", &CIpodRequestHandler::GetSongList},
     Method{"getNextAlphaNumericIndex", &CIpodRequestHandler::GetNextAlphaNumericIndex},
     Method{"getPrevAlphaNumericIndex", &CIpodRequestHandler::GetPrevAlphaNumericIndex},
     Method{"getHasPlayableData", &CIpodRequestHandler::GetHasPlayableData},
 };
-
-/// One whose result may be large.
-struct LargeMethod {
-    const char* name;
-    bool (CIpodRequestHandler::*member)(const Json::Value&, std::string&);
-};
-
-constexpr std::array kLargeMethods = {
-    LargeMethod{"getCurrentAlbumArt", &CIpodRequestHandler::GetCurrentAlbumArt},
-    LargeMethod{"getBrowseList", &CIpodRequestHandler::GetBrowseList},
-    LargeMethod{"getSongList", &CIpodRequestHandler::GetSongList},
-};
-static_assert(kMethods.size() + kLargeMethods.size() == 29);
+static_assert(kMethods.size() == 29);
 
 bool IsLoopback(const std::string& address) {
     return address.starts_with("127.") || address == "::1";
@@ -100,10 +91,6 @@ void CIpodRequestServer::Start(const std::string& address, u16 port) {
     }
     for (const Method& method : kMethods) {
         m_tcpServer->AddMethod(std::make_unique<Json::Rpc::RpcMethod<CIpodRequestHandler>>(
-            m_handler, method.member, method.name));
-    }
-    for (const LargeMethod& method : kLargeMethods) {
-        m_tcpServer->AddMethod(std::make_unique<Json::Rpc::TextMethod<CIpodRequestHandler>>(
             m_handler, method.member, method.name));
     }
 }

@@ -55,8 +55,7 @@ class CIpodRequestServer final : public ISignalListener, public IIpodNotificatio
     void StopManager() REQUIRES(kServerThread);
     void CloseTcpServer() REQUIRES(kServerThread);
     void EndAtOnce(int signalNumber);
-    void Notify(const char* method, Json::Value params);
-    void Broadcast(const Json::Value& notification);
+    void Broadcast(std::string notification) EXCLUDES(m_notificationMutex);
 
     // Declared before the manager, which may still be reporting while it is destroyed.
 

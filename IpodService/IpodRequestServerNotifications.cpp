@@ -2,70 +2,69 @@
 
 #include "IpodService/IpodRequestServer.h"
 #include "IpodService/TrackText.h"
-#include "JsonRpc/Text.h"
+#include "JsonRpc/ObjectText.h"
 #include "ServiceUtil/Logger.h"
+
+namespace {
+
+using Json::Rpc::ObjectText;
+
+/// A notification of `method`, of which `append` writes the params.
+template <typename Append>
+std::string NotificationText(const char* method, Append append) {
+    std::string text = "{\"jsonrpc\":\"2.0\",\"method\":\"";
+    text.append(method).append("\",\"params\":");
+    append(text);
+    return text.append("}\n");
+}
+
+}  // namespace
 
 void CIpodRequestServer::OnTrackInfo(bool isPlaying, const NowPlayingPosition& position,
                                      const TrackMetadata& metadata, const TrackTimes& times) {
-    Json::Value trackInfo = TrackTextsToJson(metadata);
-    trackInfo["trackIndex"] = position.index + 1;
-    trackInfo["trackCount"] = position.count;
-    trackInfo["trackTime"] = times.elapsed;
-    trackInfo["trackDuration"] = times.total;
-    trackInfo["isPlaying"] = isPlaying;
-    Json::Value params;
-    params["trackInfo"] = std::move(trackInfo);
-    Notify("trackInfoNotification", std::move(params));
+    const u32 index = position.index + 1;
+    Broadcast(NotificationText("trackInfoNotification", [&](std::string& params) {
+        AppendTrackInfo(params, {metadata, times, index, position.count, isPlaying});
+    }));
 }
 
 void CIpodRequestServer::OnTrackTimes(const TrackTimes& times) {
-    Json::Value params;
-    params["trackTime"] = times.elapsed;
-    params["trackDuration"] = times.total;
-    Notify("trackTimeNotification", std::move(params));
+    Broadcast(NotificationText("trackTimeNotification", [&](std::string& params) {
+        ObjectText(params).Add("trackDuration", times.total).Add("trackTime", times.elapsed).End();
+    }));
 }
 
 void CIpodRequestServer::OnTrackTime(u32 time) {
-    Json::Value params;
-    params["trackTime"] = time;
-    Notify("trackTimeNotification", std::move(params));
+    Broadcast(NotificationText("trackTimeNotification", [&](std::string& params) {
+        ObjectText(params).Add("trackTime", time).End();
+    }));
 }
 
 void CIpodRequestServer::OnConnection(bool connected) {
-    Json::Value params;
-    params["connected"] = connected;
-    Notify("ipodConnectionNotification", std::move(params));
+    Broadcast(NotificationText("ipodConnectionNotification", [&](std::string& params) {
+        ObjectText(params).Add("connected", connected).End();
+    }));
 }
 
 void CIpodRequestServer::OnAlbumArt(const std::string& albumArt, u32 width, u32 height, int trackIndex) {
     LOG_DEBUG("Sending ipod Track AlbumArt Notification\n");
-    Json::Value params;
-    params["albumArt"] = albumArt;
-    params["imageWidth"] = width;
-    params["imageHeight"] = height;
-    params["trackIndex"] = trackIndex;
-    Notify("ipodAlbumArtNotification", std::move(params));
+    Broadcast(NotificationText("ipodAlbumArtNotification", [&](std::string& params) {
+        ObjectText picture(params);
+        picture.Begin("albumArt").append(1, '"').append(albumArt).append(1, '"');
+        picture.Add("imageHeight", height).Add("imageWidth", width).Add("trackIndex", trackIndex).End();
+    }));
 }
 
 void CIpodRequestServer::OnTrackPaused(bool paused) {
     LOG_DEBUG("Sending ipod track paused Notification: %d\n", paused ? 1 : 0);
-    Json::Value params;
-    params["isTrackPaused"] = paused;
-    Notify("trackPausedNotification", std::move(params));
+    Broadcast(NotificationText("trackPausedNotification", [&](std::string& params) {
+        ObjectText(params).Add("isTrackPaused", paused).End();
+    }));
 }
 
-void CIpodRequestServer::Notify(const char* method, Json::Value params) {
-    Json::Value notification;
-    notification["jsonrpc"] = "2.0";
-    notification["method"] = method;
-    notification["params"] = std::move(params);
-    Broadcast(notification);
-}
-
-void CIpodRequestServer::Broadcast(const Json::Value& notification) {
+void CIpodRequestServer::Broadcast(std::string notification) {
     const MutexLock lock(m_notificationMutex);
-    if (m_tcpServer == nullptr) {
-        return;
+    if (m_tcpServer != nullptr) {
+        m_tcpServer->Broadcast(std::move(notification));
     }
-    m_tcpServer->Broadcast(Json::Rpc::ToText(notification));
 }

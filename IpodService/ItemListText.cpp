@@ -1,8 +1,7 @@
 #include "IpodService/ItemListText.h"
 
-#include <json/writer.h>
-
 #include "IpodService/RecordText.h"
+#include "JsonRpc/ObjectText.h"
 #include "ServiceUtil/Utf8.h"
 
 namespace {
@@ -32,21 +31,21 @@ void BeginElement(std::string& list) {
     }
 }
 
-void AppendIdAndName(std::string& list, u32 id, const std::string& name) {
-    list.append("\"itemId\":").append(std::to_string(id));
-    list.append(",\"itemName\":").append(Json::valueToQuotedString(name.c_str())).append("}");
-}
-
 }  // namespace
 
 void ItemListText::Append(std::string& list, const BrowseItem& item) {
     BeginElement(list);
-    list += '{';
-    AppendIdAndName(list, item.id, WellFormedUtf8(RecordText(item.name), sizeof item.name));
+    Json::Rpc::ObjectText(list)
+        .Add("itemId", item.id)
+        .Add("itemName", WellFormedUtf8(RecordText(item.name), sizeof item.name))
+        .End();
 }
 
 void ItemListText::Append(std::string& list, const TopCategoryEntry& entry) {
     BeginElement(list);
-    list.append("{\"isSupported\":").append(entry.supported != 0 ? "true," : "false,");
-    AppendIdAndName(list, entry.category, CategoryLabel(entry.category));
+    Json::Rpc::ObjectText(list)
+        .Add("isSupported", entry.supported != 0)
+        .Add("itemId", entry.category)
+        .Add("itemName", std::string(CategoryLabel(entry.category)))
+        .End();
 }

@@ -1,15 +1,19 @@
-// What the methods' responses have in common.
+// What the methods' results have in common.
 #pragma once
 
-#include <json/json.h>
+#include <string>
 
-/// Sets "jsonrpc" and copies the request's "id", null when it has none.
-inline void BeginResponse(const Json::Value& request, Json::Value& response) {
-    response["jsonrpc"] = "2.0";
-    response["id"] = request["id"];
+#include "JsonRpc/ObjectText.h"
+
+/// Appends a result that says no more than whether it worked. True.
+inline bool AppendStatus(std::string& result, bool success) {
+    result.append(success ? "\"success\"" : "\"failure\"");
+    return true;
 }
 
-/// The status word of a result.
-inline const char* StatusWord(bool success) {
-    return success ? "success" : "failure";
+/// Appends a result of one member. True.
+template <typename Value>
+bool AppendMember(std::string& result, const char* name, const Value& value) {
+    Json::Rpc::ObjectText(result).Add(name, value).End();
+    return true;
 }

@@ -1,17 +1,18 @@
-// A track's texts at the JSON edge.
+// A track at the JSON edge.
 #pragma once
 
-#include <json/json.h>
+#include <cstdint>
+#include <string>
 
 #include "IpodService/IIpodNotifications.h"
-#include "ServiceUtil/Utf8.h"
 
-/// {"trackTitle", "trackArtist", "trackAlbum"}, mended to well-formed UTF-8.
-inline Json::Value TrackTextsToJson(const TrackMetadata& metadata) {
-    constexpr std::size_t kFieldSize = sizeof(TrackMetadataRecord::title);
-    Json::Value texts;
-    texts["trackTitle"] = WellFormedUtf8(metadata.title, kFieldSize);
-    texts["trackArtist"] = WellFormedUtf8(metadata.artist, kFieldSize);
-    texts["trackAlbum"] = WellFormedUtf8(metadata.album, kFieldSize);
-    return texts;
-}
+struct TrackInfo {
+    const TrackMetadata& metadata;
+    const TrackTimes& times;
+    std::int64_t index;
+    u32 count;
+    bool isPlaying;
+};
+
+/// Appends {"trackInfo": {...}}, its texts mended to well-formed UTF-8. Any thread.
+void AppendTrackInfo(std::string& text, const TrackInfo& track);

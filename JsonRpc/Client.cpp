@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <utility>
 
+#include "JsonRpc/Reply.h"
+
 namespace Json::Rpc {
 
 Client::Client(std::shared_ptr<Connection> connection, const Limits& limits)

@@ -5,9 +5,9 @@
 
 namespace Json::Rpc {
 
-/// Makes a text that is good JSON one that jsoncpp reads, without moving a byte, so that the places that the
-/// reader reports hold for both: a number beyond the range of double becomes 1e308 with its sign, an escaped
-/// surrogate without its partner the replacement character \ufffd. Any thread.
+/// Makes a text that is good JSON one that jsoncpp reads, of the same length: a number beyond the range of
+/// double becomes 1e308 with its sign, an escaped surrogate without its partner the replacement character
+/// \ufffd. Any thread.
 void MakeReadable(std::string& text);
 
 }  // namespace Json::Rpc

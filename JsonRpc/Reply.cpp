@@ -1,12 +1,12 @@
 #include "JsonRpc/Reply.h"
 
-#include <json/writer.h>
-
-#include "JsonRpc/Text.h"
+#include <utility>
 
 namespace Json::Rpc {
 
 namespace {
+
+constexpr std::size_t kUsualLength = 256;
 
 const char* MessageOf(ErrorCode code) {
     switch (code) {
@@ -32,34 +32,20 @@ std::string ErrorReply(ErrorCode code, std::string_view id) {
     return reply;
 }
 
-std::string ObjectReply(Json::Value& response, std::string_view id) {
-    response["id"];  // is there from here on, whatever the method did
-    std::string reply;
-    for (auto member = response.begin(); member != response.end(); ++member) {
-        const std::string name = member.name();
-        reply += reply.empty() ? '{' : ',';
-        reply += Json::valueToQuotedString(name.c_str());
-        reply += ':';
-        if (name == "id") {
-            reply += id;
-        } else {
-            reply += ToText(*member);
-            reply.pop_back();  // the line's end
-        }
-    }
-    reply += "}\n";
-    return reply;
+ResultReply::ResultReply(std::string_view id) {
+    m_text.reserve(id.size() + kUsualLength);
+    m_text.append("{\"id\":").append(id).append(",\"jsonrpc\":\"2.0\"");
+    m_end = m_text.size();
+    m_text.append(",\"result\":");
+    m_begin = m_text.size();
 }
 
-std::string TextReply(std::string_view result, std::string_view id) {
-    constexpr std::string_view kResult = ",\"result\":";
-    std::string reply;
-    reply.reserve(result.size() + id.size() + 64);
-    reply.append("{\"id\":").append(id).append(",\"jsonrpc\":\"2.0\"");
-    if (!result.empty()) {
-        reply.append(kResult).append(result);
+std::string ResultReply::Take() {
+    if (m_text.size() == m_begin) {
+        m_text.resize(m_end);
     }
-    return reply.append("}\n");
+    m_text.append("}\n");
+    return std::move(m_text);
 }
 
 }  // namespace Json::Rpc

@@ -1,8 +1,7 @@
 // The texts that a server answers with: each one line of JSON, ended by "\n".
 #pragma once
 
-#include <json/value.h>
-
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -17,15 +16,25 @@ enum class ErrorCode {
     InternalError = -32603,
 };
 
-/// In all of these `id` is JSON text and stands in the reply as it is. Any thread.
-
+/// The id is JSON text and stands in the reply as it is. Any thread.
 std::string ErrorReply(ErrorCode code, std::string_view id = "null");
 
-/// The response object with the id's text as its member "id".
-std::string ObjectReply(Json::Value& response, std::string_view id);
+/// A reply that is written where it stands: the method appends the JSON text of "result". One thread at a
+/// time.
+class ResultReply {
+  public:
+    /// The id is JSON text and stands in the reply as it is.
+    explicit ResultReply(std::string_view id);
 
-/// A reply around the JSON text of its member "result"; without the member when the text is empty. The text
-/// is copied once.
-std::string TextReply(std::string_view result, std::string_view id);
+    std::string& Result() { return m_text; }
+
+    /// The whole reply; without the member "result" when nothing has been appended. Once.
+    std::string Take();
+
+  private:
+    std::string m_text;
+    std::size_t m_end = 0;    // of what stands before the member "result"
+    std::size_t m_begin = 0;  // of its value
+};
 
 }  // namespace Json::Rpc

@@ -91,17 +91,15 @@ class Service {
         }
     }
 
-    std::string Call(bool (Handler::*method)(const Json::Value&, Json::Value&), Json::Value params = {}) {
-        return Reply(Json::Rpc::RpcMethod<Handler>(m_handler, method, ""), std::move(params));
-    }
-    std::string Call(bool (Handler::*method)(const Json::Value&, std::string&), Json::Value params = {}) {
-        return Reply(Json::Rpc::TextMethod<Handler>(m_handler, method, ""), std::move(params));
+    std::string Call(Json::Rpc::RpcMethod<Handler>::Member method, const std::string& params = "null") {
+        const std::string text = "{\"jsonrpc\":\"2.0\",\"method\":\"\",\"params\":" + params + "}";
+        std::string result;
+        (m_handler.*method)(Json::Rpc::Request(text), result);
+        return result;
     }
     std::string Page(int start) {
-        Json::Value params;
-        params["startIndex"] = start;
-        params["itemCount"] = 50;
-        return Call(&Handler::GetBrowseList, std::move(params));
+        return Call(&Handler::GetBrowseList,
+                    "{\"startIndex\":" + std::to_string(start) + ",\"itemCount\":50}");
     }
     void EnterSongs() {
         m_manager.ResetDatabase();
@@ -114,14 +112,6 @@ class Service {
     IpodManager& Manager() { return m_manager; }
 
   private:
-    static std::string Reply(Json::Rpc::Method&& method, Json::Value params) {
-        Json::Value request;
-        request["params"] = std::move(params);
-        std::string reply;
-        method.Reply(request, "1", reply);
-        return reply;
-    }
-
     Silent m_notifications;
     IpodManager m_manager{&m_notifications, {"/nowhere/iap2db", "/nowhere"}};
     Handler m_handler{&m_manager};
@@ -188,12 +178,10 @@ void MeasureFilter(Service& service) {
 void MeasureJump(Service& service) {
     service.EnterSongs();
     DeviceSimulator::Simulator& simulator = DeviceSimulator::Simulator::Instance();
-    Json::Value params;
-    params["startIndex"] = 0;
     std::string answer;
     simulator.ClearCalls();
-    const double time =
-        MedianTime(1, [&] { answer = service.Call(&Handler::GetNextAlphaNumericIndex, params); });
+    const double time = MedianTime(
+        1, [&] { answer = service.Call(&Handler::GetNextAlphaNumericIndex, "{\"startIndex\":0}"); });
     std::int64_t largest = 0;
     int single = 0;
     const auto calls = simulator.Calls("eDevMgriPodGetItems");
@@ -201,7 +189,7 @@ void MeasureJump(Service& service) {
         single += call.arguments.back() == 1;
         largest = std::max(largest, call.arguments.back());
     }
-    std::printf("jump from 0: %zu item calls, %d of one item, at most %lld items   %8.2f ms   %s",
+    std::printf("jump from 0: %zu item calls, %d of one item, at most %lld items   %8.2f ms   %s\n",
                 calls.size(), single, static_cast<long long>(largest), time / 1000, answer.c_str());
 }
 

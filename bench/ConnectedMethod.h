@@ -3,6 +3,7 @@
 
 #include <memory>
 
+#include "JsonRpc/ObjectText.h"
 #include "JsonRpc/RpcMethod.h"
 #include "JsonRpc/Server.h"
 
@@ -15,10 +16,8 @@ class ConnectedMethod {
     }
 
   private:
-    bool Run(const Json::Value& request, Json::Value& response) {
-        response["jsonrpc"] = "2.0";
-        response["id"] = request["id"];
-        response["result"]["connected"] = false;
+    bool Run(const Json::Rpc::Request&, std::string& result) {
+        Json::Rpc::ObjectText(result).Add("connected", false).End();
         return true;
     }
 };

@@ -16,10 +16,12 @@
 #include "JsonRpc/Batch.h"
 #include "JsonRpc/Limits.h"
 #include "JsonRpc/MessageScanner.h"
+#include "JsonRpc/ObjectText.h"
 #include "JsonRpc/ReaderText.h"
 #include "JsonRpc/Reply.h"
 #include "JsonRpc/RpcMethod.h"
 #include "JsonRpc/Server.h"
+#include "JsonRpc/Text.h"
 
 namespace {
 
@@ -27,21 +29,24 @@ using Json::Rpc::FramedText;
 
 class Methods {
   public:
-    bool Echo(const Json::Value& request, Json::Value& response) {
-        response["jsonrpc"] = "2.0";
-        response["id"] = request["id"];
-        response["result"] = request["params"];
+    using Request = Json::Rpc::Request;
+
+    bool Echo(const Request& request, std::string& result) {
+        result += Json::Rpc::ToText(request.Params());
+        result.pop_back();
         return true;
     }
-    bool Convert(const Json::Value& request, Json::Value& response) {
-        response["id"] = request["id"];
-        response["result"]["number"] = request["params"]["number"].asInt();
-        response["result"]["flag"] = request["params"]["flag"].asBool();
-        response["result"]["text"] = request["params"]["text"].asString();
+    bool Convert(const Request& request, std::string& result) {
+        const Json::Value& params = request.Params();
+        Json::Rpc::ObjectText(result)
+            .Add("flag", params["flag"].asBool())
+            .Add("number", params["number"].asInt())
+            .Add("text", params["text"].asString())
+            .End();
         return true;
     }
-    bool Refuse(const Json::Value&, Json::Value&) { return false; }
-    bool Throw(const Json::Value&, Json::Value&) { throw std::runtime_error("broken"); }
+    bool Refuse(const Request&, std::string&) { return false; }
+    bool Throw(const Request&, std::string&) { throw std::runtime_error("broken"); }
 };
 
 class Fixture {
@@ -58,7 +63,7 @@ class Fixture {
     std::unique_ptr<Json::CharReader> reader;
 
   private:
-    void Add(bool (Methods::*member)(const Json::Value&, Json::Value&), const char* name) {
+    void Add(Json::Rpc::RpcMethod<Methods>::Member member, const char* name) {
         server.AddMethod(std::make_unique<Json::Rpc::RpcMethod<Methods>>(m_methods, member, name));
     }
     Methods m_methods;

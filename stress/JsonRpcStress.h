@@ -48,7 +48,7 @@ class Server {
     Server() {
         kServerThread.Assert();
         Add("ping", &Server::Ping);
-        m_tcp.AddMethod(std::make_unique<Json::Rpc::TextMethod<Server>>(*this, &Server::FillText, "fill"));
+        Add("fill", &Server::FillText);
         m_tcp.SetCloseListener([this](const Json::Rpc::ClosedClient&) { ++closed; });
         if (!m_tcp.Bind() || !m_tcp.Listen()) {
             std::perror("bind");
@@ -91,17 +91,15 @@ class Server {
     std::atomic<int> closed{0};
 
   private:
-    void Add(const char* name, bool (Server::*member)(const Json::Value&, Json::Value&)) {
+    void Add(const char* name, Json::Rpc::RpcMethod<Server>::Member member) {
         m_tcp.AddMethod(std::make_unique<Json::Rpc::RpcMethod<Server>>(*this, member, name));
     }
-    bool Ping(const Json::Value&, Json::Value& response) {
-        response["jsonrpc"] = "2.0";
-        response["result"] = true;
+    bool Ping(const Json::Rpc::Request&, std::string& result) {
+        result += "true";
         return true;
     }
-    bool FillText(const Json::Value& request, std::string& result) {
-        result.assign(request["params"].asUInt(), 'f');
-        result.front() = result.back() = '"';
+    bool FillText(const Json::Rpc::Request& request, std::string& result) {
+        result.append(1, '"').append(request.Params().asUInt() - 2, 'f').append(1, '"');
         return true;
     }
 

@@ -19,6 +19,8 @@
 #include "IpodService/IIpodNotifications.h"
 #include "IpodService/IpodManager.h"
 #include "IpodService/IpodRequestHandler.h"
+#include "JsonRpc/RpcMethod.h"
+#include "JsonRpc/Text.h"
 #include "ServiceUtil/Logger.h"
 
 using Texts = std::vector<std::string>;
@@ -77,8 +79,7 @@ auto Giving(Values... values) {
 class ManagerTest : public testing::Test {
   protected:
     using Handler = CIpodRequestHandler;
-    using Method = bool (Handler::*)(const Json::Value&, Json::Value&);
-    using ListMethod = bool (Handler::*)(const Json::Value&, std::string&);
+    using Method = Json::Rpc::RpcMethod<Handler>::Member;
 
     ManagerTest() {
         std::string pattern = std::filesystem::temp_directory_path() / "ipod-test-XXXXXX";
@@ -160,25 +161,12 @@ class ManagerTest : public testing::Test {
         return std::regex_replace(text, head, "$1 ");
     }
     /// The result of a request with these parameters; with ' for ".
-    Json::Value Result(Method method, const std::string& params = "null") {
-        Json::Value response;
-        EXPECT_TRUE((Handler(m_manager.get()).*method)(Request(params), response));
-        return response["result"];
-    }
-    Json::Value Result(ListMethod method, const std::string& params = "null") {
-        std::string text;
-        EXPECT_TRUE((Handler(m_manager.get()).*method)(Request(params), text));
-        Json::Value result;
-        if (!text.empty()) {
-            std::istringstream(text) >> result;
-        }
-        return result;
-    }
-    static Json::Value Request(std::string params) {
+    Json::Value Result(Method method, std::string params = "null") {
         std::replace(params.begin(), params.end(), '\'', '"');
-        Json::Value request;
-        std::istringstream(R"({"jsonrpc":"2.0","id":7,"method":"x","params":)" + params + "}") >> request;
-        return request;
+        params = R"({"jsonrpc":"2.0","id":7,"method":"x","params":)" + params + "}";
+        std::string text;
+        EXPECT_TRUE((Handler(m_manager.get()).*method)(Json::Rpc::Request(params), text));
+        return text.empty() ? Json::Value() : Json::Rpc::FromText(text);
     }
 
     DeviceSimulator::Simulator& m_simulator = DeviceSimulator::Simulator::Instance();

@@ -1,0 +1,30 @@
+// Where the parts of a JSON text end.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace Json::Rpc {
+
+/// The texts are good JSON, as JsonGrammar has found; they are not looked at again. Any thread.
+
+/// The end of the string that begins at `at`.
+inline std::size_t EndOfString(std::string_view text, std::size_t at) {
+    for (++at; text[at] != '"'; ++at) {
+        at += text[at] == '\\' ? 1U : 0U;
+    }
+    return at + 1;
+}
+
+/// The end of the value that begins at `at`, inside an array or an object; with the whitespace behind it.
+inline std::size_t EndOfValue(std::string_view text, std::size_t at) {
+    int depth = 0;
+    while (depth > 0 || (text[at] != ',' && text[at] != ']' && text[at] != '}')) {
+        const char c = text[at];
+        depth += c == '{' || c == '[' ? 1 : c == '}' || c == ']' ? -1 : 0;
+        at = c == '"' ? EndOfString(text, at) : at + 1;
+    }
+    return at;
+}
+
+}  // namespace Json::Rpc
