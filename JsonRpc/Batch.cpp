@@ -6,15 +6,9 @@
 
 namespace Json::Rpc {
 
-namespace {
-
-constexpr std::string_view kBetweenRequests = " \t\r\n,";
-
-}  // namespace
-
 void Batch::FindNext() {
     const std::string_view text = m_text;
-    m_at = text.find_first_not_of(kBetweenRequests, m_at);
+    m_at = SkipSeparators(text, m_at);
     const std::size_t end = EndOfValue(text, m_at);
     m_next = text.substr(m_at, end - m_at);
     m_at = end;

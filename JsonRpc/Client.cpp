@@ -1,6 +1,6 @@
 #include "JsonRpc/Client.h"
 
-#include <poll.h>
+#include <sys/epoll.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -18,20 +18,21 @@ std::chrono::milliseconds Client::ConnectedTime(Clock::time_point now) const {
     return std::chrono::duration_cast<std::chrono::milliseconds>(now - m_connectedSince);
 }
 
-short Client::Events() const {
+std::uint32_t Client::Events() const {
+    const bool owes = m_connection->Owes();
     // A backlog stays for as long as an answer is owed, so nothing is read meanwhile.
-    const bool reads = m_phase == Phase::Serving ? !m_hasBacklog : !m_connection->Owes();
-    return static_cast<short>((m_connection->Owes() ? POLLOUT : 0) | (reads ? POLLIN : 0));
+    const bool reads = m_phase == Phase::Serving ? !m_hasBacklog : !owes;
+    return (owes ? std::uint32_t{EPOLLOUT} : 0) | (reads ? std::uint32_t{EPOLLIN} : 0);
 }
 
-bool Client::Attend(short events) {
-    if ((events & POLLOUT) != 0) {
+bool Client::Attend(std::uint32_t events) {
+    if ((events & EPOLLOUT) != 0) {
         m_connection->Flush();
     }
-    if ((events & (POLLERR | POLLHUP | POLLNVAL)) != 0 && (events & POLLIN) == 0) {
+    if ((events & (EPOLLERR | EPOLLHUP)) != 0 && (events & EPOLLIN) == 0) {
         m_connection->Shutdown(CloseReason::None);
     }
-    return (events & POLLIN) != 0 || HasWork();
+    return (events & EPOLLIN) != 0 || HasWork();
 }
 
 bool Client::HasWork() const {
@@ -153,7 +154,9 @@ void Client::DeclineBatch(Server& server) {
 
 void Client::AwaitMore() {
     m_hasBacklog = false;
-    if (m_hasEnded) {
+    if (m_hasEnded && !m_connection->Owes()) {
+        m_phase = Phase::Finished;  // both have had all that the other said
+    } else if (m_hasEnded) {
         EndService(CloseReason::None);
     } else if (m_scanner->IsInsideText() && !m_waitedForSince) {
         m_waitedForSince = Clock::now();

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -42,11 +43,11 @@ class Client {
     Connection& GetConnection() const { return *m_connection; }
     std::chrono::milliseconds ConnectedTime(Clock::time_point now) const;
 
-    /// What poll is to wait for.
-    short Events() const;
+    /// What is to be awaited of the connection, as EventPoll has it.
+    std::uint32_t Events() const;
 
-    /// Takes what poll has reported. True when the client is to have a turn.
-    bool Attend(short events) REQUIRES(kServerThread);
+    /// Takes what has happened. True when the client is to have a turn.
+    bool Attend(std::uint32_t events) REQUIRES(kServerThread);
 
     /// True when a turn gets on without anything having arrived.
     bool HasWork() const;
@@ -74,6 +75,7 @@ class Client {
     bool IsFinished() const { return m_phase == Phase::Finished || m_connection->IsDown(); }
 
     // Kept by those who give the turns
+    std::uint32_t awaited = 0;  ///< what the system has been told of Events
     bool isQueued = false;
     bool isQuick = false;  ///< one of its last two turns was short: any may be held up by another process
     bool wasLastTurnShort = false;

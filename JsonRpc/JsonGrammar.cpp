@@ -1,10 +1,14 @@
 #include "JsonRpc/JsonGrammar.h"
 
+#include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace Json::Rpc {
 
 namespace {
+
+constexpr std::size_t kKeptBrackets = 4096;
 
 bool IsWhitespace(char c) {
     return c == ' ' || c == '\t' || c == '\r' || c == '\n';
@@ -14,15 +18,50 @@ bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
+/// The end of what stands for itself inside a string.
+std::size_t EndOfPlain(std::string_view bytes, std::size_t at) {
+    const auto* const end = bytes.data() + bytes.size();
+    const auto* const found = std::find_if(bytes.data() + at, end, [](char c) {
+        return static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\';
+    });
+    return static_cast<std::size_t>(found - bytes.data());
+}
+
 bool IsHexDigit(char c) {
     return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
 }
 
 }  // namespace
 
+void JsonGrammar::Restart() {
+    std::vector<bool> brackets = std::move(m_isObject);
+    *this = JsonGrammar(m_nesting, m_mostValues);
+    if (brackets.capacity() <= kKeptBrackets) {
+        brackets.clear();
+        m_isObject = std::move(brackets);
+    }
+}
+
+JsonGrammar::Step JsonGrammar::Follow(std::string_view bytes, std::size_t& at) {
+    while (at < bytes.size()) {
+        if (m_state == State::String && !m_isBroken) {
+            at = EndOfPlain(bytes, at);  // where most of a text stands
+            if (at == bytes.size()) {
+                break;
+            }
+        }
+        const Step step = Look(bytes[at++]);
+        if (step != Step::Goes) {
+            return step;
+        }
+    }
+    return Step::Goes;
+}
+
 JsonGrammar::Step JsonGrammar::Look(char c) {
     m_isBroken = m_isBroken || !Accepts(c);
-    return m_inString ? FollowString(c) : FollowBrackets(c);
+    const Step step = m_inString ? FollowString(c) : FollowBrackets(c);
+    return step == Step::Goes && m_values > m_mostValues ? Step::TooMany : step;
 }
 
 JsonGrammar::Step JsonGrammar::FollowString(char c) {

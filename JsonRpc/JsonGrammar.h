@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 namespace Json::Rpc {
@@ -17,19 +18,23 @@ class JsonGrammar {
         Closes,       ///< this byte balances the first bracket
         CannotClose,  ///< a bracket of the wrong kind, or a line's end inside a string: whatever follows, the
                       ///< brackets will not balance
+        TooMany,      ///< this byte begins one value more than allowed
     };
 
-    explicit JsonGrammar(std::size_t nesting) : m_nesting(nesting) {}
+    /// Deepest nesting, and most values.
+    JsonGrammar(std::size_t nesting, std::size_t values) : m_nesting(nesting), m_mostValues(values) {}
 
-    Step Look(char c);
+    /// Forgets the text.
+    void Restart();
+
+    /// Looks at `bytes` from `at` on, up to the one that its answer is about: `at` is behind that then, and
+    /// at the end while the text goes on.
+    Step Follow(std::string_view bytes, std::size_t& at);
 
     /// True once the text cannot be JSON, or is nested deeper than allowed.
     bool IsBroken() const { return m_isBroken; }
 
-    /// The values begun so far, the outermost included; of a broken text, those before it broke.
-    std::size_t Values() const { return m_values; }
-
-    /// How many of them stand directly inside the outermost bracket.
+    /// How many values stand directly inside the outermost bracket.
     std::size_t Members() const { return m_members; }
 
   private:
@@ -54,6 +59,7 @@ class JsonGrammar {
         ExponentDigits,
     };
 
+    Step Look(char c);
     bool Accepts(char c);
     bool AcceptsBetween(char c);
     bool BeginsValue(char c);
@@ -65,8 +71,9 @@ class JsonGrammar {
     Step FollowBrackets(char c);
 
     std::size_t m_nesting;
+    std::size_t m_mostValues;
     std::vector<bool> m_isObject;  // for each open bracket
-    std::size_t m_values = 0;
+    std::size_t m_values = 0;      // begun so far, the outermost included
     std::size_t m_members = 0;
     const char* m_literalRest = "";
     State m_state = State::Value;

@@ -27,4 +27,13 @@ inline std::size_t EndOfValue(std::string_view text, std::size_t at) {
     return at;
 }
 
+/// The first byte from `at` on that is neither whitespace nor a separator between values.
+inline std::size_t SkipSeparators(std::string_view text, std::size_t at) {
+    while (text[at] == ' ' || text[at] == ',' || text[at] == ':' || text[at] == '\t' || text[at] == '\r' ||
+           text[at] == '\n') {
+        ++at;
+    }
+    return at;
+}
+
 }  // namespace Json::Rpc

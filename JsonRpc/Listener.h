@@ -27,11 +27,11 @@ class Listener {
     /// The next client's socket; not open when there is none now. Not to be called again in this round then.
     Descriptor Accept() REQUIRES(kServerThread);
 
-    /// What to poll: -1 while accepting rests because the system is short of descriptors or memory, for the
-    /// client that waits would make every poll return at once.
-    int PollFd(Clock::time_point now) const REQUIRES(kServerThread) {
-        return now < m_pauseEnd ? -1 : m_socket.Get();
-    }
+    /// What to await newcomers of.
+    int Fd() const REQUIRES(kServerThread) { return m_socket.Get(); }
+
+    /// When accepting goes on that rests because the system is short of descriptors or memory; in the past
+    /// when it does not. Meanwhile the client that waits would make every wait for newcomers return at once.
     Clock::time_point PauseEnd() const REQUIRES(kServerThread) { return m_pauseEnd; }
 
     void Close() REQUIRES(kServerThread);

@@ -57,7 +57,7 @@ std::optional<FramedText> MessageScanner::FindText() {
 }
 
 void MessageScanner::BeginText() {
-    m_grammar = JsonGrammar(m_limits.nesting);
+    m_grammar.Restart();
     m_isInside = true;
     m_isRubbish = false;
     m_isFirstWord = false;
@@ -66,15 +66,18 @@ void MessageScanner::BeginText() {
 }
 
 std::optional<FramedText> MessageScanner::FollowText() {
-    for (; m_at < m_buffer.size(); ++m_length) {
-        if (m_length == m_limits.requestBytes || m_grammar.Values() > m_limits.requestValues) {
-            return Take(Kind::TooLarge);
-        }
-        const JsonGrammar::Step step = m_grammar.Look(m_buffer[m_at++]);
-        if (step != JsonGrammar::Step::Goes) {
-            const bool isGood = step == JsonGrammar::Step::Closes && !m_grammar.IsBroken();
-            return Take(!isGood ? Kind::Malformed : m_buffer[m_start] == '{' ? Kind::Request : Kind::Batch);
-        }
+    const std::size_t begin = m_at;
+    const std::string_view allowed =
+        std::string_view(m_buffer).substr(0, begin + (m_limits.requestBytes - m_length));
+    const JsonGrammar::Step step = m_grammar.Follow(allowed, m_at);
+    m_length += m_at - begin;
+    const bool isTooLong = step == JsonGrammar::Step::Goes && m_at < m_buffer.size();
+    if (isTooLong || step == JsonGrammar::Step::TooMany) {
+        return Take(Kind::TooLarge);
+    }
+    if (step != JsonGrammar::Step::Goes) {
+        const bool isGood = step == JsonGrammar::Step::Closes && !m_grammar.IsBroken();
+        return Take(!isGood ? Kind::Malformed : m_buffer[m_start] == '{' ? Kind::Request : Kind::Batch);
     }
     if (m_ended) {
         return Take(Kind::Malformed);

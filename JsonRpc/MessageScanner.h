@@ -30,7 +30,8 @@ struct FramedText {
 class MessageScanner {
   public:
     /// The limits must outlive the scanner.
-    explicit MessageScanner(const Limits& limits) : m_limits(limits), m_grammar(limits.nesting) {}
+    explicit MessageScanner(const Limits& limits)
+        : m_limits(limits), m_grammar(limits.nesting, limits.requestValues) {}
 
     /// Adds what has arrived. Next is to be called until it returns nothing before more is added.
     void Append(std::string_view bytes);

@@ -7,11 +7,15 @@ namespace Json::Rpc {
 
 namespace {
 
-constexpr std::string_view kWhitespace = " \t\r\n";
-constexpr std::string_view kBetweenMembers = " \t\r\n,:";
-
 bool IsString(std::string_view value) {
     return value.front() == '"';
+}
+
+std::string_view WithoutTrailingSpace(std::string_view value) {
+    while (value.back() == ' ' || value.back() == '\t' || value.back() == '\r' || value.back() == '\n') {
+        value.remove_suffix(1);
+    }
+    return value;
 }
 
 /// What a string stands for; escapes are rare, and the reader knows them.
@@ -30,13 +34,12 @@ Request::Request(std::string_view text) {
         return;
     }
     std::string decoded;
-    for (std::size_t at = 1; text[at = text.find_first_not_of(kBetweenMembers, at)] != '}';) {
+    for (std::size_t at = 1; text[at = SkipSeparators(text, at)] != '}';) {
         const std::size_t nameEnd = EndOfString(text, at);
         const std::string_view name = Decode(text.substr(at, nameEnd - at), decoded);
-        at = text.find_first_not_of(kBetweenMembers, nameEnd);
+        at = SkipSeparators(text, nameEnd);
         const std::size_t valueEnd = EndOfValue(text, at);
-        const std::string_view value = text.substr(at, valueEnd - at);
-        Take(name, value.substr(0, value.find_last_not_of(kWhitespace) + 1));
+        Take(name, WithoutTrailingSpace(text.substr(at, valueEnd - at)));
         at = valueEnd;
     }
 }

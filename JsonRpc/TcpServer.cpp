@@ -1,9 +1,7 @@
 #include "JsonRpc/TcpServer.h"
 
 #include <malloc.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <sys/socket.h>
+#include <poll.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -27,30 +25,6 @@ std::chrono::nanoseconds ThreadTime() {
     return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
-void SetOption(int fd, int level, int option, int value) {
-    ::setsockopt(fd, level, option, &value, sizeof(value));
-}
-
-void Configure(int fd) {
-    SetOption(fd, IPPROTO_TCP, TCP_NODELAY, 1);
-    // A peer that has vanished without a word is noticed after two minutes.
-    SetOption(fd, SOL_SOCKET, SO_KEEPALIVE, 1);
-    SetOption(fd, IPPROTO_TCP, TCP_KEEPIDLE, 60);
-    SetOption(fd, IPPROTO_TCP, TCP_KEEPINTVL, 20);
-    SetOption(fd, IPPROTO_TCP, TCP_KEEPCNT, 3);
-}
-
-/// From now to then for poll, rounded up; never longer than `atMost`, which is endless when negative.
-int MillisecondsUntil(std::chrono::steady_clock::time_point then, std::chrono::steady_clock::time_point now,
-                      int atMost) {
-    if (then == std::chrono::steady_clock::time_point::max()) {
-        return atMost;
-    }
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(then - now).count();
-    const int wait = static_cast<int>(std::clamp<std::int64_t>(left, 0, 3600000));
-    return atMost < 0 ? wait : std::min(wait, atMost);
-}
-
 }  // namespace
 
 TcpServer::TcpServer(std::string address, std::uint16_t port, const Limits& limits)
@@ -58,6 +32,7 @@ TcpServer::TcpServer(std::string address, std::uint16_t port, const Limits& limi
       m_port(port),
       m_limits(limits),
       m_listener(limits.acceptPause),
+      m_nextCheck(Clock::time_point::max()),
       m_readBuffer(kReadBytes) {}
 
 TcpServer::~TcpServer() {
@@ -73,7 +48,9 @@ bool TcpServer::Bind() {
 }
 
 bool TcpServer::Listen() {
-    const bool isListening = m_listener.Listen();
+    const bool isListening = m_poll.Open() && m_poll.Add(m_wakeUp.Fd(), EPOLLIN, &m_wakeUp) &&
+                             m_poll.Add(m_listener.Fd(), EPOLLIN, &m_listener) && m_listener.Listen();
+    m_awaitsNewcomers = isListening;
     m_bindError = isListening ? 0 : errno;
     return isListening;
 }
@@ -97,13 +74,15 @@ void TcpServer::WaitMessage(int milliseconds) {
         }
     } catch (const std::exception&) {
         // Out of memory between two clients: what was not served is still there the next time.
+        m_hasDebts = true;
     }
 }
 
-/// One poll does for a round of short turns; long ones have one each, so that output and newcomers do not
+/// One wait does for a round of short turns; long ones have one each, so that output and newcomers do not
 /// wait for the round's end.
 Client* TcpServer::NextInTurn(int milliseconds) {
-    Client* client = Clock::now() - m_lastPoll < m_limits.turnTime ? m_turns.TakeNext() : nullptr;
+    const bool isInRound = !m_turns.IsEmpty() && Clock::now() - m_lastPoll < m_limits.turnTime;
+    Client* client = isInRound ? m_turns.TakeNext() : nullptr;
     if (client == nullptr) {
         Poll(milliseconds);
         m_turns.BeginRound();
@@ -113,74 +92,81 @@ Client* TcpServer::NextInTurn(int milliseconds) {
 }
 
 void TcpServer::Poll(int milliseconds) {
-    CheckTimes(Clock::now());
-    RemoveFinished();
-    const int timeout = PreparePolls(Clock::now(), milliseconds);
-    const int ready = ::poll(m_polls.data(), static_cast<nfds_t>(m_polls.size()), timeout);
+    bool hasFailed = false;
+    const auto events = m_poll.Wait(TimeToWait(milliseconds), hasFailed);
     m_lastPoll = Clock::now();
-    if (ready < 0 && errno != EINTR) {
-        // No memory for it: do not spin.
-        ::poll(nullptr, 0, static_cast<int>(m_limits.acceptPause.count()));
+    if (hasFailed) {
+        ::poll(nullptr, 0, static_cast<int>(m_limits.acceptPause.count()));  // do not spin
     }
-    if (ready <= 0) {
-        return;
+    // Newcomers last: for one of them another client may have to go that something has happened to.
+    const bool hasNewcomers = AttendAll(events);
+    if (m_hasDebts.exchange(false)) {
+        SettleAll();
     }
-    if (m_polls.back().revents != 0) {
-        m_wakeUp.Clear();
+    if (m_lastPoll >= m_nextCheck) {
+        CheckTimes(m_lastPoll);
     }
-    AttendClients();
-    if (m_polls[m_clients.size()].revents != 0) {
+    if (hasNewcomers) {
         AcceptClients();
     }
 }
 
-void TcpServer::CheckTimes(Clock::time_point now) {
-    for (const auto& client : m_clients) {
-        if (client->Deadline() <= now) {
-            const std::size_t held = client->UnfinishedBytes();
-            client->CheckTime(now);
-            GiveBack(held - client->UnfinishedBytes());
-        }
+int TcpServer::TimeToWait(int milliseconds) const {
+    if (!m_turns.IsEmpty()) {
+        return 0;
     }
+    if (m_nextCheck == Clock::time_point::max()) {
+        return milliseconds;
+    }
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(m_nextCheck - Clock::now()).count();
+    const int wait = static_cast<int>(std::clamp<std::int64_t>(left, 0, 3600000));
+    return milliseconds < 0 ? wait : std::min(milliseconds, wait);
 }
 
-/// Fills the list of what to wait for and returns how long.
-int TcpServer::PreparePolls(Clock::time_point now, int milliseconds) {
-    Clock::time_point deadline = Clock::time_point::max();
-    m_polls.clear();
-    for (const auto& client : m_clients) {
-        m_polls.push_back({client->GetConnection().Fd(), client->Events(), 0});
-        deadline = std::min(deadline, client->Deadline());
-        if (client->HasWork()) {
-            m_turns.Add(*client);
+/// True when there are newcomers.
+bool TcpServer::AttendAll(std::span<const epoll_event> events) {
+    bool hasNewcomers = false;
+    for (const epoll_event& event : events) {
+        if (event.data.ptr == &m_listener) {
+            hasNewcomers = true;
+        } else if (event.data.ptr == &m_wakeUp) {
+            m_wakeUp.Clear();
+        } else {
+            Attend(*static_cast<Client*>(event.data.ptr), event.events);
         }
     }
-    const int listener = m_listener.PollFd(now);
-    m_polls.push_back({listener, POLLIN, 0});
-    m_polls.push_back({m_wakeUp.Fd(), POLLIN, 0});
-    if (listener < 0 && now < m_listener.PauseEnd()) {
-        deadline = std::min(deadline, m_listener.PauseEnd());
-    }
-    return m_turns.IsEmpty() ? MillisecondsUntil(deadline, now, milliseconds) : 0;
+    return hasNewcomers;
 }
 
-void TcpServer::AttendClients() {
-    for (std::size_t i = 0; i < m_clients.size(); ++i) {
-        if (m_polls[i].revents != 0 && m_clients[i]->Attend(m_polls[i].revents)) {
-            m_turns.Add(*m_clients[i]);
-        }
+void TcpServer::Attend(Client& client, std::uint32_t events) {
+    if (client.Attend(events)) {
+        m_turns.Add(client);
     }
+    Settle(client);
 }
 
 void TcpServer::AcceptClients() {
     for (int i = 0; i < kAcceptsPerPoll; ++i) {
         Descriptor socket = m_listener.Accept();
         if (!socket.IsOpen()) {
+            AwaitNewcomers(Clock::now());
             return;
         }
         if (m_clients.size() < m_limits.clients || MakeRoom()) {
             AddClient(std::move(socket));
         }
+    }
+}
+
+/// Unless accepting rests.
+void TcpServer::AwaitNewcomers(Clock::time_point now) {
+    const bool awaits = m_listener.PauseEnd() <= now;
+    if (awaits != m_awaitsNewcomers) {
+        m_poll.Modify(m_listener.Fd(), awaits ? std::uint32_t{EPOLLIN} : 0, &m_listener);
+        m_awaitsNewcomers = awaits;
+    }
+    if (!awaits) {
+        m_nextCheck = std::min(m_nextCheck, m_listener.PauseEnd());
     }
 }
 
@@ -192,33 +178,74 @@ bool TcpServer::MakeRoom() {
     }
     client->Refuse(CloseReason::TableFull);
     client->GetConnection().Shutdown(CloseReason::TableFull);
-    RemoveFinished();
+    Remove(*client);
     return true;
 }
 
 void TcpServer::AddClient(Descriptor socket) {
-    Configure(socket.Get());
     auto connection = std::make_shared<Connection>(std::move(socket), m_limits);
     m_clients.push_back(std::make_unique<Client>(connection, m_limits));
+    Client& client = *m_clients.back();
+    client.awaited = client.Events();
+    if (!m_poll.Add(connection->Fd(), client.awaited, &client)) {
+        m_clients.pop_back();
+        return;
+    }
     m_connections.Add(std::move(connection));
 }
 
-void TcpServer::RemoveFinished() {
-    const Clock::time_point now = Clock::now();
+/// To be called when something has happened to the client. False when it has been removed.
+bool TcpServer::Settle(Client& client) {
+    if (client.IsFinished()) {
+        Remove(client);
+        return false;
+    }
+    if (client.HasWork()) {
+        m_turns.Add(client);
+    }
+    const std::uint32_t events = client.Events();
+    if (client.awaited != events) {
+        m_poll.Modify(client.GetConnection().Fd(), events, &client);
+        client.awaited = events;
+    }
+    m_nextCheck = std::min(m_nextCheck, client.Deadline());
+    return true;
+}
+
+void TcpServer::SettleAll() {
     for (std::size_t i = 0; i < m_clients.size();) {
-        if (!m_clients[i]->IsFinished()) {
-            ++i;
-            continue;
+        i += Settle(*m_clients[i]) ? 1U : 0U;
+    }
+}
+
+void TcpServer::Remove(Client& client) {
+    const auto found =
+        std::find_if(m_clients.begin(), m_clients.end(),
+                     [&client](const std::unique_ptr<Client>& listed) { return listed.get() == &client; });
+    const std::unique_ptr<Client> removed = std::move(*found);
+    m_clients.erase(found);
+    m_turns.Remove(client);
+    m_poll.Remove(client.GetConnection().Fd());
+    m_connections.Remove(client.GetConnection());
+    GiveBack(client.UnfinishedBytes());
+    const CloseReason reason = client.GetConnection().Reason();
+    if (reason != CloseReason::None && m_closeListener) {
+        m_closeListener({reason, client.ConnectedTime(Clock::now())});
+    }
+}
+
+/// Deadlines move without a word when they move away; then this finds nothing to do but the next one.
+void TcpServer::CheckTimes(Clock::time_point now) {
+    m_nextCheck = Clock::time_point::max();
+    AwaitNewcomers(now);
+    for (std::size_t i = 0; i < m_clients.size();) {
+        Client& client = *m_clients[i];
+        if (client.Deadline() <= now) {
+            const std::size_t held = client.UnfinishedBytes();
+            client.CheckTime(now);
+            GiveBack(held - client.UnfinishedBytes());
         }
-        const std::unique_ptr<Client> client = std::move(m_clients[i]);
-        m_clients.erase(m_clients.begin() + static_cast<std::ptrdiff_t>(i));
-        m_turns.Remove(*client);
-        m_connections.Remove(client->GetConnection());
-        GiveBack(client->UnfinishedBytes());
-        const CloseReason reason = client->GetConnection().Reason();
-        if (reason != CloseReason::None && m_closeListener) {
-            m_closeListener({reason, client->ConnectedTime(now)});
-        }
+        i += Settle(client) ? 1U : 0U;
     }
 }
 
@@ -228,39 +255,47 @@ void TcpServer::Serve(Client& client) {
     } catch (const std::exception&) {
         client.GetConnection().Shutdown(CloseReason::OutOfMemory);
     }
+    if (client.UnfinishedBytes() > 0 && KeepUnfinishedInBounds()) {
+        SettleAll();
+    } else {
+        Settle(client);
+    }
 }
 
 void TcpServer::ServeTurn(Client& client) {
     const Clock::time_point start = Clock::now();
-    const auto used = ThreadTime();
+    // Asking the system costs as much as a small request does.
+    if (start - m_processorMark.at > m_limits.quickTurn / 2) {
+        m_processorMark = {start, ThreadTime()};
+    }
     Turn turn{*this, m_readBuffer, m_shouldPause, start + m_limits.turnTime, m_limits.turnRequests};
     const std::size_t held = client.UnfinishedBytes();
     client.TakeTurn(turn);
-    const auto took = Clock::now() - start;
-    // Where the unit is busy, another process may have had most of a longer one.
-    const bool isShort =
-        took < m_limits.quickTurn || (took < m_limits.turnTime && ThreadTime() - used < m_limits.quickTurn);
+    const bool isShort = IsShort(start, Clock::now());
     client.isQuick = std::exchange(client.wasLastTurnShort, isShort) || isShort;
     GiveBack(turn.largeBytes + held - std::min(held, client.UnfinishedBytes()));
-    if (client.HasWork()) {
-        m_turns.Add(client);
-    }
-    if (client.UnfinishedBytes() > 0) {
-        KeepUnfinishedInBounds();
-    }
 }
 
-void TcpServer::KeepUnfinishedInBounds() {
+/// Where the unit is busy, another process may have had most of a longer turn.
+bool TcpServer::IsShort(Clock::time_point start, Clock::time_point end) const {
+    return end - start < m_limits.quickTurn ||
+           (end - start < m_limits.turnTime && ThreadTime() - m_processorMark.used < m_limits.quickTurn);
+}
+
+/// True when that has cost a client its place.
+bool TcpServer::KeepUnfinishedInBounds() {
     std::size_t bytes = 0;
     for (const auto& client : m_clients) {
         bytes += client->UnfinishedBytes();
     }
+    const bool isTooMuch = bytes > m_limits.unfinishedBytes;
     while (bytes > m_limits.unfinishedBytes) {
         Client* client = LongestWaitedFor(true);
         bytes -= client->UnfinishedBytes();
         GiveBack(client->UnfinishedBytes());
         client->Refuse(CloseReason::InputTooLarge);
     }
+    return isTooMuch;
 }
 
 /// Among those in the middle of a request, and those on their way out unless it is about the former only.
@@ -294,6 +329,7 @@ ssize_t TcpServer::Send(int fd, std::string text) {
     const auto sent =
         connection->Send(std::make_shared<const std::string>(std::move(text)), Kind::Notification);
     if (sent != Connection::Sent::Whole) {
+        m_hasDebts = true;
         Wake();
     }
     return sent == Connection::Sent::Refused ? -1 : length;
@@ -302,6 +338,7 @@ ssize_t TcpServer::Send(int fd, std::string text) {
 std::size_t TcpServer::Broadcast(std::string text) {
     const auto delivery = m_connections.Broadcast(std::make_shared<const std::string>(std::move(text)));
     if (delivery.needsAttention) {
+        m_hasDebts = true;
         Wake();
     }
     return delivery.clients;
@@ -320,22 +357,24 @@ void TcpServer::Close() {
     }
     m_turns.Clear();
     m_clients.clear();
+    m_poll.Close();
 }
 
 void TcpServer::Flush() {
     const Clock::time_point end = Clock::now() + m_limits.flushTime;
     for (Clock::time_point now = Clock::now(); now < end; now = Clock::now()) {
-        m_polls.clear();
+        std::vector<pollfd> owed;
         for (const auto& client : m_clients) {
             if (client->GetConnection().Owes()) {
                 client->GetConnection().Flush();
-                m_polls.push_back({client->GetConnection().Fd(), POLLOUT, 0});
+                owed.push_back({client->GetConnection().Fd(), POLLOUT, 0});
             }
         }
-        if (m_polls.empty()) {
+        if (owed.empty()) {
             return;
         }
-        ::poll(m_polls.data(), static_cast<nfds_t>(m_polls.size()), MillisecondsUntil(end, now, -1));
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - now).count();
+        ::poll(owed.data(), static_cast<nfds_t>(owed.size()), static_cast<int>(left));
     }
 }
 

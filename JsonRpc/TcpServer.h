@@ -1,7 +1,6 @@
 // JSON-RPC 2.0 over TCP.
 #pragma once
 
-#include <poll.h>
 #include <sys/types.h>
 
 #include <atomic>
@@ -9,12 +8,14 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "JsonRpc/Client.h"
 #include "JsonRpc/CloseReason.h"
 #include "JsonRpc/ConnectionList.h"
+#include "JsonRpc/EventPoll.h"
 #include "JsonRpc/Limits.h"
 #include "JsonRpc/Listener.h"
 #include "JsonRpc/Server.h"
@@ -82,18 +83,23 @@ class TcpServer : public Server {
   private:
     using Clock = std::chrono::steady_clock;
 
+    Client* NextInTurn(int milliseconds) REQUIRES(kServerThread);
     void Poll(int milliseconds) REQUIRES(kServerThread);
-    void CheckTimes(Clock::time_point now) REQUIRES(kServerThread);
-    int PreparePolls(Clock::time_point now, int milliseconds) REQUIRES(kServerThread);
-    void AttendClients() REQUIRES(kServerThread);
+    int TimeToWait(int milliseconds) const REQUIRES(kServerThread);
+    bool AttendAll(std::span<const epoll_event> events) REQUIRES(kServerThread);
+    void Attend(Client& client, std::uint32_t events) REQUIRES(kServerThread);
     void AcceptClients() REQUIRES(kServerThread);
     bool MakeRoom() REQUIRES(kServerThread);
     void AddClient(Descriptor socket) REQUIRES(kServerThread);
-    void RemoveFinished() REQUIRES(kServerThread);
-    Client* NextInTurn(int milliseconds) REQUIRES(kServerThread);
+    bool Settle(Client& client) REQUIRES(kServerThread);
+    void SettleAll() REQUIRES(kServerThread);
+    void Remove(Client& client) REQUIRES(kServerThread);
+    void CheckTimes(Clock::time_point now) REQUIRES(kServerThread);
+    void AwaitNewcomers(Clock::time_point now) REQUIRES(kServerThread);
     void Serve(Client& client) REQUIRES(kServerThread);
     void ServeTurn(Client& client) REQUIRES(kServerThread);
-    void KeepUnfinishedInBounds() REQUIRES(kServerThread);
+    bool IsShort(Clock::time_point start, Clock::time_point end) const REQUIRES(kServerThread);
+    bool KeepUnfinishedInBounds() REQUIRES(kServerThread);
     Client* LongestWaitedFor(bool inRequestOnly) REQUIRES(kServerThread);
     void Flush() REQUIRES(kServerThread);
     void GiveBack(std::size_t bytes) REQUIRES(kServerThread);
@@ -101,15 +107,24 @@ class TcpServer : public Server {
     const std::string m_address;
     const std::uint16_t m_port;
     const Limits m_limits;
-    const WakeUp m_wakeUp;
+    WakeUp m_wakeUp;
     ConnectionList m_connections;
     std::atomic<std::uint16_t> m_boundPort{0};
+    std::atomic<bool> m_hasDebts{
+        false};  // all clients are to be settled: another thread has queued something
 
     Listener m_listener GUARDED_BY(kServerThread);
     std::vector<std::unique_ptr<Client>> m_clients GUARDED_BY(kServerThread);
     TurnQueue m_turns GUARDED_BY(kServerThread);
-    std::vector<pollfd> m_polls GUARDED_BY(kServerThread);  // clients in their order, listener, wake-up
+    EventPoll m_poll GUARDED_BY(kServerThread);  // tags: the client, the listener, the wake-up
     Clock::time_point m_lastPoll GUARDED_BY(kServerThread);
+    Clock::time_point m_nextCheck
+        GUARDED_BY(kServerThread);  // no client's deadline, nor a pause's end, is earlier
+    bool m_awaitsNewcomers GUARDED_BY(kServerThread) = false;
+    struct {
+        Clock::time_point at;
+        std::chrono::nanoseconds used{0};  // that this thread has had of a processor by then
+    } m_processorMark GUARDED_BY(kServerThread);
     std::vector<char> m_readBuffer GUARDED_BY(kServerThread);
     std::function<bool()> m_shouldPause GUARDED_BY(kServerThread);
     std::function<void(const ClosedClient&)> m_closeListener GUARDED_BY(kServerThread);
