@@ -96,7 +96,7 @@ i32 IpodManager::SelectNowPlayingIndex(u32 index) {
 }
 
 void IpodManager::UpdatePlayStatus() {
-    if (!m_pending.TakePlayStatus(NowMs())) {
+    if (!m_pending.TakePlayStatus(DeadlineClock())) {
         return;
     }
     const bool isPlaying = IsPlaying();

@@ -49,7 +49,7 @@ bool PendingWork::TakePlayStatus(u32 nowMs) {
         // An event may have set a later deadline since: that one stays.
         m_playStatusDeadlineMs.compare_exchange_strong(deadline, 0);
     }
-    return m_playStatusPending.exchange(false) || isPast;
+    return Take(m_playStatusPending) || isPast;
 }
 
 std::optional<u32> PendingWork::TimeToPlayStatus(u32 nowMs) const {
@@ -61,5 +61,5 @@ std::optional<u32> PendingWork::TimeToPlayStatus(u32 nowMs) const {
 }
 
 bool PendingWork::TakeTrackTime() {
-    return !m_playStatusPending && m_trackTimePending.exchange(false);
+    return !m_playStatusPending && Take(m_trackTimePending);
 }

@@ -40,14 +40,16 @@ class PendingWork {
 
     // Server thread
 
+    /// Whether a time is set for a track info: without one, those that take a time need not be told it.
+    bool HasPlayStatusDeadline() const REQUIRES(kServerThread) { return m_playStatusDeadlineMs != 0; }
     /// Whether a track info is due at `nowMs`.
     bool TakePlayStatus(u32 nowMs) REQUIRES(kServerThread);
     /// How long it is, at `nowMs`, until a track info is due; none when no time is set for one.
     std::optional<u32> TimeToPlayStatus(u32 nowMs) const REQUIRES(kServerThread);
     /// Waits for a track info that is due.
     bool TakeTrackTime() REQUIRES(kServerThread);
-    bool TakeStreamRestart() REQUIRES(kServerThread) { return m_streamRestartPending.exchange(false); }
-    bool TakeClose() REQUIRES(kServerThread) { return m_closePending.exchange(false); }
+    bool TakeStreamRestart() REQUIRES(kServerThread) { return Take(m_streamRestartPending); }
+    bool TakeClose() REQUIRES(kServerThread) { return Take(m_closePending); }
     /// Whether a picture is to be fetched. A track info that is due goes out first: the picture belongs to
     /// what it announces.
     bool IsAlbumArtDue() const REQUIRES(kServerThread) { return m_albumArtPending && !m_playStatusPending; }
@@ -56,6 +58,8 @@ class PendingWork {
 
   private:
     void Request(std::atomic<bool>& flag);
+    /// Every pass asks for every flag, and hardly any is set: to look costs less than to exchange.
+    static bool Take(std::atomic<bool>& flag) { return flag && flag.exchange(false); }
 
     const std::function<void()> m_wake;
     Mutex m_exitMutex;  ///< a request is not missed by one who is about to wait for it

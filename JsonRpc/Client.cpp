@@ -48,11 +48,8 @@ void Client::TakeTurn(Turn& turn) {
     if (!m_hasBacklog) {
         Receive(turn);
     }
-    while (HasWork()) {
+    for (bool isFirst = true; HasWork() && (isFirst || !turn.IsOver()); isFirst = false) {
         Serve(turn);
-        if (turn.IsOver()) {
-            return;
-        }
     }
 }
 
@@ -90,6 +87,9 @@ void Client::Serve(Turn& turn) {
     }
     m_waitedForSince.reset();
     ServeText(*text, turn);
+    if (!m_hasEnded && !m_batch && !m_connection->OwesAnswer()) {
+        m_hasBacklog = m_hasBacklog && !m_scanner->IsDrained();  // most requests come alone
+    }
 }
 
 void Client::ServeText(const FramedText& text, Turn& turn) {
@@ -183,7 +183,7 @@ void Client::EndService(CloseReason reason) {
 }
 
 void Client::Answer(std::string reply) {
-    m_connection->Send(std::make_shared<const std::string>(std::move(reply)), OutputQueue::Kind::Answer);
+    m_connection->Send(std::move(reply), OutputQueue::Kind::Answer);
 }
 
 Client::Clock::time_point Client::Deadline() const {

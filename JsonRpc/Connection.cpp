@@ -11,33 +11,44 @@ namespace Json::Rpc {
 Connection::Connection(Descriptor socket, const Limits& limits)
     : m_limits(limits), m_socket(std::move(socket)) {}
 
-Connection::Sent Connection::Send(SharedText text, OutputQueue::Kind kind) {
+Connection::Sent Connection::Send(std::string text, OutputQueue::Kind kind) {
+    return SendOrQueue(text, kind, [&text] { return std::make_shared<const std::string>(std::move(text)); });
+}
+
+Connection::Sent Connection::Send(const SharedText& text, OutputQueue::Kind kind) {
+    return SendOrQueue(*text, kind, [&text] { return text; });
+}
+
+/// Most texts are never in the queue.
+template <typename Share>
+Connection::Sent Connection::SendOrQueue(std::string_view text, OutputQueue::Kind kind, Share share) {
     const MutexLock lock(m_mutex);
     if (!m_takesTexts) {
         return Sent::Refused;
     }
-    const bool isFirst = m_output.IsEmpty();
-    m_output.Push(std::move(text), kind);
-    if (isFirst) {
-        SendQueued();
+    std::size_t sent = 0;
+    const bool isConnected = !m_output.IsEmpty() || m_output.SendAhead(Fd(), text, sent);
+    if (isConnected && sent == text.size()) {
+        return Sent::Whole;
+    }
+    if (isConnected) {
+        m_output.Push(share(), kind, sent);
+    } else {
+        ShutdownLocked(CloseReason::None);
     }
     if (m_output.NotificationBytes() > m_limits.notificationBytes) {
         ShutdownLocked(CloseReason::TooManyNotifications);
     }
     Update();
-    return m_isDown ? Sent::Refused : m_owes ? Sent::Queued : Sent::Whole;
+    return m_isDown ? Sent::Refused : Sent::Queued;
 }
 
 void Connection::Flush() {
     const MutexLock lock(m_mutex);
-    SendQueued();
-    Update();
-}
-
-void Connection::SendQueued() {
     if (!m_isDown && !m_output.SendTo(Fd())) {
         ShutdownLocked(CloseReason::None);
     }
+    Update();
 }
 
 /// Brings what other threads ask in line with the queue.

@@ -4,6 +4,8 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <string>
+#include <string_view>
 
 #include "JsonRpc/CloseReason.h"
 #include "JsonRpc/Limits.h"
@@ -32,7 +34,8 @@ class Connection {
 
     /// Hands the text over whole or not at all. What the socket does not take at once is queued; a client to
     /// whom too much is owed then is shut down.
-    Sent Send(SharedText text, OutputQueue::Kind kind);
+    Sent Send(std::string text, OutputQueue::Kind kind);
+    Sent Send(const SharedText& text, OutputQueue::Kind kind);
 
     /// Sends on what is queued.
     void Flush();
@@ -58,7 +61,8 @@ class Connection {
     CloseReason Reason() const;
 
   private:
-    void SendQueued() REQUIRES(m_mutex);
+    template <typename Share>
+    Sent SendOrQueue(std::string_view text, OutputQueue::Kind kind, Share share);
     void Update() REQUIRES(m_mutex);
     void BeginProgress(Clock::time_point now) REQUIRES(m_mutex);
     void ShutdownLocked(CloseReason reason) REQUIRES(m_mutex);

@@ -59,45 +59,44 @@ JsonGrammar::Step JsonGrammar::Follow(std::string_view bytes, std::size_t& at) {
 }
 
 JsonGrammar::Step JsonGrammar::Look(char c) {
-    m_isBroken = m_isBroken || !Accepts(c);
-    const Step step = m_inString ? FollowString(c) : FollowBrackets(c);
-    return step == Step::Goes && m_values > m_mostValues ? Step::TooMany : step;
+    if (m_isBroken) {
+        return FollowBroken(c);
+    }
+    Step step = Step::Goes;
+    if (Accepts(c, step)) {
+        return step;
+    }
+    m_isBroken = true;
+    m_isEscaped = m_state == State::Escape;
+    m_isInString = m_isEscaped || m_state == State::String || m_state == State::HexDigits;
+    return FollowBroken(c);
 }
 
-JsonGrammar::Step JsonGrammar::FollowString(char c) {
+JsonGrammar::Step JsonGrammar::FollowBroken(char c) {
+    if (!m_isInString) {
+        m_isInString = c == '"';
+        return c == '{' || c == '[' ? Open(c) : c == '}' || c == ']' ? Close(c) : Step::Goes;
+    }
     if (c == '\n') {
         return Step::CannotClose;  // a quote was lost; what follows would be read inside out
     }
-    if (m_escaped) {
-        m_escaped = false;
-    } else if (c == '\\') {
-        m_escaped = true;
-    } else if (c == '"') {
-        m_inString = false;
-    }
+    m_isInString = m_isEscaped || c != '"';
+    m_isEscaped = !m_isEscaped && c == '\\';
     return Step::Goes;
 }
 
-JsonGrammar::Step JsonGrammar::FollowBrackets(char c) {
-    switch (c) {
-        case '"':
-            m_inString = true;
-            return Step::Goes;
-        case '{':
-        case '[':
-            m_isObject.push_back(c == '{');
-            m_isBroken = m_isBroken || m_isObject.size() > m_nesting;
-            return Step::Goes;
-        case '}':
-        case ']':
-            if (m_isObject.back() != (c == '}')) {
-                return Step::CannotClose;
-            }
-            m_isObject.pop_back();
-            return m_isObject.empty() ? Step::Closes : Step::Goes;
-        default:
-            return Step::Goes;
+JsonGrammar::Step JsonGrammar::Open(char c) {
+    m_isObject.push_back(c == '{');
+    m_isBroken = m_isBroken || m_isObject.size() > m_nesting;
+    return Step::Goes;
+}
+
+JsonGrammar::Step JsonGrammar::Close(char c) {
+    if (m_isObject.back() != (c == '}')) {
+        return Step::CannotClose;
     }
+    m_isObject.pop_back();
+    return m_isObject.empty() ? Step::Closes : Step::Goes;
 }
 
 bool JsonGrammar::Go(State state) {
@@ -105,7 +104,8 @@ bool JsonGrammar::Go(State state) {
     return true;
 }
 
-bool JsonGrammar::Accepts(char c) {
+/// False where the text is no JSON; else what `step` the byte is, if it is one.
+bool JsonGrammar::Accepts(char c, Step& step) {
     switch (m_state) {
         case State::String:
             return AcceptsInString(c);
@@ -121,24 +121,28 @@ bool JsonGrammar::Accepts(char c) {
         case State::Key:
         case State::Colon:
         case State::AfterValue:
-            return AcceptsBetween(c);
+            return AcceptsBetween(c, step);
         default:
-            return AcceptsInNumber(c);
+            return AcceptsInNumber(c, step);
     }
 }
 
-bool JsonGrammar::AcceptsBetween(char c) {
+bool JsonGrammar::AcceptsBetween(char c, Step& step) {
     if (IsWhitespace(c)) {
         return true;
     }
+    const bool closes = c == '}' || c == ']';
     switch (m_state) {
         case State::FirstElement:
-            return (c == ']' && Go(State::AfterValue)) || BeginsValue(c);
+            if (c != ']') {
+                return BeginsValue(c, step);
+            }
+            break;
         case State::Value:
-            return BeginsValue(c);
+            return BeginsValue(c, step);
         case State::FirstKey:
             if (c == '}') {
-                return Go(State::AfterValue);
+                break;
             }
             [[fallthrough]];
         case State::Key:
@@ -147,22 +151,29 @@ bool JsonGrammar::AcceptsBetween(char c) {
         case State::Colon:
             return c == ':' && Go(State::Value);
         default:
-            // Whether a closing bracket is of the right kind shows where brackets are followed.
-            return c == ',' ? Go(m_isObject.back() ? State::Key : State::Value) : c == '}' || c == ']';
+            if (!closes) {
+                return c == ',' && Go(m_isObject.back() ? State::Key : State::Value);
+            }
+            break;
     }
+    step = Close(c);
+    return Go(State::AfterValue);
 }
 
-bool JsonGrammar::BeginsValue(char c) {
-    ++m_values;
+bool JsonGrammar::BeginsValue(char c, Step& step) {
     m_members += m_isObject.size() == 1 ? 1U : 0U;
+    if (++m_values > m_mostValues) {
+        step = Step::TooMany;
+        return true;
+    }
     switch (c) {
         case '"':
             m_isKey = false;
             return Go(State::String);
         case '{':
-            return Go(State::FirstKey);
         case '[':
-            return Go(State::FirstElement);
+            step = Open(c);
+            return Go(c == '{' ? State::FirstKey : State::FirstElement);
         case '-':
             return Go(State::Minus);
         case 't':
@@ -197,7 +208,7 @@ bool JsonGrammar::AcceptsInEscape(char c) {
     return c != '\0' && std::strchr("\"\\/bfnrt", c) != nullptr && Go(State::String);
 }
 
-bool JsonGrammar::AcceptsInNumber(char c) {
+bool JsonGrammar::AcceptsInNumber(char c, Step& step) {
     const bool isExponent = c == 'e' || c == 'E';
     switch (m_state) {
         case State::Minus:
@@ -234,7 +245,7 @@ bool JsonGrammar::AcceptsInNumber(char c) {
             break;
     }
     m_state = State::AfterValue;
-    return AcceptsBetween(c);
+    return AcceptsBetween(c, step);
 }
 
 }  // namespace Json::Rpc

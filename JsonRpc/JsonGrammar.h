@@ -60,15 +60,16 @@ class JsonGrammar {
     };
 
     Step Look(char c);
-    bool Accepts(char c);
-    bool AcceptsBetween(char c);
-    bool BeginsValue(char c);
+    Step FollowBroken(char c);
+    Step Open(char c);
+    Step Close(char c);
+    bool Accepts(char c, Step& step);
+    bool AcceptsBetween(char c, Step& step);
+    bool BeginsValue(char c, Step& step);
     bool AcceptsInString(char c);
     bool AcceptsInEscape(char c);
-    bool AcceptsInNumber(char c);
+    bool AcceptsInNumber(char c, Step& step);
     bool Go(State state);
-    Step FollowString(char c);
-    Step FollowBrackets(char c);
 
     std::size_t m_nesting;
     std::size_t m_mostValues;
@@ -80,8 +81,10 @@ class JsonGrammar {
     std::uint8_t m_hexDigitsLeft = 0;
     bool m_isKey = false;
     bool m_isBroken = false;
-    bool m_inString = false;
-    bool m_escaped = false;
+
+    // Of a broken text
+    bool m_isInString = false;
+    bool m_isEscaped = false;
 };
 
 }  // namespace Json::Rpc

@@ -10,10 +10,11 @@ namespace Json::Rpc {
 
 /// The end of the string that begins at `at`.
 inline std::size_t EndOfString(std::string_view text, std::size_t at) {
-    for (++at; text[at] != '"'; ++at) {
-        at += text[at] == '\\' ? 1U : 0U;
+    const char* next = text.data() + at + 1;
+    while (*next != '"') {
+        next += *next == '\\' ? 2 : 1;
     }
-    return at + 1;
+    return static_cast<std::size_t>(next + 1 - text.data());
 }
 
 /// The end of the value that begins at `at`, inside an array or an object; with the whitespace behind it.

@@ -42,6 +42,9 @@ class MessageScanner {
     /// The next text, or nothing when more bytes are needed.
     std::optional<FramedText> Next();
 
+    /// True when Next would find nothing for want of bytes.
+    bool IsDrained() const { return !m_isInside && m_at == m_buffer.size(); }
+
     /// True after Next has found the beginning of a text and not its end.
     bool IsInsideText() const { return m_isInside; }
 

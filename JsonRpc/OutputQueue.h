@@ -6,6 +6,7 @@
 #include <deque>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace Json::Rpc {
 
@@ -17,7 +18,12 @@ class OutputQueue {
   public:
     enum class Kind { Answer, Notification };
 
-    void Push(SharedText text, Kind kind);
+    /// Hands the socket what it takes without waiting of a text before it is queued; `sent` tells how much.
+    /// The queue is empty. False when the connection is broken.
+    bool SendAhead(int fd, std::string_view text, std::size_t& sent);
+
+    /// The rest of the text, behind the first `sent` bytes; these are more than none only for the first text.
+    void Push(SharedText text, Kind kind, std::size_t sent);
 
     /// Hands the socket what it takes without waiting. False when the connection is broken.
     bool SendTo(int fd);

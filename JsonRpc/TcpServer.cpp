@@ -326,8 +326,7 @@ ssize_t TcpServer::Send(int fd, std::string text) {
         return -1;
     }
     const auto length = static_cast<ssize_t>(text.size());
-    const auto sent =
-        connection->Send(std::make_shared<const std::string>(std::move(text)), Kind::Notification);
+    const auto sent = connection->Send(std::move(text), Kind::Notification);
     if (sent != Connection::Sent::Whole) {
         m_hasDebts = true;
         Wake();
