@@ -1,16 +1,23 @@
 // A device manager that answers at once, so that what is measured over it is the service's own. One player,
 // or none with QUICK_PLAYER=none. With QUICK_PLAYER_EVENTS=<microseconds> it reports a new track at that
 // interval; the time that it then tells as elapsed is when it did so, in microseconds of the monotonic clock.
+//
+// Pause and play report the event before they return, so that it costs no switch of threads that the service
+// could not avoid; with QUICK_PLAYER_THREAD=own a thread of the library's reports it, as a real one's does.
 #include <sys/mman.h>
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <string>
+#include <memory>
+#include <mutex>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "DeviceManager/DeviceManager.h"
 
@@ -30,11 +37,74 @@ constexpr u32 kArtWidth = 3276;  // with two bytes a pixel almost the whole bloc
 
 std::atomic<u32> g_reported{0};
 std::atomic<bool> g_ended{false};
+std::atomic<bool> g_isPaused{false};
 std::thread g_events;
+DeviceEventCallback g_callback = nullptr;
 
-bool HasPlayer() {
-    const char* player = std::getenv("QUICK_PLAYER");
-    return player == nullptr || std::strcmp(player, "none") != 0;
+/// Calls the callback with what was posted, in order.
+class Reporter {
+  public:
+    Reporter() : m_thread([this] { Run(); }) {}
+    ~Reporter() {
+        Post(DEV_MGR_EVENT_NONE);
+        m_thread.join();
+    }
+    Reporter(const Reporter&) = delete;
+    Reporter& operator=(const Reporter&) = delete;
+
+    void Post(u32 id) {
+        const std::lock_guard lock(m_mutex);
+        m_posted.push_back(id);
+        m_changed.notify_one();
+    }
+
+  private:
+    std::vector<u32> Take() {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [this] { return !m_posted.empty(); });
+        return std::exchange(m_posted, {});
+    }
+    void Run() {
+        for (;;) {
+            for (const u32 id : Take()) {
+                if (id == DEV_MGR_EVENT_NONE) {
+                    return;
+                }
+                DeviceEvent event{};
+                event.words[0] = id;
+                g_callback(&event, kProcess);
+            }
+        }
+    }
+
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::vector<u32> m_posted;
+    std::thread m_thread;  // last: it uses the others
+};
+
+std::unique_ptr<Reporter> g_reporter;  // none: from inside the call
+
+bool IsSetTo(const char* variable, const char* value) {
+    const char* text = std::getenv(variable);
+    return text != nullptr && std::strcmp(text, value) == 0;
+}
+
+void Report(u32 id) {
+    if (g_reporter != nullptr) {
+        g_reporter->Post(id);
+        return;
+    }
+    DeviceEvent event{};
+    event.words[0] = id;
+    g_callback(&event, kProcess);
+}
+
+/// What has the state already has no event.
+void SetPaused(bool isPaused) {
+    if (g_isPaused.exchange(isPaused) != isPaused) {
+        Report(isPaused ? DEV_MGR_EVENT_PLAY_PAUSED : DEV_MGR_EVENT_PLAY_STARTED);
+    }
 }
 
 u32 NowMicroseconds() {
@@ -46,13 +116,13 @@ u32 OnDevice(u32 dh) {
     return dh == kDevice ? DEV_MGR_SUCCESS : DEV_MGR_INVALID_DEVICE_HANDLE;
 }
 
-void SendEvents(DeviceEventCallback callback, std::chrono::microseconds interval) {
+void SendEvents(std::chrono::microseconds interval) {
     while (!g_ended) {
         std::this_thread::sleep_for(interval);
         DeviceEvent event{};
         event.words[0] = DEV_MGR_EVENT_PLAY_TRACK_CHANGED;
         g_reported = NowMicroseconds();
-        callback(&event, kProcess);
+        g_callback(&event, kProcess);
     }
 }
 
@@ -60,8 +130,12 @@ void SendEvents(DeviceEventCallback callback, std::chrono::microseconds interval
 
 u32 eDevMgrRegisterProcess(u32* ph, DeviceEventCallback callback) {
     *ph = kProcess;
+    g_callback = callback;
+    if (IsSetTo("QUICK_PLAYER_THREAD", "own")) {
+        g_reporter = std::make_unique<Reporter>();
+    }
     if (const char* interval = std::getenv("QUICK_PLAYER_EVENTS")) {
-        g_events = std::thread(SendEvents, callback, std::chrono::microseconds(std::atoi(interval)));
+        g_events = std::thread(SendEvents, std::chrono::microseconds(std::atoi(interval)));
     }
     return DEV_MGR_SUCCESS;
 }
@@ -70,6 +144,7 @@ u32 eDevMgrDeRegisterProcess(u32) {
     if (g_events.joinable()) {
         g_events.join();
     }
+    g_reporter.reset();
     return DEV_MGR_SUCCESS;
 }
 u32 eDevMgrAllocateSharedMemory(u32, u32* size, u32* block) {
@@ -82,7 +157,7 @@ u32 eDevMgrDeAllocateSharedMemory(u32, u32) {
     return DEV_MGR_SUCCESS;
 }
 u32 eDevMgrGetNumDevices(u32, u32* count) {
-    *count = HasPlayer() ? 1 : 0;
+    *count = IsSetTo("QUICK_PLAYER", "none") ? 0 : 1;
     return DEV_MGR_SUCCESS;
 }
 u32 eDevMgrGetDeviceList(u32, DeviceRecord* list, u32, u32* count) {
@@ -154,9 +229,11 @@ u32 eDevMgriPodSelectCategorizedIndex(u32, u32 dh, u32, u32) {
     return OnDevice(dh);
 }
 u32 eDevMgriPodPlay(u32, u32 dh) {
+    SetPaused(false);
     return OnDevice(dh);
 }
 u32 eDevMgriPodPause(u32, u32 dh) {
+    SetPaused(true);
     return OnDevice(dh);
 }
 u32 eDevMgriPodStop(u32, u32 dh) {
@@ -172,7 +249,7 @@ u32 eDevMgriPodPlayNextPreviousTrack(u32, u32 dh, u32) {
     return OnDevice(dh);
 }
 u32 eDevMgriPodGetPlayStatus(u32, u32 dh, u32* status) {
-    *status = E_DEVMGR_IPOD_PLAY_PLAYING;
+    *status = g_isPaused ? E_DEVMGR_IPOD_PLAY_PAUSED : E_DEVMGR_IPOD_PLAY_PLAYING;
     return OnDevice(dh);
 }
 u32 eDevMgriPodGetPlayingTrackElapsedAndTotaltime(u32, u32 dh, u32* elapsed, u32* total) {

@@ -3,8 +3,8 @@
 #
 # Inside, / and /home/root are empty, private and writable, and the network is a loopback of its own, so that
 # port 8883 is free and several sandboxes run side by side. The source tree can be read, and the build folder
-# written: SANDBOX_BUILD, else the nearest folder above COMMAND that holds a CMakeCache.txt. COMMAND's exit status
-# is passed on.
+# written: SANDBOX_BUILD, else the nearest folder above COMMAND that holds a CMakeCache.txt. Folders in SANDBOX_SHOW,
+# with ":" between them, can be read as well. COMMAND's exit status is passed on.
 # Signals sent to this script are not: what sends them has to run inside.
 #
 # Status 77, with the reason on standard output, where the system refuses the namespaces.
@@ -44,6 +44,11 @@ if [ "$build_folder" != / ]; then
     set -- --bind "$build_folder" "$build_folder" \
         --setenv GST_REGISTRY "$build_folder/gstreamer-registry.bin" "$@"
 fi
+IFS=:
+for folder in ${SANDBOX_SHOW-}; do
+    set -- --ro-bind "$folder" "$folder" "$@"
+done
+unset IFS
 # A second signal ends the service at once, without a join: no leak of a thread, for ThreadSanitizer.
 isolated --ro-bind "$source_root" "$source_root" --chdir / --setenv HOME /home/root \
     --setenv TSAN_OPTIONS "${TSAN_OPTIONS-}:report_thread_leaks=0" --setenv IPOD_TEST_SANDBOX 1 "$@"
