@@ -3,7 +3,7 @@
 #
 #   scripts/check-style.sh [format | vocabulary | types | clang | tidy [FILE...]]
 #
-# Without a word all five, in that order. "types" is mypy over the kit. "clang" builds everything with the preset
+# Without a word all five, in that order. "types" is mypy over the kit and bench/. "clang" builds everything with the preset
 # of that name: warnings are errors, and so is a breach of the rules which thread may call what under which lock.
 # "tidy" looks at the service's rooms and their tests, or at the files named.
 set -euo pipefail
@@ -40,12 +40,13 @@ check_vocabulary() {
 }
 
 check_types() {
-    echo "== mypy over the kit"
+    echo "== mypy over the kit and bench/"
     (cd kit && mypy --cache-dir=/dev/null .)
+    mypy --strict --cache-dir=/dev/null bench/report.py
 }
 
 configure_clang() {
-    need_packages "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" "${CHECK_PACKAGES[@]}"
+    need_packages "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}" "${CHECK_PACKAGES[@]}" "${BENCH_PACKAGES[@]}"
     mkdir -p build
     cmake --preset clang >build/configure.log 2>&1 || { cat build/configure.log; return 1; }
 }

@@ -20,9 +20,13 @@ namespace {
 
 }  // namespace
 
-Connection::Connection(const sockaddr_in& server) : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+Connection::Connection(const sockaddr_in& server, int receiveBuffer)
+    : m_socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
     const int on = 1;
     setsockopt(m_socket.Get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    if (receiveBuffer > 0) {
+        setsockopt(m_socket.Get(), SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof receiveBuffer);
+    }
     if (connect(m_socket.Get(), reinterpret_cast<const sockaddr*>(&server), sizeof server) != 0) {
         Fail("connect");
     }

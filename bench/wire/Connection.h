@@ -22,7 +22,8 @@ using Microseconds = std::chrono::duration<double, std::micro>;
 /// Every failure, and 10 s without an answer, throws std::runtime_error or std::system_error.
 class Connection {
   public:
-    explicit Connection(const sockaddr_in& server);
+    /// `receiveBuffer`: bytes; 0: what the system gives.
+    explicit Connection(const sockaddr_in& server, int receiveBuffer = 0);
 
     void Send(std::string_view text) const;
     /// Lines that have come; does not wait. `text`: takes all that has come besides.

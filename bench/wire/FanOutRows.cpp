@@ -1,4 +1,6 @@
 // Changes, and when clients know of them.
+#include <stdexcept>
+
 #include "bench/wire/Connection.h"
 #include "bench/wire/Protocol.h"
 #include "bench/wire/Rows.h"
@@ -6,17 +8,13 @@
 namespace Bench {
 namespace {
 
-/// Who asks for changes, and who else hears of them.
+/// Who asks for changes, and who else hears of them. The player plays before the first, and again after an
+/// even number of them, as the next audience expects it.
 class Audience {
   public:
     Audience(const Server& server, std::size_t listeners)
         : m_listeners(server.Address(), listeners), m_asker(server.Address()) {
-        // From the one state into the other and back, whichever it was: what follows is a change each time.
-        m_asker.Ask(kRequest);
-        m_asker.Send(kPause);
-        Settle();
-        m_asker.Send(kPlay);
-        Settle();
+        m_asker.Ask(kRequest);  // the server knows it
     }
 
     /// Asks for the next change and returns once everybody knows of it. The time until the last listener did;
@@ -31,6 +29,9 @@ class Audience {
             m_listeners.Poll([&](const Connection&, std::size_t lines) {
                 last = Microseconds(Clock::now() - start).count();
                 each(last);
+                if (lines > missing) {
+                    throw std::runtime_error("a client was told more than there was to tell");
+                }
                 missing -= lines;
             });
         }
@@ -39,21 +40,12 @@ class Audience {
     }
 
   private:
-    void Settle() const {
-        const auto begin = Clock::now();
-        for (auto heard = begin; Clock::now() - heard < std::chrono::milliseconds(20);) {
-            const bool isHeard = m_asker.Receive() > 0;
-            m_listeners.Poll([&](const Connection&, std::size_t) { heard = Clock::now(); });
-            heard = isHeard ? Clock::now() : heard;
-        }
-    }
-
     Connections m_listeners;
     Connection m_asker;
     bool m_isPaused = false;
 };
 
-Figures FanOutTo(const Server& server, std::size_t listeners) {
+Figures FanOutTo(const Server& server, std::size_t listeners, const std::string& how = "") {
     constexpr int kChanges = 400;
     Audience audience(server, listeners);
     std::vector<double> delays;
@@ -62,7 +54,7 @@ Figures FanOutTo(const Server& server, std::size_t listeners) {
         delays.push_back(audience.Change());
     }
     const double cpu = (server.CpuMicroseconds() - before) / kChanges;
-    const std::string row = "fan-out-" + std::to_string(listeners);
+    const std::string row = "fan-out-" + how + std::to_string(listeners);
     return {{row + "-delay", Median(std::move(delays))}, {row + "-cpu", cpu}};
 }
 
@@ -71,6 +63,17 @@ Figures FanOutTo(const Server& server, std::size_t listeners) {
 Figures MeasureFanOut(const Server& server) {
     Figures figures = FanOutTo(server, 64);
     for (Figure& figure : FanOutTo(server, 1)) {
+        figures.push_back(std::move(figure));
+    }
+    return figures;
+}
+
+Figures MeasureFanOutFromThread(const Program& program) {
+    const Server server(program, kOwnRun, {{"QUICK_PLAYER_THREAD", "own"}});
+    server.AwaitPlayer();
+    server.AwaitRest();
+    Figures figures = FanOutTo(server, 64, "thread-");
+    for (Figure& figure : FanOutTo(server, 1, "thread-")) {
         figures.push_back(std::move(figure));
     }
     return figures;

@@ -28,12 +28,12 @@ void Check(bool isGood, const char* what) {
 
 class Floor {
   public:
-    Floor() {
+    explicit Floor(const char* numericAddress) {
         const int on = 1;
         sockaddr_in address{};
         address.sin_family = AF_INET;
         address.sin_port = htons(Bench::kFloorPort);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        Check(inet_pton(AF_INET, numericAddress, &address.sin_addr) == 1, "address");
         setsockopt(m_listener, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
         Check(bind(m_listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
                   listen(m_listener, SOMAXCONN) == 0,
@@ -93,6 +93,6 @@ class Floor {
 
 }  // namespace
 
-int main() {
-    Floor().Run();
+int main(int count, char** words) {
+    Floor(count > 1 ? words[1] : "127.0.0.1").Run();
 }

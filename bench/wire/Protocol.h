@@ -22,4 +22,8 @@ inline constexpr std::string_view kChangeReply =
 inline constexpr std::string_view kNotification =
     "{\"jsonrpc\":\"2.0\",\"method\":\"trackPausedNotification\",\"params\":{\"isTrackPaused\":true}}\n";
 
+/// 2.8 MB, as the quick player has it.
+inline constexpr std::string_view kPictureRequest =
+    "{\"jsonrpc\":\"2.0\",\"method\":\"getCurrentAlbumArt\",\"id\":1}\n";
+
 }  // namespace Bench

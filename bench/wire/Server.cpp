@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 #include <string_view>
@@ -46,6 +47,9 @@ void RunOnLastCore() {
 
 [[noreturn]] void Execute(const std::vector<std::string>& command, const Environment& environment) {
     RunOnLastCore();
+    if (std::freopen("/dev/null", "w", stdout) == nullptr) {
+        _exit(127);
+    }
     for (const auto& [name, value] : environment) {
         setenv(name.c_str(), value.c_str(), 1);
     }
@@ -58,43 +62,38 @@ void RunOnLastCore() {
     _exit(127);
 }
 
-void AwaitPort(const sockaddr_in& address) {
-    for (const auto end = Clock::now() + std::chrono::seconds(10);;) {
+std::vector<std::string> CommandLine(const Program& program, const sockaddr_in& address) {
+    if (program.IsFloor()) {
+        return {FLOOR_PROGRAM, Text(address)};
+    }
+    return {program.Path(), "-a", Text(address)};
+}
+
+/// Tries without a pause: a start is told to some microseconds.
+void AwaitReply(const sockaddr_in& address) {
+    for (SpinLimit limit;;) {
         try {
             Connection(address).Ask(kRequest);
             return;
         } catch (const std::system_error&) {
-            if (Clock::now() > end) {
-                throw;
-            }
+            limit.Spin();
         }
-        std::this_thread::sleep_for(milliseconds(5));
     }
 }
 
 }  // namespace
 
-Server::Server(std::string name, const sockaddr_in& address, const std::vector<std::string>& command,
-               const Environment& environment)
-    : m_name(std::move(name)), m_address(address), m_pid(fork()) {
-    if (m_pid == 0) {
-        Execute(command, environment);
-    }
-}
-
-Server Server::Floor() {
-    Server floor("floor", Loopback(kFloorPort, 0), {FLOOR_PROGRAM}, {});
-    AwaitPort(floor.m_address);
-    return floor;
-}
-
-Server Server::Service(const std::string& path, unsigned number, const Environment& environment) {
-    const sockaddr_in address = Loopback(kServicePort, number);
+Server::Server(const Program& program, unsigned number, const Environment& environment)
+    : m_address(Loopback(program.IsFloor() ? kFloorPort : kServicePort, number)) {
     Environment whole{{"LD_LIBRARY_PATH", QUICK_PLAYER_FOLDER}};
     whole.insert(whole.end(), environment.begin(), environment.end());
-    Server service(path, address, {path, "-a", Text(address)}, whole);
-    AwaitPort(address);
-    return service;
+    const auto start = Clock::now();
+    m_pid = fork();
+    if (m_pid == 0) {
+        Execute(CommandLine(program, m_address), whole);
+    }
+    AwaitReply(m_address);
+    m_startMilliseconds = Microseconds(Clock::now() - start).count() / 1000;
 }
 
 Server::~Server() {
@@ -102,6 +101,13 @@ Server::~Server() {
         kill(m_pid, SIGKILL);
         waitpid(m_pid, nullptr, 0);
     }
+}
+
+double Server::StopMilliseconds() {
+    const auto start = Clock::now();
+    kill(m_pid, SIGTERM);
+    waitpid(std::exchange(m_pid, -1), nullptr, 0);
+    return Microseconds(Clock::now() - start).count() / 1000;
 }
 
 double Server::CpuMicroseconds() const {
@@ -121,7 +127,11 @@ void Server::AwaitPlayer() const {
         client.Send(kRequest);
         client.Await(1, &reply);
     }
-    constexpr milliseconds kQuiet(1500);  // more than a pass at rest takes
+}
+
+void Server::AwaitRest() const {
+    constexpr milliseconds kQuiet(1500);
+    const Connection client(m_address);
     for (auto heard = Clock::now(); Clock::now() - heard < kQuiet;) {
         std::this_thread::sleep_for(milliseconds(10));
         heard = client.Receive() > 0 ? Clock::now() : heard;

@@ -5,10 +5,10 @@ BUILD_PACKAGES=(
     libjsoncpp-dev libglib2.0-dev libgstreamer1.0-dev libvips-dev     # the service
     libtag1-dev libpng-dev libturbojpeg0-dev libasound2-dev libicu-dev # the simulated player
     libcli11-dev libncurses-dev                                       # the command-line programs
-    libjpeg-dev                                                       # what is measured against
 )
 RUN_PACKAGES=(bubblewrap gstreamer1.0-alsa gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-libav)
 TEST_PACKAGES=(libgtest-dev libgmock-dev tmux python3-pytest python3-jsonschema)
+BENCH_PACKAGES=(libbenchmark-dev libjpeg-dev)
 CHECK_PACKAGES=(clang-14 clang-format-14 clang-tidy-14 libclang-rt-14-dev git mypy)
 
 as_root() {

@@ -2,7 +2,7 @@
 // 640 for each album, below a scratch folder, and scans them: without a cache, for the first time with one,
 // and again.
 //
-// Each scan is a process of its own, "bench_music_folder --scan FOLDER CACHE", so that peak memory is its
+// Each scan is a process of its own, "bench_music_folder --scan FOLDER CACHE ROW", so that peak memory is its
 // own.
 #include <spawn.h>
 #include <sys/wait.h>
@@ -22,6 +22,7 @@
 #include "DeviceSimulator/music/Library.h"
 #include "DeviceSimulator/tools/DemoMusicTags.h"
 #include "bench/Memory.h"
+#include "bench/Result.h"
 
 namespace {
 
@@ -74,21 +75,19 @@ bool WriteMusic(const fs::path& folder, int files) {
     return true;
 }
 
-int ScanHere(const char* folder, const char* cache) {
-    const double before = PeakMegabytes();
+int ScanHere(const char* folder, const char* cache, const std::string& row) {
     const auto began = std::chrono::steady_clock::now();
     const auto library = ScanMusicFolder(folder, cache);
     const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - began;
-    std::printf("%8.0f ms  %6.1f MB peak, %.1f before  %zu tracks\n", took.count(), PeakMegabytes(), before,
-                library->TrackCount());
-    return 0;
+    Bench::Report(row, took.count());
+    Bench::Report(row + "-peak", PeakMegabytes());
+    return library->TrackCount() > 0 ? 0 : 1;
 }
 
-int ScanInProcess(const char* what, const fs::path& folder, const fs::path& cache) {
-    std::printf("%-14s", what);
-    std::fflush(stdout);
-    std::string words[] = {"bench_music_folder", "--scan", folder, cache};
-    char* arguments[] = {words[0].data(), words[1].data(), words[2].data(), words[3].data(), nullptr};
+int ScanInProcess(const char* row, const fs::path& folder, const fs::path& cache) {
+    std::string words[] = {"bench_music_folder", "--scan", folder, cache, row};
+    char* arguments[] = {words[0].data(), words[1].data(), words[2].data(),
+                         words[3].data(), words[4].data(), nullptr};
     pid_t process = 0;
     int status = 1;
     if (posix_spawn(&process, "/proc/self/exe", nullptr, nullptr, arguments, environ) == 0) {
@@ -105,9 +104,9 @@ int Measure(int files) {
     }
     const fs::path music = scratch + "/music";
     const fs::path cache = scratch + "/cache";
-    int status = ScanInProcess("without cache", music, "");
-    status |= ScanInProcess("first scan", music, cache);
-    status |= ScanInProcess("second scan", music, cache);
+    int status = ScanInProcess("scan-uncached", music, "");
+    status |= ScanInProcess("scan-first", music, cache);
+    status |= ScanInProcess("scan-again", music, cache);
     fs::remove_all(scratch);
     return status;
 }
@@ -115,8 +114,8 @@ int Measure(int files) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc == 4 && std::string_view(argv[1]) == "--scan") {
-        return ScanHere(argv[2], argv[3]);
+    if (argc == 5 && std::string_view(argv[1]) == "--scan") {
+        return ScanHere(argv[2], argv[3], argv[4]);
     }
     int files = 10000;
     if (argc == 2) {

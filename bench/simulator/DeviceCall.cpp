@@ -16,6 +16,7 @@
 
 #include "DeviceManager/DeviceManager.h"
 #include "DeviceSimulator/wire/Protocol.h"
+#include "bench/Result.h"
 
 namespace {
 
@@ -82,7 +83,7 @@ class PingPong {
 };
 
 /// Both in turns, so that what else the machine does falls on both.
-void Compare(const char* name, std::size_t there, std::size_t back, int times,
+void Compare(const char* row, std::size_t there, std::size_t back, int times,
              const std::function<void()>& call) {
     PingPong pingPong(sizeof(CallHead) + there, sizeof(AnswerHead) + back);
     std::vector<double> calls;
@@ -93,8 +94,7 @@ void Compare(const char* name, std::size_t there, std::size_t back, int times,
     }
     std::sort(calls.begin(), calls.end());
     std::sort(bare.begin(), bare.end());
-    std::printf("%-14s %9.1f us a call %9.1f us a ping-pong of the same bytes  %.2f times\n", name,
-                calls[kRounds / 2], bare[kRounds / 2], calls[kRounds / 2] / bare[kRounds / 2]);
+    Bench::Report(row, calls[kRounds / 2], bare[kRounds / 2]);
 }
 
 }  // namespace
@@ -117,10 +117,10 @@ int main() {
         return 1;
     }
     u32 status = 0;
-    Compare("play status", 13, 4, 2000, [&] { eDevMgriPodGetPlayStatus(process, 1, &status); });
+    Compare("device-call-status", 13, 4, 2000, [&] { eDevMgriPodGetPlayStatus(process, 1, &status); });
     for (const u32 wanted : {50U, 10'000U}) {
         std::vector<BrowseItem> items(wanted);
-        Compare(wanted == 50 ? "50 items" : "10000 items", 30, 8 + wanted * sizeof(BrowseItem),
+        Compare(wanted == 50 ? "device-call-50" : "device-call-10000", 30, 8 + wanted * sizeof(BrowseItem),
                 wanted == 50 ? 1000 : 20, [&] {
                     count = wanted;
                     eDevMgriPodGetItems(process, 1, DEV_MGR_WHOLE_LIBRARY, 0, DEV_MGR_CATEGORY_TRACK, 0,
