@@ -70,12 +70,15 @@ std::vector<std::string> CommandLine(const Program& program, const sockaddr_in& 
 }
 
 /// Tries without a pause: a start is told to some microseconds.
-void AwaitReply(const sockaddr_in& address) {
+void AwaitReply(pid_t server, const sockaddr_in& address) {
     for (SpinLimit limit;;) {
         try {
             Connection(address).Ask(kRequest);
             return;
         } catch (const std::system_error&) {
+            if (waitpid(server, nullptr, WNOHANG) != 0) {
+                throw std::runtime_error("it does not run, or has ended; in the sandbox paths are absolute");
+            }
             limit.Spin();
         }
     }
@@ -92,7 +95,7 @@ Server::Server(const Program& program, unsigned number, const Environment& envir
     if (m_pid == 0) {
         Execute(CommandLine(program, m_address), whole);
     }
-    AwaitReply(m_address);
+    AwaitReply(m_pid, m_address);
     m_startMilliseconds = Microseconds(Clock::now() - start).count() / 1000;
 }
 

@@ -4,8 +4,8 @@
 //     tests/EndToEnd/sandbox.sh <build folder>/bench/bench_wire [--rounds N] [--rows WORD,...] [--service
 //     PATH]...
 //
-// --rows takes the beginnings of the rows' names. With more than one service, all of them take turns; what
-// lies outside the build folder is shown to the sandbox by SANDBOX_SHOW=FOLDER.
+// --rows takes the beginnings of the rows' names. PATH is absolute. With more than one service, all of them
+// take turns; what lies outside the build folder is shown to the sandbox by SANDBOX_SHOW=FOLDER.
 #include <sched.h>
 #include <unistd.h>
 
