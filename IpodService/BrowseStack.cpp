@@ -26,6 +26,9 @@ constexpr CategoryName kCategoryNames[] = {
 };
 
 void LogCategories(const char* label, u32 mask) {
+    if (!CLogger::IsWritten(LogLevel::kInfo)) {
+        return;
+    }
     std::string line = label;
     if (mask == DEV_MGR_CATEGORY_NONE) {
         line += " NONE";
@@ -141,12 +144,11 @@ i32 BrowseStack::SelectItem(BrowseLevel& level, u32 index) const {
     m_link.OnDevice(DEVICE_CALL(eDevMgriPodGetNumItems), static_cast<i32>(level.category),
                     level.selectedIndex, level.category, &count);
     level.selectedIndex = index;
-    return Outcome(m_link.OnDevice(
-        DEVICE_CALL(
-            eDevMgriPodSelectCategorizedIndex,
-            .note = "Going to do select, Type is :" + std::to_string(static_cast<i32>(level.category)) +
-                    " and index is " + std::to_string(static_cast<i32>(index)) + "\n"),
-        level.category, index));
+    LOG_INFO("eDevMgriPodSelectCategorizedIndex\n");
+    LOG_DEBUG("Going to do select, Type is :%d and index is %d\n", static_cast<int>(level.category),
+              static_cast<int>(index));
+    return Outcome(m_link.OnDevice(DEVICE_CALL(eDevMgriPodSelectCategorizedIndex, .announced = false),
+                                   level.category, index));
 }
 
 u32 BrowseStack::ReduceChildCategory(u32 category) const {

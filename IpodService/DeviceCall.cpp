@@ -6,9 +6,6 @@ void CallLog::BeforeCall() const {
     if (!m_options.announcedAfterwards) {
         Announce();
     }
-    if (!m_options.note.empty()) {
-        CLogger::Log(m_file, m_line, LogLevel::kDebug, "%s", m_options.note.c_str());
-    }
 }
 
 void CallLog::AfterCall(u32 code) const {
@@ -21,14 +18,12 @@ void CallLog::AfterCall(u32 code) const {
 }
 
 void CallLog::Busy() const {
-    CLogger::Log(m_file, m_line, LogLevel::kWarn, "%s - DEV_MGR_IAP_APP_BUSY\n", m_name);
+    CLogger::LogPlain(m_file, m_line, LogLevel::kWarn, {m_name, " - DEV_MGR_IAP_APP_BUSY\n"});
 }
 
 void CallLog::Announce() const {
-    if (m_options.announcement.empty()) {
-        CLogger::Log(m_file, m_line, m_options.announceLevel, "%s\n", m_name);
-    } else {
-        CLogger::Log(m_file, m_line, m_options.announceLevel, "%s", m_options.announcement.c_str());
+    if (m_options.announced) {
+        CLogger::LogPlain(m_file, m_line, m_options.announceLevel, {m_name, "\n"});
     }
 }
 
@@ -36,11 +31,12 @@ void CallLog::Report(u32 code) const {
     const char* const result = ResultCodeName(code);
     const char* const name = m_options.failureName != nullptr ? m_options.failureName : m_name;
     if (m_options.failureText != nullptr) {
-        CLogger::Log(m_file, m_line, m_options.failureLevel, "%s%s\n", m_options.failureText, result);
+        CLogger::LogPlain(m_file, m_line, m_options.failureLevel, {m_options.failureText, result, "\n"});
     } else if (m_options.count != nullptr) {
         CLogger::Log(m_file, m_line, m_options.failureLevel, "Return from %s is :%s%s%d\n", name, result,
                      m_options.countText, static_cast<int>(*m_options.count));
     } else {
-        CLogger::Log(m_file, m_line, m_options.failureLevel, "Return from %s is :%s\n", name, result);
+        CLogger::LogPlain(m_file, m_line, m_options.failureLevel,
+                          {"Return from ", name, " is :", result, "\n"});
     }
 }

@@ -2,19 +2,16 @@
 #pragma once
 
 #include <chrono>
-#include <string>
-#include <utility>
 
 #include "DeviceManager/DeviceManager.h"
 #include "ServiceUtil/Logger.h"
 
 /// What is unusual about a call. A call without any of it writes its name and "\n" at INFO before it is made,
-/// and "Return from <name> is :<result>\n" at WARN when it fails. Texts are literals, or outlive the call.
+/// and "Return from <name> is :<result>\n" at WARN when it fails. Texts are literals.
 struct CallOptions {
     int announceLevel = LogLevel::kInfo;
-    std::string announcement{};  ///< in place of the name and its newline
+    bool announced = true;  ///< false: the caller has announced it
     bool announcedAfterwards = false;
-    std::string note{};  ///< written at DEBUG between the announcement and the call
 
     bool failureReported = true;
     bool successReported = false;  ///< reports every result as a failure is reported
@@ -44,9 +41,9 @@ struct DeviceCall {
 #define DEVICE_CALL(function, ...) MakeDeviceCall(function, #function, CallOptions{__VA_ARGS__})
 
 template <typename Function>
-DeviceCall<Function> MakeDeviceCall(Function function, const char* name, CallOptions options,
+DeviceCall<Function> MakeDeviceCall(Function function, const char* name, const CallOptions& options,
                                     const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
-    return {function, name, std::move(options), file, line};
+    return {function, name, options, file, line};
 }
 
 /// The log entries of one call. Any thread.

@@ -84,6 +84,9 @@ void LogSampleRate(const DeviceEventView& event) {
 }  // namespace
 
 void DeviceEventLog::Write(const DeviceEventView& event, u32 processHandle) {
+    if (!CLogger::IsWritten(LogLevel::kInfo)) {
+        return;
+    }
     switch (event.Id()) {
         case DEV_MGR_EVENT_DEVICE_MANAGER_EXITED:
             LOG_INFO(" Device manager has exited. No API can be used anymore. Exiting.");

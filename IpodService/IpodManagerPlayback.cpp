@@ -94,13 +94,11 @@ i32 IpodManager::PlayFirstTrack() {
         return 1;
     }
     // Played all the same when the selection fails: the device then goes on with what it had.
-    m_link.OnDevice(
-        DEVICE_CALL(eDevMgriPodSelectCategorizedIndex,
-                    .announcement = "PlayFirstTrack eDevMgriPodSelectCategorizedIndex - itemCount = " +
-                                    std::to_string(itemCount) + "\n"),
-        u32{DEV_MGR_CATEGORY_TRACK}, u32{0});
-    return Outcome(
-        m_link.OnDevice(DEVICE_CALL(eDevMgriPodPlay, .announcement = "PlayFirstTrack eDevMgriPodPlay\n")));
+    LOG_INFO("PlayFirstTrack eDevMgriPodSelectCategorizedIndex - itemCount = %d\n", itemCount);
+    m_link.OnDevice(DEVICE_CALL(eDevMgriPodSelectCategorizedIndex, .announced = false),
+                    u32{DEV_MGR_CATEGORY_TRACK}, u32{0});
+    LOG_INFO("PlayFirstTrack eDevMgriPodPlay\n");
+    return Outcome(m_link.OnDevice(DEVICE_CALL(eDevMgriPodPlay, .announced = false)));
 }
 
 bool IpodManager::GetHasPlayableData() {

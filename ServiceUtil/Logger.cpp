@@ -1,58 +1,40 @@
 #include "ServiceUtil/Logger.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
-#include <atomic>
+#include <cerrno>
+#include <charconv>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <memory>
 #include <new>
-#include <thread>
+#include <string_view>
+
+#include "ServiceUtil/Mutex.h"
 
 namespace {
 
-// Outside the object and without destructors: when exit() is called with other threads alive, they go on
-// logging after the singleton is gone.
-constinit std::atomic<std::FILE*> g_file{nullptr};
-constinit std::atomic<int> g_threshold{LogLevel::kAll};
-constinit std::atomic<int> g_fileWriters{0};
-constinit std::atomic<bool> g_ended{false};
-constinit std::atomic<unsigned> g_zoneSeenAt{0};
+constexpr int kNoFile = -1;
 
-/// The stream of one entry; while it lives, the log file it names is not closed.
-class Stream {
-  public:
-    Stream() {
-        g_fileWriters.fetch_add(1);
-        m_file = g_file.load();
-        if (m_file == nullptr) {
-            g_fileWriters.fetch_sub(1);
-        }
-    }
-    Stream(const Stream&) = delete;
-    Stream& operator=(const Stream&) = delete;
-    ~Stream() {
-        if (m_file != nullptr) {
-            g_fileWriters.fetch_sub(1);
-        }
-    }
+// None of these has a destructor: when exit() is called with other threads alive, they go on logging.
 
-    void Write(const char* bytes, std::size_t size) const {
-        if (m_file == nullptr && g_ended.load()) {
-            return;
-        }
-        std::FILE* stream = m_file != nullptr ? m_file : stdout;
-        std::fwrite(bytes, 1, size, stream);
-        std::fflush(stream);
-    }
+/// Held from an entry's time to its last byte. A thread that is stuck in a full pipe never gives it up.
+constinit Mutex g_mutex;
+constinit int g_file GUARDED_BY(g_mutex) = kNoFile;
+/// The entry that is being written, if it fits: the most that a pipe takes in one piece.
+constinit std::array<char, 4096> g_buffer GUARDED_BY(g_mutex){};
+/// The time as entries have it, of the second g_stamped.
+constinit std::array<char, 64> g_stamp GUARDED_BY(g_mutex){};
+constinit std::size_t g_stampLength GUARDED_BY(g_mutex) = 0;
+constinit std::time_t g_stamped GUARDED_BY(g_mutex) = -1;
 
-  private:
-    std::FILE* m_file;
-};
-
-const char* TagOf(int level) {
+std::string_view TagOf(int level) {
     switch (level) {
         case LogLevel::kAll:
         case LogLevel::kTrace:
@@ -70,81 +52,134 @@ const char* TagOf(int level) {
     }
 }
 
-struct EntryHead {
-    std::tm time;
+/// Text in room that is given. What does not fit is counted.
+class Text {
+  public:
+    Text(char* room, std::size_t size) : m_room(room), m_size(size) {}
+
+    void Append(std::string_view text) {
+        std::memcpy(m_room + Used(), text.data(), std::min(text.size(), m_size - Used()));
+        m_length += text.size();
+    }
+    void Append(int number) {
+        std::array<char, 12> digits;
+        const char* const end = std::to_chars(digits.begin(), digits.end(), number).ptr;
+        Append({digits.data(), end});
+    }
+    /// False on a bad format.
+    __attribute__((format(printf, 2, 0))) bool Append(const char* format, std::va_list arguments) {
+        const int length = std::vsnprintf(m_room + Used(), m_size - Used(), format, arguments);
+        m_length += static_cast<std::size_t>(std::max(length, 0));
+        return length >= 0;
+    }
+
+    /// Of the whole text. One that fits is shorter than the room: a NUL stands behind it.
+    std::size_t Length() const { return m_length; }
+    bool Fits() const { return m_length < m_size; }
+
+  private:
+    std::size_t Used() const { return std::min(m_length, m_size); }
+
+    char* m_room;
+    std::size_t m_size;
+    std::size_t m_length = 0;
+};
+
+/// localtime_r alone keeps the zone that it saw first, and tzset looks at the zone's file: once a second.
+std::string_view Stamp() REQUIRES(g_mutex) {
+    const std::time_t now = std::time(nullptr);
+    if (now != g_stamped) {
+        g_stamped = now;
+        tzset();
+        std::tm time{};
+        localtime_r(&now, &time);
+        const int length = std::snprintf(g_stamp.data(), g_stamp.size(), "[%04d-%02d-%02d %02d:%02d:%02d]",
+                                         time.tm_year + 1900, time.tm_mon + 1, time.tm_mday, time.tm_hour,
+                                         time.tm_min, time.tm_sec);
+        g_stampLength = std::min(static_cast<std::size_t>(length), g_stamp.size() - 1);
+    }
+    return {g_stamp.data(), g_stampLength};
+}
+
+struct Head {
     const char* sourceFile;
     int line;
     int level;
 };
 
-/// Formats what fits into the buffer and returns the whole entry's length, as snprintf does; -1 on a bad
-/// format.
-__attribute__((format(printf, 4, 0))) int FormatEntry(char* buffer, std::size_t size, const EntryHead& head,
-                                                      const char* format, std::va_list arguments) {
-    const int headLength =
-        std::snprintf(buffer, size, "[%04d-%02d-%02d %02d:%02d:%02d]%s[%s:%d]\n\t", head.time.tm_year + 1900,
-                      head.time.tm_mon + 1, head.time.tm_mday, head.time.tm_hour, head.time.tm_min,
-                      head.time.tm_sec, TagOf(head.level), head.sourceFile, head.line);
-    if (headLength < 0) {
-        return -1;
-    }
-    const std::size_t used = std::min(static_cast<std::size_t>(headLength), size);
-    const int messageLength = std::vsnprintf(buffer + used, size - used, format, arguments);
-    return messageLength < 0 ? -1 : headLength + messageLength;
+void AppendHead(Text& entry, const Head& head) REQUIRES(g_mutex) {
+    entry.Append(Stamp());
+    entry.Append(TagOf(head.level));
+    entry.Append("[");
+    entry.Append(std::string_view(head.sourceFile));
+    entry.Append(":");
+    entry.Append(head.line);
+    entry.Append("]\n\t");
 }
 
-/// localtime_r alone keeps the zone that it saw first. Once a second: tzset costs more than the rest of an
-/// entry, for it looks at the zone's file.
-void FollowTimeZone(std::time_t now) {
-    const auto second = static_cast<unsigned>(now);
-    if (g_zoneSeenAt.exchange(second) != second) {
-        tzset();
+/// In one piece, but where the file takes no more than a part.
+void Write(const char* bytes, std::size_t size) REQUIRES(g_mutex) {
+    const int file = g_file != kNoFile ? g_file : STDOUT_FILENO;
+    while (size > 0) {
+        const ssize_t written = ::write(file, bytes, size);
+        if (written < 0 && errno != EINTR) {
+            return;
+        }
+        const auto taken = static_cast<std::size_t>(std::max<ssize_t>(written, 0));
+        bytes += taken;
+        size -= taken;
     }
 }
 
-EntryHead MakeHead(const char* sourceFile, int line, int level) {
-    EntryHead head{{}, sourceFile, line, level};
-    const std::time_t now = std::time(nullptr);
-    FollowTimeZone(now);
-    localtime_r(&now, &head.time);
-    return head;
+/// `appendMessage(Text&)`, which answers whether there is a message, is asked again where the buffer is too
+/// small for it.
+template <typename AppendMessage>
+void WriteEntry(const Head& head, AppendMessage appendMessage) EXCLUDES(g_mutex) {
+    const MutexLock lock(g_mutex);
+    Text entry(g_buffer.data(), g_buffer.size());
+    AppendHead(entry, head);
+    if (!appendMessage(entry)) {
+        return;
+    }
+    if (entry.Fits()) {
+        Write(g_buffer.data(), entry.Length());
+        return;
+    }
+    const std::size_t size = entry.Length() + 1;
+    const std::unique_ptr<char[]> room(new (std::nothrow) char[size]);
+    if (room == nullptr) {
+        Write(g_buffer.data(), g_buffer.size() - 1);
+        return;
+    }
+    Text large(room.get(), size);
+    AppendHead(large, head);
+    appendMessage(large);
+    Write(room.get(), size - 1);
 }
 
 }  // namespace
 
 CLogger& CLogger::Instance() {
-    static CLogger instance;
+    static CLogger& instance = *new CLogger;
     return instance;
 }
 
-CLogger::~CLogger() {
-    g_ended.store(true);  // what threads still say must not spill to standard output
-    std::FILE* file = g_file.exchange(nullptr);
-    // A thread in the middle of an entry keeps the file; the process's end closes it, and every entry is
-    // flushed.
-    if (file != nullptr && g_fileWriters.load() == 0) {
-        std::fclose(file);
-    }
-}
-
 bool CLogger::Open(const char* path) {
-    if (path == nullptr || g_file.load() != nullptr) {
+    const MutexLock lock(g_mutex);
+    if (path == nullptr || g_file != kNoFile) {
         return false;
     }
-    std::FILE* file = std::fopen(path, "we");
-    g_file.store(file);
-    return file != nullptr;
+    g_file = ::open(path, O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0666);
+    return g_file != kNoFile;
 }
 
 bool CLogger::Close() {
-    std::FILE* file = g_file.exchange(nullptr);
-    if (file == nullptr) {
+    const MutexLock lock(g_mutex);
+    if (g_file == kNoFile) {
         return false;
     }
-    while (g_fileWriters.load() != 0) {
-        std::this_thread::yield();
-    }
-    std::fclose(file);
+    ::close(g_file);
+    g_file = kNoFile;
     return true;
 }
 
@@ -181,32 +216,30 @@ int CLogger::LevelFromChar(char letter) {
 }
 
 void CLogger::Log(const char* sourceFile, int line, int level, const char* format, ...) {
-    Instance();
-    if (g_threshold.load() > level) {
+    if (!IsWritten(level)) {
         return;
     }
-    const EntryHead head = MakeHead(sourceFile, line, level);
-    std::array<char, 1024> small;
-    std::unique_ptr<char[]> large;
-
     std::va_list arguments;
     va_start(arguments, format);
-    std::va_list again;
-    va_copy(again, arguments);
-    const int formatted = FormatEntry(small.data(), small.size(), head, format, arguments);
-    const std::size_t length = formatted < 0 ? 0 : static_cast<std::size_t>(formatted);
-    if (length >= small.size()) {
-        large.reset(new (std::nothrow) char[length + 1]);
-        if (large) {
-            FormatEntry(large.get(), length + 1, head, format, again);
-        }
-    }
-    va_end(again);
+    WriteEntry({sourceFile, line, level}, [&](Text& entry) {
+        std::va_list once;
+        va_copy(once, arguments);
+        const bool isGood = entry.Append(format, once);
+        va_end(once);
+        return isGood;
+    });
     va_end(arguments);
+}
 
-    if (large) {
-        Stream().Write(large.get(), length);
-    } else {
-        Stream().Write(small.data(), std::min(length, small.size() - 1));
+void CLogger::LogPlain(const char* sourceFile, int line, int level,
+                       std::initializer_list<std::string_view> message) {
+    if (!IsWritten(level)) {
+        return;
     }
+    WriteEntry({sourceFile, line, level}, [&](Text& entry) {
+        for (const std::string_view part : message) {
+            entry.Append(part);
+        }
+        return true;
+    });
 }

@@ -1,6 +1,10 @@
 // The process's one log.
 #pragma once
 
+#include <atomic>
+#include <initializer_list>
+#include <string_view>
+
 /// Levels of an entry and of the threshold. INFO lies below DEBUG: the threshold INFO lets both through.
 namespace LogLevel {
 inline constexpr int kAll = -1;
@@ -15,21 +19,22 @@ inline constexpr int kOff = 6;
 
 /// The process's one log. An entry is "[time][LEVEL][file:line]\n\t" and the message, which brings its own
 /// line end. The time is local; it follows a changed time zone within a second. Entries go to the open file,
-/// or to standard output while none is open; each is flushed at once.
+/// or to standard output while none is open; each is written at once, by one call of the system.
 class CLogger {
   public:
-    /// Any thread. Created on first use with threshold kAll and no file; closes its file at process exit.
+    /// Any thread. Created on first use with threshold kAll and no file; never destroyed, so that threads may
+    /// log while the process exits. The process's end closes its file.
     static CLogger& Instance();
 
     CLogger(const CLogger&) = delete;
     CLogger& operator=(const CLogger&) = delete;
-    virtual ~CLogger();
+    virtual ~CLogger() = default;
 
     /// Creates or truncates the file. False, with nothing changed, when a file is open already, the path is
-    /// null or the file cannot be opened. The thread that configures the service; others may be logging.
+    /// null or the file cannot be opened. Any thread; others may be logging.
     bool Open(const char* path);
 
-    /// Waits for entries under way, then closes. False when no file is open. Same thread as Open.
+    /// Waits for the entry under way, then closes. False when no file is open. Any thread.
     bool Close();
 
     /// Entries below the level are dropped from now on; levels outside kAll to kOff are clamped. Any thread.
@@ -38,17 +43,30 @@ class CLogger {
     /// Maps a, t, i, d, w, e, f of either case to their levels and every other character to kOff. Any thread.
     static int LevelFromChar(char letter);
 
+    /// Whether an entry of the level is written: what is put together for an entry alone may be left where
+    /// it is not. Any thread.
+    static bool IsWritten(int level) { return g_threshold.load(std::memory_order_relaxed) <= level; }
+
     /// Writes one entry, whole: entries of two threads never mix. The message may hold NUL bytes. Write
     /// errors are ignored. Any thread, also while the process exits; never in a signal handler.
     static void Log(const char* sourceFile, int line, int level, const char* format, ...)
         __attribute__((format(printf, 4, 5)));
 
+    /// The same with a message of several parts and no format, which costs half.
+    static void LogPlain(const char* sourceFile, int line, int level,
+                         std::initializer_list<std::string_view> message);
+
   private:
     CLogger() = default;
+
+    static inline constinit std::atomic<int> g_threshold{LogLevel::kAll};
 };
 
-#define LOG_INFO(...) CLogger::Log(__FILE__, __LINE__, LogLevel::kInfo, __VA_ARGS__)
-#define LOG_DEBUG(...) CLogger::Log(__FILE__, __LINE__, LogLevel::kDebug, __VA_ARGS__)
-#define LOG_WARN(...) CLogger::Log(__FILE__, __LINE__, LogLevel::kWarn, __VA_ARGS__)
-#define LOG_ERROR(...) CLogger::Log(__FILE__, __LINE__, LogLevel::kError, __VA_ARGS__)
-#define LOG_FATAL(...) CLogger::Log(__FILE__, __LINE__, LogLevel::kFatal, __VA_ARGS__)
+/// The arguments are worked out for an entry that is written, and for no other.
+#define LOG_AT(level, ...) \
+    (CLogger::IsWritten(level) ? CLogger::Log(__FILE__, __LINE__, level, __VA_ARGS__) : void())
+#define LOG_INFO(...) LOG_AT(LogLevel::kInfo, __VA_ARGS__)
+#define LOG_DEBUG(...) LOG_AT(LogLevel::kDebug, __VA_ARGS__)
+#define LOG_WARN(...) LOG_AT(LogLevel::kWarn, __VA_ARGS__)
+#define LOG_ERROR(...) LOG_AT(LogLevel::kError, __VA_ARGS__)
+#define LOG_FATAL(...) LOG_AT(LogLevel::kFatal, __VA_ARGS__)

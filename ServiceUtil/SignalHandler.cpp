@@ -152,7 +152,6 @@ CSignalHandler& CSignalHandler::Instance() {
 }
 
 CSignalHandler::CSignalHandler() {
-    CLogger::Instance();  // created earlier, so destroyed later
     SetAction(OnProcessSignal, OpenPipe() && StartWatchers());
 }
 

@@ -1,16 +1,20 @@
 #include "ServiceUtil/Logger.h"
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstddef>
+#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -82,6 +86,10 @@ TEST_F(LoggerTest, LetterSetsTheLowestLevelThatIsWritten) {
                 << c << ' ' << level;
         }
     }
+    CLogger::Instance().SetLevel(LogLevel::kWarn);
+    int workedOut = 0;
+    LOG_DEBUG("%d\n", ++workedOut);
+    EXPECT_EQ(workedOut, 0) << "for an entry that is not written";
     // Levels outside their range
     CLogger::Instance().SetLevel(100);
     CLogger::Log("f", 1, LogLevel::kFatal, "m\n");
@@ -106,10 +114,34 @@ TEST_F(LoggerTest, OneFileIsOpenAtATime) {
 
 TEST_F(LoggerTest, LongMessagesAndNulBytesAreWrittenWhole) {
     // One by one around what fits without memory of its own, then far beyond.
-    for (std::size_t length = 900; length < 200000; length += length < 1100 ? 1 : 50000) {
+    for (std::size_t length = 4000; length < 200000; length += length < 4100 ? 1 : 50000) {
         const std::string message(length, 'x');
-        CLogger::Log("f", 1, LogLevel::kInfo, "%s%c\n", message.c_str(), '\0');
-        EXPECT_EQ(Written().substr(kStampLength), "[INFO ][f:1]\n\t" + message + std::string("\0\n", 2));
+        const std::string whole = "[INFO ][f:-1]\n\t" + message + std::string("\0\n", 2);
+        CLogger::Log("f", -1, LogLevel::kInfo, "%s%c\n", message.c_str(), '\0');
+        EXPECT_EQ(Written().substr(kStampLength), whole);
+        CLogger::LogPlain("f", -1, LogLevel::kInfo, {message, std::string_view("\0\n", 2)});
+        EXPECT_EQ(Written().substr(kStampLength), whole);
+    }
+}
+
+TEST_F(LoggerTest, EachEntryIsOneWrite) {
+    CLogger::Instance().Close();
+    std::array<int, 2> ends{};
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends.data()), 0);  // a message for each write
+    std::fflush(stdout);
+    const int standardOutput = dup(STDOUT_FILENO);
+    dup2(ends[1], STDOUT_FILENO);
+    LOG_INFO("%d\n", 1);
+    LOG_INFO("%s\n", std::string(10000, '2').c_str());
+    CLogger::LogPlain("f", 1, LogLevel::kInfo, {"3", "\n"});
+    dup2(standardOutput, STDOUT_FILENO);
+    for (const std::string& message : {std::string("1"), std::string(10000, '2'), std::string("3")}) {
+        std::string entry(20000, '\0');
+        entry.resize(static_cast<std::size_t>(recv(ends[0], entry.data(), entry.size(), 0)));
+        EXPECT_TRUE(entry.starts_with("[20") && entry.ends_with("]\n\t" + message + "\n")) << entry;
+    }
+    for (const int fd : {standardOutput, ends[0], ends[1]}) {
+        close(fd);
     }
 }
 
@@ -154,7 +186,7 @@ TEST_F(LoggerTest, NoEntryIsLostWhenTheFileIsClosed) {
         });
     }
     std::ptrdiff_t found = 0;
-    for (int round = 0; round < 20; ++round) {
+    for (int round = 0; round < 200; ++round) {
         for (const int before = logged; logged == before;) {
             std::this_thread::yield();
         }
