@@ -97,6 +97,12 @@ void CIpodRequestServer::Start(const std::string& address, u16 port) {
 
 void CIpodRequestServer::Run() {
     TakeSteps(*this, {&CIpodRequestServer::ServeUntilExit});
+    TellFirstTry();
+}
+
+void CIpodRequestServer::TellFirstTry() {
+    m_hasTried.test_and_set();
+    m_hasTried.notify_all();
 }
 
 void CIpodRequestServer::ServeUntilExit() {
@@ -110,6 +116,7 @@ void CIpodRequestServer::ServeUntilExit() {
         LOG_FATAL("Ipod Service - Listen failed\n");
         return;
     }
+    TellFirstTry();
     if (IpodManager::ResetAuthCoprocessor()) {
         Serve();
         StopManager();
@@ -132,6 +139,7 @@ bool CIpodRequestServer::BindWithRetries() {
             LOG_FATAL("Ipod Service - Bind failed\n");
             return false;
         }
+        TellFirstTry();
         std::this_thread::sleep_for(kBindPause);
     }
     return true;

@@ -28,6 +28,9 @@ class CIpodRequestServer final : public ISignalListener, public IIpodNotificatio
     /// thread; lets no exception out.
     void Run();
 
+    /// Returns once Run listens, or has failed to at its first try, or has ended. Main thread.
+    void WaitForFirstTry() const { m_hasTried.wait(false); }
+
     /// The first SIGTERM or SIGINT stops the service in order, the second ends the process with status 1 and
     /// further ones change nothing. Each counts before it is logged, so that one whose entry is stuck in a
     /// full pipe does not hold up the next. The signal handler's threads; calls may overlap.
@@ -46,6 +49,7 @@ class CIpodRequestServer final : public ISignalListener, public IIpodNotificatio
 
   private:
     void ServeUntilExit();
+    void TellFirstTry();
     bool BindWithRetries() REQUIRES(kServerThread);
     void Serve() REQUIRES(kServerThread);
     /// Sleeps until there is something to do, and serves one client's turn.
@@ -69,6 +73,7 @@ class CIpodRequestServer final : public ISignalListener, public IIpodNotificatio
     CIpodRequestHandler m_handler;
     /// Whether the loop serves: kept for a reader in a debugger, nothing asks for it.
     std::atomic<bool> m_serverRunning{false};
+    std::atomic_flag m_hasTried;            ///< to listen
     std::atomic<bool> m_isStopping{false};  ///< the first signal has come
     std::atomic<bool> m_isEnding{false};    ///< the second one has come: exit() is for one thread alone
 };

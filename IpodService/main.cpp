@@ -33,6 +33,11 @@ std::thread StartServerThread(CIpodRequestServer& server) {
 // Returns once a signal has ended the main loop and the server thread has finished its own stop.
 void RunUntilSignal(CIpodRequestServer& server, int argc, char** argv) {
     std::thread serverThread = StartServerThread(server);
+    if (serverThread.joinable()) {
+        // The port answers while the plugins are still looked up, which may take a while; also where there is
+        // one core, and it goes on with this thread.
+        server.WaitForFirstTry();
+    }
     gst_init(&argc, &argv);
     MainLoop mainLoop;
     mainLoop.Run();

@@ -1,8 +1,13 @@
 // Clients that behave badly, beside one that does not and must not notice.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
+#include <cstdlib>
 #include <random>
+
+#include "ServiceUtil/Descriptor.h"
 
 #include "tests/EndToEnd/Scene.h"
 
@@ -50,6 +55,23 @@ TEST(ClientsTest, AWebPageReachesNoMethod) {
     ExpectServed(scene.client);
     scene.service.WaitForLog("ms: it spoke HTTP\n");
     EXPECT_EQ(scene.service.Stop(), 0) << "no exit was requested before";
+}
+
+// GStreamer reads its list of plugins from a pipe that says nothing.
+TEST(ClientsTest, ThePortAnswersBeforeThePluginsAreKnown) {
+    const std::string registry = std::getenv("GST_REGISTRY");
+    const char* const silent = "/tmp/silent-registry";
+    ASSERT_EQ(mkfifo(silent, 0600), 0);
+    setenv("GST_REGISTRY", silent, 1);
+    const ServiceProcess service;
+    setenv("GST_REGISTRY", registry.c_str(), 1);
+    Descriptor pipe;
+    Require("the list to be read", [&] {
+        pipe = Descriptor(open(silent, O_WRONLY | O_NONBLOCK | O_CLOEXEC));  // fails until there is a reader
+        return pipe.IsOpen();
+    });
+    Client client;  // at the first try
+    ExpectServed(client);
 }
 
 }  // namespace
