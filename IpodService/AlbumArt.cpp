@@ -1,14 +1,8 @@
 #include "IpodService/AlbumArt.h"
 
-#include <glib.h>
-
-#include <algorithm>
-#include <memory>
-#include <mutex>
 #include <optional>
-#include <vips/vips8>
+#include <utility>
 
-#include "ServiceUtil/Base64.h"
 #include "ServiceUtil/JpegCost.h"
 #include "ServiceUtil/Logger.h"
 
@@ -17,102 +11,56 @@ namespace {
 constexpr u32 kResizeLimit = 320;    ///< pixels of height up to which a picture stays as it is
 constexpr int kThumbnailSide = 100;  ///< pixels; also what is reported for every picture that was shrunk
 
-struct GFree {
-    void operator()(void* memory) const { g_free(memory); }
-};
-
-struct BlobUnref {
-    void operator()(VipsBlob* blob) const { vips_area_unref(VIPS_AREA(blob)); }
-};
-
-struct JpegBytes {
-    std::unique_ptr<void, GFree> data;
-    size_t size = 0;
-};
-
-/// libvips collects the texts of failures until somebody takes them away.
-struct ErrorBufferCleared {
-    ErrorBufferCleared() = default;
-    ErrorBufferCleared(const ErrorBufferCleared&) = delete;
-    ErrorBufferCleared& operator=(const ErrorBufferCleared&) = delete;
-    ~ErrorBufferCleared() { vips_error_clear(); }
-};
-
-struct ShrinkFactors {
-    int x;
-    int y;
-    bool CanDivide() const { return x > 0 && y > 0; }
-};
-
-// Takes some 20 ms and 9 MB, so not before there is a picture to shrink.
-void InitialiseVips() {
-    static std::once_flag once;
-    std::call_once(once, [] {
-        if (VIPS_INIT("ipod") != 0) {
-            throw vips::VError();
-        }
-        // A cover is too small for threads to pay, and no picture comes twice.
-        vips_concurrency_set(1);
-        vips_cache_set_max(0);
-    });
-}
-
-/// Reads the header and leaves the pixels for when they are asked for. The JPEG decoder by its name: what
-/// goes by the content takes other formats as well.
-vips::VImage OpenJpeg(std::span<const u8> bytes, int scale) {
-    std::unique_ptr<VipsBlob, BlobUnref> blob(vips_blob_new(nullptr, bytes.data(), bytes.size()));
-    return vips::VImage::jpegload_buffer(
-        blob.get(), vips::VImage::option()->set("shrink", scale)->set("access", VIPS_ACCESS_SEQUENTIAL));
-}
-
-/// What the decoder can divide by while it decodes, which costs it less than decoding the whole does.
-int ScaleOnLoad(const ShrinkFactors& factors) {
-    for (int scale : {8, 4, 2}) {
-        if (factors.CanDivide() && factors.x % scale == 0 && factors.y % scale == 0) {
-            return scale;
-        }
-    }
-    return 1;
-}
+using Picture = decltype(AlbumArt::shrunk);
 
 /// Once decoding has begun there is no stopping it.
-void RefuseWhatCostsTooMuch(std::span<const u8> bytes) {
+JpegCost RefuseWhatCostsTooMuch(std::span<const u8> bytes) {
     const std::optional<JpegCost> cost = ReadJpegCost(bytes);
     if (!cost || !cost->IsAffordable()) {
-        throw vips::VError("no picture to decode here");
+        throw PictureError("no picture to decode here");
     }
+    return *cost;
 }
 
-vips::VImage Shrink(std::span<const u8> bytes) {
-    vips::VImage image = OpenJpeg(bytes, 1);
-    const int width = image.width();
-    const int height = image.height();
-    const ShrinkFactors factors{width / kThumbnailSide, height / kThumbnailSide};
-    const int scale = ScaleOnLoad(factors);
-    if (scale > 1) {
-        image = OpenJpeg(bytes, scale);
+const PictureModule& LoadModule(PictureLoader& loader) {
+    const PictureModule* const module = loader.Module();
+    if (module == nullptr) {
+        throw PictureError("pictures cannot be shrunk here");
     }
-
-    LOG_INFO("Calling shrink\n");
-    const int restX = factors.x / scale;
-    const int restY = factors.y / scale;
-    vips::VImage shrunk = image.shrink(restX, restY);
-    if (!factors.CanDivide()) {
-        return shrunk;
-    }
-    // libvips rounds up: the last column and row would stand for pixels that are not all there.
-    return shrunk.extract_area(0, 0, std::min(width / factors.x, shrunk.width()),
-                               std::min(height / factors.y, shrunk.height()));
+    return *module;
 }
 
-/// Nothing when the picture could not be decoded or encoded to its end.
-std::optional<JpegBytes> SaveJpeg(const vips::VImage& image) {
-    void* data = nullptr;
-    size_t size = 0;
-    if (vips_jpegsave_buffer(image.get_image(), &data, &size, nullptr) != 0) {
-        return std::nullopt;
+/// The decoder divides by a part of the factors, which costs it less than decoding the whole, and the filter
+/// by the rest.
+struct ShrinkPlan {
+    explicit ShrinkPlan(PictureSize from)
+        : across(from.width / kThumbnailSide), down(from.height / kThumbnailSide), size(from) {
+        for (const int divisor : {2, 4, 8}) {
+            scale = CanDivide() && across % divisor == 0 && down % divisor == 0 ? divisor : scale;
+        }
     }
-    return JpegBytes{std::unique_ptr<void, GFree>(data), size};
+    bool CanDivide() const { return across > 0 && down > 0; }
+    PictureSize Decoded() const { return {size.width / scale, size.height / scale}; }
+    PictureSize Thumbnail() const { return {size.width / across, size.height / down}; }
+    BoxSize Box() const { return {across / scale, down / scale}; }
+
+    int across;
+    int down;
+    PictureSize size;
+    int scale = 1;
+};
+
+Picture Open(const PictureModule& module, std::span<const u8> bytes, const ShrinkPlan& plan) {
+    PictureSize decoded;
+    PictureFailure why;
+    Picture picture(module.open({bytes.data(), bytes.size()}, plan.scale, &decoded, &why), module.close);
+    if (!picture) {
+        throw PictureError(why.reason);
+    }
+    if (decoded != plan.Decoded()) {
+        throw PictureError("its size is not the one that its markers tell");
+    }
+    return picture;
 }
 
 }  // namespace
@@ -127,25 +75,29 @@ u32 AlbumArtLength(u32 height, u32 width) {
     return width * height * 2;
 }
 
-AlbumArt EncodeAsDelivered(const DeliveredPicture& picture) {
-    return {EncodeBase64(picture.bytes), picture.height, picture.width};
+AlbumArt AsDelivered(const DeliveredPicture& picture) {
+    return {picture.bytes, picture.height, picture.width};
 }
 
-AlbumArt ConvertAlbumArt(const DeliveredPicture& picture) {
+AlbumArt ConvertAlbumArt(const DeliveredPicture& picture, PictureLoader& loader) {
     LOG_INFO("Begin resizing. EncodeBase64 temp_size = %d\n",
              static_cast<int>(((picture.length + 2) / 3 + 1) * 4));
     if (picture.height <= kResizeLimit) {
         LOG_WARN("No resizing. EncodeBase64 dsize = %d\n", static_cast<int>(picture.length));
-        return EncodeAsDelivered(picture);
+        return AsDelivered(picture);
     }
-    RefuseWhatCostsTooMuch(picture.bytes);
-    InitialiseVips();
-    const ErrorBufferCleared cleared;
-    const std::optional<JpegBytes> jpeg = SaveJpeg(Shrink(picture.bytes));
-    if (!jpeg) {
-        return EncodeAsDelivered(picture);
+    const JpegCost cost = RefuseWhatCostsTooMuch(picture.bytes);
+    const ShrinkPlan plan({static_cast<int>(cost.width), static_cast<int>(cost.height)});
+    const PictureModule& module = LoadModule(loader);
+    Picture opened = Open(module, picture.bytes, plan);
+    LOG_INFO("Calling shrink\n");
+    if (!plan.CanDivide()) {
+        throw PictureError("one of its sides is too short to be divided");
     }
-    LOG_INFO("Finished resizing image size to %d\n", static_cast<int>(jpeg->size));
-    return {EncodeBase64({static_cast<const u8*>(jpeg->data.get()), jpeg->size}), kThumbnailSide,
-            kThumbnailSide};
+    const PictureBytes jpeg = module.shrink(opened.get(), plan.Thumbnail(), plan.Box());
+    if (jpeg.data == nullptr) {
+        return AsDelivered(picture);
+    }
+    LOG_INFO("Finished resizing image size to %d\n", static_cast<int>(jpeg.size));
+    return {{jpeg.data, jpeg.size}, kThumbnailSide, kThumbnailSide, std::move(opened)};
 }

@@ -20,8 +20,12 @@ constexpr milliseconds kRetryPause{25};
 
 }  // namespace
 
-IpodManager::IpodManager(IIpodNotifications* notifications, DeviceFolders folders, std::function<void()> wake)
-    : m_notifications(notifications), m_folders(std::move(folders)), m_pending(std::move(wake)) {
+IpodManager::IpodManager(IIpodNotifications* notifications, DeviceFolders folders, std::function<void()> wake,
+                         std::string pictureModule)
+    : m_notifications(notifications),
+      m_folders(std::move(folders)),
+      m_pending(std::move(wake)),
+      m_pictures(std::move(pictureModule)) {
     pthread_mutex_init(&m_browseMutex, nullptr);
     PrepareDatabaseFolder(m_folders);
 }

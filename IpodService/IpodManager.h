@@ -19,6 +19,7 @@
 #include "IpodService/EventHandler.h"
 #include "IpodService/IIpodNotifications.h"
 #include "IpodService/PendingWork.h"
+#include "IpodService/PictureLoader.h"
 #include "IpodService/SharedBlock.h"
 
 /// Registration, the open device, browsing, playback, artwork and the audio stream. Operations that wrap one
@@ -27,9 +28,10 @@
 class IpodManager {
   public:
     /// `notifications` is not owned and outlives the manager. `wake` is called, on whatever thread, when
-    /// there is work for the server loop. Main thread.
+    /// there is work for the server loop. `pictureModule`: where the module that shrinks pictures lies. Main
+    /// thread.
     explicit IpodManager(IIpodNotifications* notifications, DeviceFolders folders = {},
-                         std::function<void()> wake = {});
+                         std::function<void()> wake = {}, std::string pictureModule = {});
     /// Returns once no event is being handled any more; stops the stream. Main thread, server thread gone.
     ~IpodManager();
     IpodManager(const IpodManager&) = delete;
@@ -150,9 +152,9 @@ class IpodManager {
 
     // Album art (IpodManagerAlbumArt.cpp)
 
-    /// Fetches the picture now. 0 on success, also when there is no picture, which leaves the arguments
-    /// alone; the device manager's own code on failure. Throws vips::VError for a picture that cannot be
-    /// shrunk.
+    /// Fetches the picture now, and writes it behind `text` as base64. 0 on success, also when there is no
+    /// picture, which leaves the arguments alone; the device manager's own code on failure. Throws
+    /// PictureError for a picture that cannot be shrunk.
     i32 GetPlayingTrackAlbumArt(std::string& text, u32& width, u32& height) REQUIRES(kServerThread);
     /// 0, or -1 with no device open.
     i32 RequestDelayedAlbumArt() REQUIRES(kServerThread);
@@ -198,6 +200,7 @@ class IpodManager {
     SharedBlock m_shm1{1};
     SharedBlock m_shm2{2};
     BrowseStack m_browseStack{m_link};
+    PictureLoader m_pictures;
 
     /// Locked by no operation: browsing runs on the server thread alone.
     pthread_mutex_t m_browseMutex;

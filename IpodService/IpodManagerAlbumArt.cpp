@@ -1,13 +1,12 @@
 // The cover of the playing track: fetched into shared-memory block 1, converted from there, and handed out at
 // once or from a later pass of the server loop.
-#include <algorithm>
-#include <optional>
+#include <string>
 #include <string_view>
-#include <vips/vips8>
 
 #include "IpodService/AlbumArt.h"
 #include "IpodService/IpodManager.h"
 #include "IpodService/LogText.h"
+#include "ServiceUtil/Base64.h"
 #include "ServiceUtil/Logger.h"
 
 namespace {
@@ -20,20 +19,20 @@ bool WillNeverCome(u32 code) {
     return code >= DEV_MGR_IAP_ARTWORK_NOT_SUPPORTED_BY_IPOD_ERROR && code <= DEV_MGR_IAP_NOT_PLAYING_ERROR;
 }
 
-AlbumArt ConvertOrKeep(const DeliveredPicture& picture) {
+AlbumArt ConvertOrKeep(const DeliveredPicture& picture, PictureLoader& loader) {
     try {
-        return ConvertAlbumArt(picture);
-    } catch (const vips::VError&) {
+        return ConvertAlbumArt(picture, loader);
+    } catch (const PictureError&) {
         LOG_WARN("Failed Jpeg Decode\n");
-        return EncodeAsDelivered(picture);
+        return AsDelivered(picture);
     }
 }
 
 /// Throws what the conversion does, with a word to the log: the client's answer does not tell it.
-AlbumArt ConvertOrTell(const DeliveredPicture& picture) {
+AlbumArt ConvertOrTell(const DeliveredPicture& picture, PictureLoader& loader) {
     try {
-        return ConvertAlbumArt(picture);
-    } catch (const vips::VError& error) {
+        return ConvertAlbumArt(picture, loader);
+    } catch (const PictureError& error) {
         const std::string_view text = error.what();
         LOG_WARN("Album art of %u x %u cannot be converted: %s\n", picture.width, picture.height,
                  LogText(text.substr(0, text.find('\n'))).c_str());
@@ -81,8 +80,8 @@ i32 IpodManager::GetPlayingTrackAlbumArt(std::string& text, u32& width, u32& hei
     if (result.picture.bytes.empty()) {
         return 0;
     }
-    AlbumArt art = ConvertOrTell(result.picture);
-    text = std::move(art.text);
+    const AlbumArt art = ConvertOrTell(result.picture, m_pictures);
+    AppendBase64(text, art.bytes);
     width = art.width;
     height = art.height;
     return 0;
@@ -111,7 +110,9 @@ void IpodManager::ProcessDelayedAlbumArt() {
         return;
     }
     const bool delivered = result.code == DEV_MGR_SUCCESS && !result.picture.bytes.empty();
-    const AlbumArt art = delivered ? ConvertOrKeep(result.picture) : AlbumArt{};
+    const AlbumArt art = delivered ? ConvertOrKeep(result.picture, m_pictures) : AlbumArt{};
+    std::string text;
+    AppendBase64(text, art.bytes);
     const int trackIndex = static_cast<int>(GetNowPlayingIndex().index + 1);
-    m_notifications->OnAlbumArt(art.text, art.width, art.height, trackIndex);
+    m_notifications->OnAlbumArt(text, art.width, art.height, trackIndex);
 }

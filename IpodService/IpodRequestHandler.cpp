@@ -80,13 +80,12 @@ bool CIpodRequestHandler::GetCurrentTrackInfo(const Request&, std::string& resul
 }
 
 bool CIpodRequestHandler::GetCurrentAlbumArt(const Request&, std::string& result) {
-    std::string text;
     u32 width = 0;
     u32 height = 0;
-    const bool isFetched = m_manager->GetPlayingTrackAlbumArt(text, width, height) == 0;
     Json::Rpc::ObjectText picture(result);
-    result.reserve(result.size() + text.size() + 80);
-    picture.Begin("albumArt").append(1, '"').append(isFetched ? text : std::string()).append(1, '"');
+    picture.Begin("albumArt") += '"';
+    const bool isFetched = m_manager->GetPlayingTrackAlbumArt(result, width, height) == 0;
+    result += '"';
     if (isFetched) {
         picture.Add("imageHeight", height).Add("imageWidth", width);
     }

@@ -69,8 +69,10 @@ void LogClosedClient(const Json::Rpc::ClosedClient& client) {
 
 }  // namespace
 
-CIpodRequestServer::CIpodRequestServer(DeviceFolders folders)
-    : m_manager(this, std::move(folders), [this] { WakeLoop(); }), m_handler(&m_manager) {}
+CIpodRequestServer::CIpodRequestServer(std::string pictureModule, DeviceFolders folders)
+    : m_manager(
+          this, std::move(folders), [this] { WakeLoop(); }, std::move(pictureModule)),
+      m_handler(&m_manager) {}
 
 CIpodRequestServer::~CIpodRequestServer() {
     // A device manager that refused to let the process go may still be sending events.

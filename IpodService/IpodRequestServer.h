@@ -16,8 +16,8 @@
 
 class CIpodRequestServer final : public ISignalListener, public IIpodNotifications {
   public:
-    /// Main thread. `folders` as the manager takes them.
-    explicit CIpodRequestServer(DeviceFolders folders = {});
+    /// Main thread. Both as the manager takes them.
+    explicit CIpodRequestServer(std::string pictureModule, DeviceFolders folders = {});
     /// Main thread, once Run has returned.
     ~CIpodRequestServer() override;
 

@@ -12,6 +12,7 @@
 #include "IpodService/CommandLine.h"
 #include "IpodService/IpodRequestServer.h"
 #include "IpodService/MainLoop.h"
+#include "IpodService/PictureLoader.h"
 #include "ServiceUtil/Logger.h"
 #include "ServiceUtil/SignalHandler.h"
 
@@ -66,7 +67,7 @@ int main(int argc, char** argv) {
 
     constexpr int kStatus = 0;
     {
-        CIpodRequestServer server;
+        CIpodRequestServer server(InstalledPictureModule());
         CSignalHandler::Instance().Register(&server);
         server.Start(address, kPort);
         RunUntilSignal(server, argc, argv);

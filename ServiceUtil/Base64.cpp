@@ -3,13 +3,8 @@
 #include <glib.h>
 
 #include <algorithm>
-#include <memory>
 
 namespace {
-
-struct GFree {
-    void operator()(void* memory) const { g_free(memory); }
-};
 
 bool IsDigit(char c) {
     return g_ascii_isalnum(c) || c == '+' || c == '/';
@@ -17,9 +12,14 @@ bool IsDigit(char c) {
 
 }  // namespace
 
-std::string EncodeBase64(std::span<const std::uint8_t> bytes) {
-    const std::unique_ptr<gchar, GFree> text(g_base64_encode(bytes.data(), bytes.size()));
-    return text.get();
+void AppendBase64(std::string& text, std::span<const std::uint8_t> bytes) {
+    const std::size_t begin = text.size();
+    text.resize(begin + (bytes.size() + 2) / 3 * 4);
+    gint state = 0;
+    gint rest = 0;
+    gchar* const out = text.data() + begin;
+    const std::size_t size = g_base64_encode_step(bytes.data(), bytes.size(), FALSE, out, &state, &rest);
+    g_base64_encode_close(FALSE, out + size, &state, &rest);
 }
 
 std::optional<std::string> DecodeBase64(std::string_view text) {

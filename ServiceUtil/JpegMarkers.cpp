@@ -1,6 +1,7 @@
 #include "ServiceUtil/JpegMarkers.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace JpegMarker {
 
@@ -34,7 +35,13 @@ std::optional<JpegMarkerWalk> JpegMarkerWalk::Begin(std::span<const std::uint8_t
 }
 
 std::optional<std::uint8_t> JpegMarkerWalk::Next() {
-    const auto prefix = std::find(m_rest.begin(), m_rest.end(), JpegMarker::kPrefix);
+    // Nearly all of a picture lies between two prefixes: several times as quick as std::find.
+    const void* const found =
+        m_rest.empty() ? nullptr : std::memchr(m_rest.data(), JpegMarker::kPrefix, m_rest.size());
+    if (found == nullptr) {
+        return std::nullopt;
+    }
+    const auto prefix = m_rest.begin() + (static_cast<const std::uint8_t*>(found) - m_rest.data());
     const auto code =
         std::find_if(prefix, m_rest.end(), [](std::uint8_t byte) { return byte != JpegMarker::kPrefix; });
     if (code == m_rest.end()) {

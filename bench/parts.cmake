@@ -20,3 +20,8 @@ target_link_libraries(bench_growth PRIVATE bench_service bench_pictures)
 
 add_executable(bench_dear_pictures pictures/DearPictures.cpp)
 target_link_libraries(bench_dear_pictures PRIVATE project_options ipod_service_core quick_player JPEG::JPEG)
+
+foreach(program IN ITEMS bench_parts bench_growth bench_dear_pictures)
+    target_compile_definitions(${program} PRIVATE PICTURE_MODULE="$<TARGET_FILE:picture_module>")
+    add_dependencies(${program} picture_module)
+endforeach()

@@ -19,7 +19,8 @@ foreach(target IN ITEMS
         target_precompile_headers(${target} REUSE_FROM precompiled_for_libraries)
     endif()
 endforeach()
-# Sets of their own: what the image library defines changes what the headers say, and the music library knows no JSON.
+# Sets of their own: what GStreamer asks of the compiler changes what the headers say, and the music library knows no
+# JSON.
 target_precompile_headers(ipod_service_core PRIVATE ${headers} <json/json.h>)
 if(TARGET device_simulator_music)
     target_precompile_headers(device_simulator_music PRIVATE ${headers})

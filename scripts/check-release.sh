@@ -16,4 +16,4 @@ echo "== What it is linked with and how it is hardened"
 ctest --test-dir "$BUILD" -R '^Build\.' --no-tests=error --output-on-failure
 rm -rf "$BUILD/staged"
 DESTDIR=$BUILD/staged cmake --install "$BUILD" --prefix /usr >/dev/null
-tests/Build/hardening.sh "$BUILD/compile_commands.json" "$BUILD"/staged/usr/bin/*
+tests/Build/hardening.sh "$BUILD/compile_commands.json" "$BUILD"/staged/usr/bin/* "$BUILD"/staged/usr/lib/ipod-service/pictures.so

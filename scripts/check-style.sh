@@ -11,7 +11,7 @@ cd "$(dirname "$0")/.."
 . scripts/lib/packages.sh
 
 # The rooms that keep the style of .clang-tidy.
-ROOMS='(ServiceUtil|JsonRpc|IpodService)/[^/]+|tests/(ServiceUtil|JsonRpc|IpodService)/[^/]+'
+ROOMS='(ServiceUtil|JsonRpc|PictureModule|IpodService)/[^/]+|tests/(ServiceUtil|JsonRpc|IpodService)/[^/]+'
 
 check_format() {
     echo "== clang-format over everything"

@@ -36,6 +36,7 @@ void MeasureSongList() {
 void MeasureConversions(int count) {
     constexpr int kWarmUp = 500;
     constexpr int kSides[] = {640, 400, 700, 1000, 333};
+    PictureLoader loader(PICTURE_MODULE);
     double before = 0;
     for (int i = 0; i < kWarmUp + count; ++i) {
         if (i == kWarmUp) {
@@ -43,8 +44,8 @@ void MeasureConversions(int count) {
         }
         const int side = kSides[i % 5];
         const Bytes jpeg = DrawCover(side, static_cast<unsigned>(i));
-        ConvertAlbumArt(
-            {static_cast<u32>(side), static_cast<u32>(side), static_cast<u32>(jpeg.size()), jpeg});
+        ConvertAlbumArt({static_cast<u32>(side), static_cast<u32>(side), static_cast<u32>(jpeg.size()), jpeg},
+                        loader);
     }
     Report("picture-growth", (StatusKilobytes("RssAnon:") - before) / 1024);
 }

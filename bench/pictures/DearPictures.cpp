@@ -138,7 +138,8 @@ Script OneByOne() {
 
 bool Convert(const Bytes& jpeg) {
     try {
-        ConvertAlbumArt({400, 400, static_cast<u32>(jpeg.size()), jpeg});
+        static PictureLoader pictures(PICTURE_MODULE);
+        ConvertAlbumArt({400, 400, static_cast<u32>(jpeg.size()), jpeg}, pictures);
         return true;
     } catch (const std::exception&) {
         return false;

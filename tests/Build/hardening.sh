@@ -38,8 +38,14 @@ check_file() {
     expect "$1" -d '\(FLAGS(_1)?\).*(BIND_NOW|NOW)' "does not bind its functions at load"
     expect "$1" -l 'GNU_STACK.* RW ' "has an executable stack"
     expect "$1" --dyn-syms 'UND __stack_chk_fail' "has no stack protector"
-    expect "$1" --dyn-syms 'UND __[a-z]+_chk[@ ]' "calls no checked function of the C library"
-    expect "$1" --dyn-syms 'UND _ZSt21__glibcxx_assert_fail' "has no assertions of the C++ library"
+    # The pictures' module is small, and has nothing that either would check.
+    case $1 in
+        */pictures.so) ;;
+        *)
+            expect "$1" --dyn-syms 'UND __[a-z]+_chk[@ ]' "calls no checked function of the C library"
+            expect "$1" --dyn-syms 'UND _ZSt21__glibcxx_assert_fail' "has no assertions of the C++ library"
+            ;;
+    esac
     case $1 in
         *.so) ;;
         *) expect "$1" -d '\(FLAGS_1\).* PIE' "is no position-independent executable" ;;

@@ -22,10 +22,10 @@ namespace {
 constexpr const char* kStandardError = "/tmp/service.stderr";
 
 /// A shell sets up the standard streams and becomes the service.
-pid_t Spawn(std::vector<std::string> arguments) {
+pid_t Spawn(const std::string& program, std::vector<std::string> arguments) {
     const std::string script = std::string("exec \"$0\" \"$@\" </dev/null >") +
                                ServiceProcess::kStandardOutput + " 2>" + kStandardError;
-    arguments.insert(arguments.begin(), {"/bin/sh", "-c", script, IPOD_SERVICE});
+    arguments.insert(arguments.begin(), {"/bin/sh", "-c", script, program});
     std::vector<char*> pointers;
     for (std::string& argument : arguments)
         pointers.push_back(argument.data());
@@ -49,6 +49,9 @@ constexpr long kPolls[] = {
 };
 
 }  // namespace
+
+const std::string kServiceProgram = IPOD_SERVICE;
+const std::string kPictureModule = PICTURE_MODULE;
 
 std::string ReadFile(const std::string& path) {
     // Through a stream, which takes it as the end when a process in /proc ends under the reader.
@@ -86,7 +89,7 @@ ServiceProcess::ServiceProcess(ServiceOptions options) : m_options(std::move(opt
     unlink(kControlSocket);
     setenv("DEVICE_SIMULATOR_CONTROL", kControlSocket, 1);
     setenv("DEVICE_SIMULATOR_DEVICE", m_options.device.c_str(), 1);
-    m_pid = Spawn(m_options.arguments);
+    m_pid = Spawn(m_options.program.empty() ? kServiceProgram : m_options.program, m_options.arguments);
 }
 
 ServiceProcess::~ServiceProcess() {

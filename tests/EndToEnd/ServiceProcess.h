@@ -16,6 +16,10 @@ namespace EndToEnd {
 inline constexpr const char* kControlSocket = "/tmp/device-simulator.control";
 inline constexpr const char* kLogPath = "/home/root/ipod.log";
 
+/// The service as it was built, and the module that it loads for pictures.
+extern const std::string kServiceProgram;
+extern const std::string kPictureModule;
+
 /// Empty when there is no such file.
 std::string ReadFile(const std::string& path);
 
@@ -33,6 +37,7 @@ struct ServiceOptions {
     std::vector<std::string> arguments{};
     std::string device = "none";      ///< what is plugged in at start: iap2, iap, stick or none
     std::string address = kLoopback;  ///< where it is expected to listen
+    std::string program = {};         ///< a copy of the service elsewhere; empty: the one that was built
 };
 
 /// One run of the service. At most one at a time listens on an address. When the object goes,

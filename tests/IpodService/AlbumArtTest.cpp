@@ -1,8 +1,11 @@
 // From the device's picture to what clients get: at once, and from a later pass of the server loop.
 #include "IpodService/AlbumArt.h"
 
+#include <algorithm>
+#include <random>
 #include <vips/vips8>
 
+#include "ServiceUtil/Base64.h"
 #include "tests/IpodService/ManagerFixture.h"
 
 namespace {
@@ -15,20 +18,40 @@ using Bytes = std::vector<u8>;
 
 const std::vector<double> kColour{200, 30, 90};
 
-Bytes Encode(int width, int height, const char* suffix = ".jpg") {
-    const VImage image = VImage::black(width, height) + kColour;
+Bytes Save(const VImage& image, const std::string& suffix) {
     void* memory = nullptr;
     std::size_t size = 0;
-    image.cast(VIPS_FORMAT_UCHAR).write_to_buffer(suffix, &memory, &size);
+    image.write_to_buffer(suffix.c_str(), &memory, &size);
     const std::unique_ptr<void, decltype(&g_free)> owner(memory, g_free);
     return {static_cast<u8*>(memory), static_cast<u8*>(memory) + size};
 }
 
-/// Throws when the text is no picture.
-VImage Decode(const std::string& base64) {
-    gsize size = 0;
-    const std::unique_ptr<guchar, decltype(&g_free)> bytes(g_base64_decode(base64.c_str(), &size), g_free);
-    return VImage::new_from_buffer(bytes.get(), size, "").copy_memory();
+Bytes Encode(int width, int height, const char* suffix = ".jpg") {
+    return Save((VImage::black(width, height) + kColour).cast(VIPS_FORMAT_UCHAR), suffix);
+}
+
+/// Throws when the bytes are no picture.
+VImage Decode(std::span<const u8> bytes) {
+    return VImage::new_from_buffer(bytes.data(), bytes.size(), "").copy_memory();
+}
+
+VImage DecodeText(const std::string& base64) {
+    const std::string bytes = DecodeBase64(base64).value();
+    return Decode({reinterpret_cast<const u8*>(bytes.data()), bytes.size()});
+}
+
+/// By the image library alone, which rounds up: the last column and row may stand for pixels that are not all
+/// there.
+Bytes ShrinkPlainly(const Bytes& jpeg, int scale) {
+    const VImage whole = Decode(jpeg);
+    const int across = whole.width() / 100;
+    const int down = whole.height() / 100;
+    VipsBlob* const blob = vips_blob_new(nullptr, jpeg.data(), jpeg.size());
+    const VImage image = VImage::jpegload_buffer(blob, VImage::option()->set("shrink", scale));
+    vips_area_unref(VIPS_AREA(blob));
+    return Save(image.shrink(across / scale, down / scale)
+                    .extract_area(0, 0, whole.width() / across, whole.height() / down),
+                ".jpg");
 }
 
 DeliveredPicture Delivered(const Bytes& bytes, u32 width, u32 height) {
@@ -37,7 +60,8 @@ DeliveredPicture Delivered(const Bytes& bytes, u32 width, u32 height) {
 
 class AlbumArtTest : public ManagerTest {
   protected:
-    AlbumArtTest() {
+    explicit AlbumArtTest(std::string pictureModule = PICTURE_MODULE)
+        : ManagerTest(pictureModule), m_loader(std::move(pictureModule)) {
         EXPECT_EQ(VIPS_INIT("album_art_test"), 0);
         EXPECT_EQ(m_manager->RequestDelayedAlbumArt(), -1) << "no device";
         Connect();
@@ -61,6 +85,11 @@ class AlbumArtTest : public ManagerTest {
         return m_notifications.Take();
     }
 
+    AlbumArt Convert(const Bytes& bytes, u32 width, u32 height) {
+        return ConvertAlbumArt(Delivered(bytes, width, height), m_loader);
+    }
+
+    PictureLoader m_loader;
     int m_asked = 0;
     Bytes m_bytes{'n', 'o', 'n', 'e'};
     std::pair<u32, u32> m_size{4, 0};  ///< as the device reports it: width, height
@@ -73,8 +102,9 @@ class AlbumArtTest : public ManagerTest {
 TEST_F(AlbumArtTest, PictureUpTo320RowsGoesOutByteForByte) {
     const Bytes bytes{0xFF, 0x00, 0xFE, '~'};
     for (const auto& [width, height] : {std::pair<u32, u32>{480, 320}, {5000, 320}, {4, 0}, {0, 4}}) {
-        const AlbumArt art = ConvertAlbumArt(Delivered(bytes, width, height));
-        EXPECT_EQ(art.text, "/wD+fg==");
+        const AlbumArt art = Convert(bytes, width, height);
+        EXPECT_EQ(art.bytes.data(), bytes.data());
+        EXPECT_EQ(art.bytes.size(), bytes.size());
         EXPECT_EQ(std::pair(art.width, art.height), std::pair(width, height));
     }
     using Size = std::pair<u32, u32>;
@@ -82,9 +112,10 @@ TEST_F(AlbumArtTest, PictureUpTo320RowsGoesOutByteForByte) {
          {std::pair(Size{480, 320}, Size{480, 320}), {{480, 321}, {100, 100}}}) {
         m_size = size;
         m_bytes = Encode(480, static_cast<int>(size.second));
+        m_text.clear();
         EXPECT_EQ(m_manager->GetPlayingTrackAlbumArt(m_text, m_width, m_height), 0);
         EXPECT_EQ(Size(m_width, m_height), reported);
-        EXPECT_EQ(Decode(m_text).height(), size.second == 320 ? 320 : 107);
+        EXPECT_EQ(DecodeText(m_text).height(), size.second == 320 ? 320 : 107);
     }
 }
 
@@ -98,13 +129,43 @@ TEST_F(AlbumArtTest, LargerPictureIsShrunkByWholeFactors) {
     for (const auto& [size, shrunk] : cases) {
         SCOPED_TRACE(testing::PrintToString(size));
         const Bytes jpeg = Encode(size.first, size.second);
-        const AlbumArt art = ConvertAlbumArt(Delivered(jpeg, 1, static_cast<u32>(size.second)));
+        const AlbumArt art = Convert(jpeg, 1, static_cast<u32>(size.second));
         EXPECT_EQ(std::pair(art.width, art.height), std::pair(100u, 100u));
-        const VImage picture = Decode(art.text);
+        const VImage picture = Decode(art.bytes);
         EXPECT_EQ(Size(picture.width(), picture.height()), shrunk);
         EXPECT_THAT(picture.getpoint(99, 99), testing::Pointwise(testing::DoubleNear(6), kColour));
     }
     EXPECT_EQ(vips_cache_get_max(), 0) << "every picture would stay in memory";
+}
+
+// Metadata, colours and all.
+TEST_F(AlbumArtTest, ShrunkPictureIsTheImageLibrarysByteForByte) {
+    const auto sameAsPlainly = [&](const Bytes& jpeg, int scale) {
+        const AlbumArt art = Convert(jpeg, 1, 400);
+        EXPECT_EQ(Bytes(art.bytes.begin(), art.bytes.end()), ShrinkPlainly(jpeg, scale));
+    };
+    auto noise = [random = std::minstd_rand()](int width, int height) mutable {
+        Bytes pixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+        std::generate(pixels.begin(), pixels.end(), [&] { return static_cast<u8>(random() >> 8); });
+        return VImage(vips_image_new_from_memory_copy(pixels.data(), pixels.size(), width, height, 1,
+                                                      VIPS_FORMAT_UCHAR));
+    };
+    const struct { int width, height, scale; } sizes[] = {{640, 649, 2}, {500, 333, 1}, {807, 1650, 8}};
+    for (const auto& [width, height, scale] : sizes) {
+        SCOPED_TRACE(width);
+        const VImage grey = noise(width, height).colourspace(VIPS_INTERPRETATION_B_W);
+        const VImage colours = grey.bandjoin(grey.invert()).bandjoin(noise(width, height));
+        sameAsPlainly(Save(grey, ".jpg"), scale);
+        sameAsPlainly(
+            Save(colours.copy(
+                     VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB)->set("xres", 5.0)),
+                 ".jpg[profile=srgb,Q=95]"),
+            scale);
+        sameAsPlainly(Save(colours.bandjoin(grey).copy(
+                               VImage::option()->set("interpretation", VIPS_INTERPRETATION_CMYK)),
+                           ".jpg"),
+                      scale);
+    }
 }
 
 TEST_F(AlbumArtTest, DamageIsAPartialPictureOrAFailure) {
@@ -113,9 +174,8 @@ TEST_F(AlbumArtTest, DamageIsAPartialPictureOrAFailure) {
         return Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
     };
     const Bytes half = first(whole.size() / 2);
-    EXPECT_EQ(Decode(ConvertAlbumArt(Delivered(Encode(640, 640, ".jpg[interlace]"), 640, 640)).text).width(),
-              106);
-    EXPECT_EQ(Decode(ConvertAlbumArt(Delivered(half, 640, 640)).text).width(), 106);
+    EXPECT_EQ(Decode(Convert(Encode(640, 640, ".jpg[interlace]"), 640, 640).bytes).width(), 106);
+    EXPECT_EQ(Decode(Convert(half, 640, 640).bytes).width(), 106);
 
     Bytes claiming = Encode(16, 16);  // 65500 x 65500: hours and gigabytes to decode
     const u8 startOfFrame[] = {0xFF, 0xC0};
@@ -127,8 +187,27 @@ TEST_F(AlbumArtTest, DamageIsAPartialPictureOrAFailure) {
         claiming,        Bytes(1000),    Bytes(1, 0xFF), first(100), Encode(400, 400, ".ppm"),
         Encode(90, 400), Encode(400, 90)};
     for (std::size_t i = 0; i < std::size(failing); ++i) {
-        EXPECT_THROW(ConvertAlbumArt(Delivered(failing[i], 400, 400)), vips::VError) << "case " << i;
+        EXPECT_THROW(Convert(failing[i], 400, 400), PictureError) << "case " << i;
         EXPECT_STREQ(vips_error_buffer(), "") << "case " << i;
+    }
+}
+
+TEST_F(AlbumArtTest, WithoutItsModuleALargePictureIsOneThatCannotBeDecoded) {
+    const Bytes large = Encode(480, 321);
+    for (const auto& [path, reason] : {std::pair("/nowhere/pictures.so", "No such file"),
+                                       {OTHER_PICTURE_MODULE, "of another version"},
+                                       {"", "undefined symbol"}}) {
+        PictureLoader loader(path);
+        TakeLog();
+        EXPECT_EQ(ConvertAlbumArt(Delivered(large, 480, 320), loader).height, 320u);
+        EXPECT_THROW(ConvertAlbumArt(Delivered(Bytes(1000), 480, 321), loader), PictureError);
+        const auto warns =
+            testing::ContainsRegex("\\[WARN \\] Large pictures stay as they are. .*" + std::string(reason));
+        EXPECT_THAT(TakeLog(), testing::Not(warns)) << "nothing to load it for";
+        EXPECT_THROW(ConvertAlbumArt(Delivered(large, 480, 321), loader), PictureError);
+        EXPECT_THAT(TakeLog(), warns);
+        EXPECT_THROW(ConvertAlbumArt(Delivered(large, 480, 321), loader), PictureError);
+        EXPECT_THAT(TakeLog(), testing::Not(warns)) << "once";
     }
 }
 
@@ -173,6 +252,7 @@ TEST_F(AlbumArtTest, ReadsStayWithinTheGrantedBlock) {
     m_bytes = Encode(640, 640);
     for (const auto& size : {std::pair<u32, u32>{2000, 2000}, {0xFFFFFFFF, 0}}) {
         m_size = size;
+        m_text.clear();
         EXPECT_EQ(m_manager->GetPlayingTrackAlbumArt(m_text, m_width, m_height), 0);
     }
     EXPECT_EQ(m_text.size(), (0x200000u + 2) / 3 * 4);
@@ -195,7 +275,7 @@ TEST_F(AlbumArtTest, ImmediateFetchLeavesItsArgumentsAloneWithoutAPicture) {
     }
     m_size = {2, 400};
     TakeLog();
-    EXPECT_THROW(m_manager->GetPlayingTrackAlbumArt(m_text, m_width, m_height), vips::VError);
+    EXPECT_THROW(m_manager->GetPlayingTrackAlbumArt(m_text, m_width, m_height), PictureError);
     EXPECT_THAT(TakeLog(), testing::HasSubstr("[WARN ] Album art of 2 x 400 cannot be converted: "));
     EXPECT_THAT(RequestAndPass(), ElementsAre("art 2136 2x400 5")) << "as it is when delayed";
 }

@@ -81,7 +81,7 @@ class ManagerTest : public testing::Test {
     using Handler = CIpodRequestHandler;
     using Method = Json::Rpc::RpcMethod<Handler>::Member;
 
-    ManagerTest() {
+    explicit ManagerTest(std::string pictureModule = {}) {
         std::string pattern = std::filesystem::temp_directory_path() / "ipod-test-XXXXXX";
         m_folder = mkdtemp(pattern.data());
         CLogger::Instance().SetLevel(LogLevel::kAll);
@@ -91,7 +91,8 @@ class ManagerTest : public testing::Test {
         options.plugDelay = options.databaseBuildTime = {};
         m_simulator.Reset(options);
         std::filesystem::create_directories(m_folder / "root");
-        m_manager = std::make_unique<IpodManager>(&m_notifications, Folders());
+        m_manager =
+            std::make_unique<IpodManager>(&m_notifications, Folders(), nullptr, std::move(pictureModule));
     }
     ~ManagerTest() override {
         m_simulator.ClearScripts();

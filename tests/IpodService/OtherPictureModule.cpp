@@ -1,0 +1,5 @@
+// A module that the service's loader must not take: it agrees about something else.
+#include "PictureModule/PictureModule.h"
+
+extern "C" const PictureModule ipodPictureModule{
+    .version = kPictureModuleVersion + 1, .open = nullptr, .shrink = nullptr, .close = nullptr};
