@@ -105,6 +105,7 @@ def _start(environment: dict[str, str], *command: str | Path) -> subprocess.Pope
 
 
 def _sanitizer_options() -> dict[str, str]:
-    """Whole stacks, so that what a library left when it was loaded can be told apart."""
-    options = os.environ.get("ASAN_OPTIONS", "") + ":fast_unwind_on_malloc=0"
+    """Whole stacks, so that what a library left when it was loaded can be told apart; g++ 12's LeakSanitizer falls over
+    the thread's data of libraries that were loaded later."""
+    options = os.environ.get("ASAN_OPTIONS", "") + ":fast_unwind_on_malloc=0:intercept_tls_get_addr=0"
     return dict(os.environ) | {"ASAN_OPTIONS": options, "LSAN_OPTIONS": f"print_suppressions=0:suppressions={_LEAKS}"}
