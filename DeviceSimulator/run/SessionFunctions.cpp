@@ -74,7 +74,7 @@ u32 eDevMgrGetDeviceList(ManagerModel& model, TimePoint, u32, DeviceRecord* list
     }
     const auto devices = model.Listed();
     *count = std::min(*count, static_cast<u32>(devices.size()));
-    std::transform(devices.begin(), devices.begin() + *count, list,
+    std::transform(devices.data(), devices.data() + *count, list,
                    [](const Device* device) { return MakeRecord(device->identity); });
     return DEV_MGR_SUCCESS;
 }
