@@ -67,6 +67,7 @@ target_compile_options(project_thread_rules INTERFACE
     $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wthread-safety-beta>)
 
 include("${CMAKE_CURRENT_LIST_DIR}/Hardening.cmake")
+include("${CMAKE_CURRENT_LIST_DIR}/Footprint.cmake")
 
 if(IPOD_SANITIZER STREQUAL "address")
     set(IPOD_SANITIZER_FLAGS -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
