@@ -11,6 +11,7 @@
 #include <csignal>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include "ServiceUtil/ISignalListener.h"
 #include "ServiceUtil/ListenerList.h"
@@ -49,8 +50,10 @@ struct Shared {
     Turns turns;
     Mutex reading;  // held while a signal is awaited and until its turn has come: signals keep their order
     std::atomic<bool> stopping{false};
-    std::array<std::thread, 2> watchers;  // the singleton's constructor and Stop only
-    int readEnd = -1;                     // set before the watchers start
+    // The second is the first one's to start, at the first signal; Stop looks at it behind the first one's
+    // end.
+    std::array<std::thread, 2> watchers;
+    int readEnd = -1;  // set before the first watcher starts
 };
 
 Shared& State() {
@@ -92,9 +95,29 @@ void NotifyListeners(int signalNumber) {
     State().listeners.ForEach([&](ISignalListener& listener) { listener.OnSignal(signalNumber); });
 }
 
-void WatchPipe() {
+void TellSignals(bool isSecondToCome);
+
+/// The threads take no signal themselves: they are for threads whose system calls may be interrupted. Without
+/// the second one signals are told, though a hanging listener holds up the next.
+bool StartWatcher(std::thread& watcher, bool isSecondToCome) {
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    try {
+        watcher = std::thread(TellSignals, isSecondToCome);
+    } catch (const std::system_error&) {
+    }
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    return watcher.joinable();
+}
+
+void TellSignals(bool isSecondToCome) {
     unsigned char number = 0;
     while (AwaitSignal(number)) {
+        if (std::exchange(isSecondToCome, false)) {
+            StartWatcher(State().watchers.back(), false);
+        }
         NotifyListeners(number);
         State().turns.End();
     }
@@ -108,23 +131,6 @@ bool OpenPipe() {
     State().readEnd = ends[0];
     g_writeEnd.store(ends[1]);
     return ::fcntl(ends[1], F_SETFL, O_NONBLOCK) == 0;
-}
-
-/// The threads take no signal themselves: they are for threads whose system calls may be interrupted. With
-/// one of them signals are told, though a hanging listener holds up the next.
-bool StartWatchers() {
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-    try {
-        for (std::thread& watcher : State().watchers) {
-            watcher = std::thread(WatchPipe);
-        }
-    } catch (const std::system_error&) {
-    }
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    return State().watchers.front().joinable();
 }
 
 void SetAction(void (*action)(int), bool usable) {
@@ -152,7 +158,7 @@ CSignalHandler& CSignalHandler::Instance() {
 }
 
 CSignalHandler::CSignalHandler() {
-    SetAction(OnProcessSignal, OpenPipe() && StartWatchers());
+    SetAction(OnProcessSignal, OpenPipe() && StartWatcher(State().watchers.front(), true));
 }
 
 void CSignalHandler::Stop() {

@@ -11,7 +11,8 @@ class ISignalListener;
 class CSignalHandler {
   public:
     /// How long the next signal waits for the listeners to take the one before. With a listener that hangs
-    /// it is then told all the same, by a second thread; the ones after it wait.
+    /// it is then told all the same, by a second thread, which the first signal has started; the ones after
+    /// it wait.
     static constexpr std::chrono::milliseconds kPatience{200};
 
     /// Any thread. Created on first use, which installs the handlers; the default actions come back at
