@@ -3,11 +3,10 @@
 #include <gst/gst.h>
 #include <malloc.h>
 
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
-#include <system_error>
-#include <thread>
 
 #include "IpodService/CommandLine.h"
 #include "IpodService/IpodRequestServer.h"
@@ -15,6 +14,7 @@
 #include "IpodService/PictureLoader.h"
 #include "ServiceUtil/Logger.h"
 #include "ServiceUtil/SignalHandler.h"
+#include "ServiceUtil/Thread.h"
 
 namespace {
 
@@ -22,20 +22,14 @@ constexpr const char* kLogPath = "/home/root/ipod.log";
 constexpr u16 kPort = 8883;
 constexpr int kLargeBlockBytes = 1024 * 1024;
 constexpr int kArenas = 2;
-
-// Without a server thread the process still runs its main loop until a signal.
-std::thread StartServerThread(CIpodRequestServer& server) {
-    try {
-        return std::thread([&server] { server.Run(); });
-    } catch (const std::system_error&) {
-        return {};
-    }
-}
+/// Fifty times what was seen used: the device manager's functions are called here, whatever they need.
+constexpr std::size_t kServerStackBytes = std::size_t{1024} * 1024;
 
 // Returns once a signal has ended the main loop and the server thread has finished its own stop.
 void RunUntilSignal(CIpodRequestServer& server, int argc, char** argv) {
-    std::thread serverThread = StartServerThread(server);
-    if (serverThread.joinable()) {
+    // Without a server thread the process still runs its main loop until a signal.
+    Thread serverThread;
+    if (serverThread.Start(kServerStackBytes, [&server] { server.Run(); })) {
         // The port answers while the plugins are still looked up, which may take a while; also where there is
         // one core, and it goes on with this thread.
         server.WaitForFirstTry();
@@ -44,9 +38,7 @@ void RunUntilSignal(CIpodRequestServer& server, int argc, char** argv) {
     MainLoop mainLoop;
     mainLoop.Run();
     g_print("Returned, stopping streaming\n");
-    if (serverThread.joinable()) {
-        serverThread.join();
-    }
+    serverThread.Join();
 }
 
 }  // namespace

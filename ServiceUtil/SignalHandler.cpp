@@ -9,14 +9,14 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <system_error>
-#include <thread>
+#include <cstddef>
 #include <utility>
 
 #include "ServiceUtil/ISignalListener.h"
 #include "ServiceUtil/ListenerList.h"
 #include "ServiceUtil/Logger.h"
 #include "ServiceUtil/Mutex.h"
+#include "ServiceUtil/Thread.h"
 
 namespace {
 
@@ -52,7 +52,7 @@ struct Shared {
     std::atomic<bool> stopping{false};
     // The second is the first one's to start, at the first signal; Stop looks at it behind the first one's
     // end.
-    std::array<std::thread, 2> watchers;
+    std::array<Thread, 2> watchers;
     int readEnd = -1;  // set before the first watcher starts
 };
 
@@ -65,6 +65,9 @@ Shared& State() {
 // default action came back may still be about to write.
 constinit std::atomic<int> g_writeEnd{-1};
 static_assert(std::atomic<int>::is_always_lock_free);
+
+/// A listener may call exit(): what the libraries do then is done here.
+constexpr std::size_t kStackBytes = std::size_t{512} * 1024;
 
 constexpr int kStop = 0;  // no signal has this number
 
@@ -99,17 +102,14 @@ void TellSignals(bool isSecondToCome);
 
 /// The threads take no signal themselves: they are for threads whose system calls may be interrupted. Without
 /// the second one signals are told, though a hanging listener holds up the next.
-bool StartWatcher(std::thread& watcher, bool isSecondToCome) {
+bool StartWatcher(Thread& watcher, bool isSecondToCome) {
     sigset_t all;
     sigset_t before;
     sigfillset(&all);
     pthread_sigmask(SIG_SETMASK, &all, &before);
-    try {
-        watcher = std::thread(TellSignals, isSecondToCome);
-    } catch (const std::system_error&) {
-    }
+    const bool isStarted = watcher.Start(kStackBytes, [isSecondToCome] { TellSignals(isSecondToCome); });
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    return watcher.joinable();
+    return isStarted;
 }
 
 void TellSignals(bool isSecondToCome) {
@@ -171,10 +171,8 @@ void CSignalHandler::Stop() {
     }
     state.stopping = true;
     WriteToPipe(kStop);
-    for (std::thread& watcher : state.watchers) {
-        if (watcher.joinable()) {
-            watcher.join();
-        }
+    for (Thread& watcher : state.watchers) {
+        watcher.Join();
     }
 }
 
