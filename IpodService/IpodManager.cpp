@@ -65,12 +65,7 @@ milliseconds IpodManager::TimeToNextStep() const {
     if (opensSession || m_pending.IsAlbumArtDue()) {
         return kRetryPause;
     }
-    return std::min(kLongestSleep,
-                    milliseconds(m_pending.TimeToPlayStatus(DeadlineClock()).value_or(UINT32_MAX)));
-}
-
-u32 IpodManager::DeadlineClock() const {
-    return m_pending.HasPlayStatusDeadline() ? NowMs() : 0;
+    return std::min(kLongestSleep, milliseconds(m_pending.TimeToPlayStatus(NowMs).value_or(UINT32_MAX)));
 }
 
 i32 IpodManager::RegisterProcess() {

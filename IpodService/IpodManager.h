@@ -175,8 +175,6 @@ class IpodManager {
         i32 count;
     };
 
-    /// Not read where there is no deadline: every pass would.
-    u32 DeadlineClock() const REQUIRES(kServerThread);
     void FindAndOpenDevice() REQUIRES(kServerThread);
     void SetUpCharging() REQUIRES(kServerThread);
     i32 StartBuildingDatabase() REQUIRES(kServerThread);

@@ -96,7 +96,7 @@ i32 IpodManager::SelectNowPlayingIndex(u32 index) {
 }
 
 void IpodManager::UpdatePlayStatus() {
-    if (!m_pending.TakePlayStatus(DeadlineClock())) {
+    if (!m_pending.TakePlayStatus(NowMs)) {
         return;
     }
     const bool isPlaying = IsPlaying();

@@ -42,9 +42,9 @@ void PendingWork::Wake() const {
     }
 }
 
-bool PendingWork::TakePlayStatus(u32 nowMs) {
+bool PendingWork::TakePlayStatus(const ClockMs& now) {
     u32 deadline = m_playStatusDeadlineMs;
-    const bool isPast = deadline != 0 && IsPast(nowMs, deadline);
+    const bool isPast = deadline != 0 && IsPast(now(), deadline);
     if (isPast) {
         // An event may have set a later deadline since: that one stays.
         m_playStatusDeadlineMs.compare_exchange_strong(deadline, 0);
@@ -52,11 +52,12 @@ bool PendingWork::TakePlayStatus(u32 nowMs) {
     return Take(m_playStatusPending) || isPast;
 }
 
-std::optional<u32> PendingWork::TimeToPlayStatus(u32 nowMs) const {
+std::optional<u32> PendingWork::TimeToPlayStatus(const ClockMs& now) const {
     const u32 deadline = m_playStatusDeadlineMs;
     if (deadline == 0) {
         return std::nullopt;
     }
+    const u32 nowMs = now();
     return IsPast(nowMs, deadline) ? 0 : deadline - nowMs + 1;
 }
 

@@ -40,12 +40,13 @@ class PendingWork {
 
     // Server thread
 
-    /// Whether a time is set for a track info: without one, those that take a time need not be told it.
-    bool HasPlayStatusDeadline() const REQUIRES(kServerThread) { return m_playStatusDeadlineMs != 0; }
-    /// Whether a track info is due at `nowMs`.
-    bool TakePlayStatus(u32 nowMs) REQUIRES(kServerThread);
-    /// How long it is, at `nowMs`, until a track info is due; none when no time is set for one.
-    std::optional<u32> TimeToPlayStatus(u32 nowMs) const REQUIRES(kServerThread);
+    /// Tells the time that the deadline is kept in. Every pass asks: it is called where a deadline is set.
+    using ClockMs = std::function<u32()>;
+
+    /// Whether a track info is due.
+    bool TakePlayStatus(const ClockMs& now) REQUIRES(kServerThread);
+    /// How long it is until a track info is due; none when no time is set for one.
+    std::optional<u32> TimeToPlayStatus(const ClockMs& now) const REQUIRES(kServerThread);
     /// Waits for a track info that is due.
     bool TakeTrackTime() REQUIRES(kServerThread);
     bool TakeStreamRestart() REQUIRES(kServerThread) { return Take(m_streamRestartPending); }

@@ -87,8 +87,9 @@ void Client::Serve(Turn& turn) {
     }
     m_waitedForSince.reset();
     ServeText(*text, turn);
-    if (!m_hasEnded && !m_batch && !m_connection->OwesAnswer()) {
-        m_hasBacklog = m_hasBacklog && !m_scanner->IsDrained();  // most requests come alone
+    // Most requests come alone: no other look is needed to find that nothing follows.
+    if (m_hasBacklog && !m_hasEnded && !m_batch && !m_connection->OwesAnswer()) {
+        m_hasBacklog = !m_scanner->ReleaseTaken();
     }
 }
 

@@ -4,6 +4,7 @@
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 
+#include <new>
 #include <utility>
 
 namespace Json::Rpc {
@@ -31,10 +32,10 @@ Connection::Sent Connection::SendOrQueue(std::string_view text, OutputQueue::Kin
     if (isConnected && sent == text.size()) {
         return Sent::Whole;
     }
-    if (isConnected) {
-        m_output.Push(share(), kind, sent);
-    } else {
-        ShutdownLocked(CloseReason::None);
+    try {
+        isConnected ? m_output.Push(share(), kind, sent) : ShutdownLocked(CloseReason::None);
+    } catch (const std::bad_alloc&) {
+        ShutdownLocked(CloseReason::OutOfMemory);  // a part of the text may have gone
     }
     if (m_output.NotificationBytes() > m_limits.notificationBytes) {
         ShutdownLocked(CloseReason::TooManyNotifications);

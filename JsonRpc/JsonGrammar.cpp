@@ -75,7 +75,10 @@ JsonGrammar::Step JsonGrammar::Look(char c) {
 JsonGrammar::Step JsonGrammar::FollowBroken(char c) {
     if (!m_isInString) {
         m_isInString = c == '"';
-        return c == '{' || c == '[' ? Open(c) : c == '}' || c == ']' ? Close(c) : Step::Goes;
+        if (c == '{' || c == '[') {
+            Open(c);
+        }
+        return c == '}' || c == ']' ? Close(c) : Step::Goes;
     }
     if (c == '\n') {
         return Step::CannotClose;  // a quote was lost; what follows would be read inside out
@@ -85,10 +88,9 @@ JsonGrammar::Step JsonGrammar::FollowBroken(char c) {
     return Step::Goes;
 }
 
-JsonGrammar::Step JsonGrammar::Open(char c) {
+void JsonGrammar::Open(char c) {
     m_isObject.push_back(c == '{');
     m_isBroken = m_isBroken || m_isObject.size() > m_nesting;
-    return Step::Goes;
 }
 
 JsonGrammar::Step JsonGrammar::Close(char c) {
@@ -162,17 +164,23 @@ bool JsonGrammar::AcceptsBetween(char c, Step& step) {
 
 bool JsonGrammar::BeginsValue(char c, Step& step) {
     m_members += m_isObject.size() == 1 ? 1U : 0U;
+    if (!GoIntoValue(c)) {
+        return false;
+    }
     if (++m_values > m_mostValues) {
         step = Step::TooMany;
-        return true;
     }
+    return true;
+}
+
+bool JsonGrammar::GoIntoValue(char c) {
     switch (c) {
         case '"':
             m_isKey = false;
             return Go(State::String);
         case '{':
         case '[':
-            step = Open(c);
+            Open(c);
             return Go(c == '{' ? State::FirstKey : State::FirstElement);
         case '-':
             return Go(State::Minus);

@@ -61,11 +61,12 @@ class JsonGrammar {
 
     Step Look(char c);
     Step FollowBroken(char c);
-    Step Open(char c);
+    void Open(char c);
     Step Close(char c);
     bool Accepts(char c, Step& step);
     bool AcceptsBetween(char c, Step& step);
     bool BeginsValue(char c, Step& step);
+    bool GoIntoValue(char c);
     bool AcceptsInString(char c);
     bool AcceptsInEscape(char c);
     bool AcceptsInNumber(char c, Step& step);

@@ -118,6 +118,18 @@ bool MessageScanner::EndsHttpMethod(char c) {
     return c == ' ' && m_wordLetters >= kShortestHttpMethod;
 }
 
+bool MessageScanner::ReleaseTaken() {
+    while (!m_isInside && !m_isRubbish && m_at < m_buffer.size() && IsSkipped(m_buffer[m_at])) {
+        ++m_at;
+    }
+    if (m_isInside || m_at < m_buffer.size()) {
+        return false;
+    }
+    m_start = m_at;
+    ReleaseConsumed();
+    return true;
+}
+
 void MessageScanner::ReleaseConsumed() {
     m_buffer.erase(0, m_start);
     m_at -= m_start;

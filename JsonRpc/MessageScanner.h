@@ -42,14 +42,15 @@ class MessageScanner {
     /// The next text, or nothing when more bytes are needed.
     std::optional<FramedText> Next();
 
-    /// True when Next would find nothing for want of bytes.
-    bool IsDrained() const { return !m_isInside && m_at == m_buffer.size(); }
+    /// Lets go of what has been taken. True when that is all, and Next would find nothing.
+    bool ReleaseTaken();
 
     /// True after Next has found the beginning of a text and not its end.
     bool IsInsideText() const { return m_isInside; }
 
-    /// What the scanner holds on to, in bytes. A text that is refused anyway is not kept.
-    std::size_t HeldBytes() const { return m_buffer.size() - m_start; }
+    /// What the scanner holds on to, in bytes; of what has been taken until it is let go. A text that is
+    /// refused anyway is not kept.
+    std::size_t HeldBytes() const { return m_buffer.size(); }
 
   private:
     std::optional<FramedText> FindText();

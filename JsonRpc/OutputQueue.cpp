@@ -34,10 +34,10 @@ bool OutputQueue::SendAhead(int fd, std::string_view text, std::size_t& sent) {
 }
 
 void OutputQueue::Push(SharedText text, Kind kind, std::size_t sent) {
-    (kind == Kind::Answer ? m_answers : m_notificationBytes) +=
-        kind == Kind::Answer ? 1 : text->size() - sent;
+    const std::size_t rest = text->size() - sent;
     m_firstSent = m_texts.empty() ? sent : m_firstSent;
     m_texts.push_back({std::move(text), kind});
+    (kind == Kind::Answer ? m_answers : m_notificationBytes) += kind == Kind::Answer ? 1 : rest;
 }
 
 bool OutputQueue::SendTo(int fd) {

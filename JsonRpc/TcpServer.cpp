@@ -112,7 +112,7 @@ void TcpServer::Poll(int milliseconds) {
 }
 
 int TcpServer::TimeToWait(int milliseconds) const {
-    if (!m_turns.IsEmpty()) {
+    if (!m_turns.IsEmpty() || m_hasDebts) {
         return 0;
     }
     if (m_nextCheck == Clock::time_point::max()) {

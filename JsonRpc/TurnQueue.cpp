@@ -1,14 +1,13 @@
 #include "JsonRpc/TurnQueue.h"
 
-#include <utility>
-
 #include "JsonRpc/Client.h"
 
 namespace Json::Rpc {
 
 void TurnQueue::Add(Client& client) {
-    if (!std::exchange(client.isQueued, true)) {
+    if (!client.isQueued) {
         (client.isQuick ? m_quick : m_slow).push_back(&client);
+        client.isQueued = true;
     }
 }
 

@@ -18,7 +18,9 @@
 #include <utility>
 #include <vector>
 
+#pragma GCC visibility push(default)
 #include "DeviceManager/DeviceManager.h"
+#pragma GCC visibility pop
 
 namespace {
 

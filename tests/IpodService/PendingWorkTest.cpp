@@ -4,10 +4,14 @@
 
 namespace {
 
+auto At(u32 time) {
+    return [time] { return time; };
+}
+
 TEST(PendingWorkTest, EachRequestWakesTheLoopAndTheFirstToExitIsTold) {
     int wakes = 0;
     PendingWork pending([&] { ++wakes; });
-    EXPECT_FALSE(pending.TakeClose() || pending.TakePlayStatus(7) || pending.IsAlbumArtDue() ||
+    EXPECT_FALSE(pending.TakeClose() || pending.TakePlayStatus(At(7)) || pending.IsAlbumArtDue() ||
                  pending.IsExitRequested() || pending.TakeTrackTime() || pending.TakeStreamRestart());
     pending.RequestClose();
     pending.RequestAlbumArt();
@@ -25,27 +29,27 @@ TEST(PendingWorkTest, ADeadlineMakesOneMoreTrackInfoDueOnceItIsPast) {
         PendingWork pending({});
         pending.RequestPlayStatus();
         pending.RequestPlayStatusAt(deadline);
-        EXPECT_TRUE(pending.TakePlayStatus(deadline - 1000)) << "asked for at once";
-        EXPECT_FALSE(pending.TakePlayStatus(deadline - 1));
-        EXPECT_FALSE(pending.TakePlayStatus(deadline));
-        EXPECT_TRUE(pending.TakePlayStatus(deadline + 1));
-        EXPECT_FALSE(pending.TakePlayStatus(deadline + 2)) << "and not for ever";
+        EXPECT_TRUE(pending.TakePlayStatus(At(deadline - 1000))) << "asked for at once";
+        EXPECT_FALSE(pending.TakePlayStatus(At(deadline - 1)));
+        EXPECT_FALSE(pending.TakePlayStatus(At(deadline)));
+        EXPECT_TRUE(pending.TakePlayStatus(At(deadline + 1)));
+        EXPECT_FALSE(pending.TakePlayStatus(At(deadline + 2))) << "and not for ever";
 
         pending.RequestPlayStatusAt(deadline);
         pending.RequestPlayStatus();
-        EXPECT_TRUE(pending.TakePlayStatus(deadline + 1));
-        EXPECT_FALSE(pending.TakePlayStatus(deadline + 2)) << "one for both";
+        EXPECT_TRUE(pending.TakePlayStatus(At(deadline + 1)));
+        EXPECT_FALSE(pending.TakePlayStatus(At(deadline + 2))) << "one for both";
     }
 }
 
 TEST(PendingWorkTest, TellsHowLongItIsUntilATrackInfoIsDue) {
     PendingWork pending({});
-    EXPECT_EQ(pending.TimeToPlayStatus(7), std::nullopt);
+    EXPECT_EQ(pending.TimeToPlayStatus(At(7)), std::nullopt);
     pending.RequestPlayStatusAt(0xFFFFFFFF);
-    EXPECT_EQ(pending.TimeToPlayStatus(0xFFFFFFF0), 16u);
-    EXPECT_EQ(pending.TimeToPlayStatus(0xFFFFFFFF), 1u);
-    EXPECT_EQ(pending.TimeToPlayStatus(5), 0u) << "the clock has gone round";
-    EXPECT_TRUE(pending.TakePlayStatus(5));
+    EXPECT_EQ(pending.TimeToPlayStatus(At(0xFFFFFFF0)), 16u);
+    EXPECT_EQ(pending.TimeToPlayStatus(At(0xFFFFFFFF)), 1u);
+    EXPECT_EQ(pending.TimeToPlayStatus(At(5)), 0u) << "the clock has gone round";
+    EXPECT_TRUE(pending.TakePlayStatus(At(5)));
 }
 
 }  // namespace

@@ -96,11 +96,24 @@ TEST(MessageScannerTest, LargestRequestPassesAndNoLarger) {
         EXPECT_EQ(Scan(std::string(2 * limit, ' ').append("{}"), segment), (Texts{kObject}));
         EXPECT_EQ(Scan(most + "]{}", segment), (Texts{{Kind::Batch, most + "]"}, kObject}));
         EXPECT_EQ(Scan(most + ",0]{}", segment), (Texts{{Kind::TooLarge, ""}}));
+        EXPECT_EQ(Scan(most + ",]{}", segment), (Texts{kMalformed, kObject})) << "no value too many";
     }
 }
 
-TEST(MessageScannerTest, KeepsNothingOfWhatIsRefused) {
+TEST(MessageScannerTest, KeepsNothingOfWhatIsTakenOrRefused) {
     MessageScanner scanner(kLimits);
+    for (const char* rest : {"", "\n", "\r\n \xEF\xBB\xBF"}) {
+        scanner.Append("{\"a\":" + std::to_string(kLimits.requestBytes) + "}" + rest);
+        EXPECT_TRUE(scanner.Next().has_value());
+        EXPECT_TRUE(scanner.ReleaseTaken());
+        EXPECT_EQ(scanner.HeldBytes(), 0U);
+    }
+    scanner.Append("{} {");
+    EXPECT_TRUE(scanner.Next().has_value());
+    EXPECT_FALSE(scanner.ReleaseTaken()) << "another one begins";
+    EXPECT_FALSE(scanner.Next().has_value());
+    scanner.Append("}");
+    EXPECT_TRUE(scanner.Next().has_value());
     for (const char* piece : {"[!", "\"xxxxxxxx", "yyyy\"", "{"}) {
         scanner.Append(piece);
         EXPECT_FALSE(scanner.Next());
