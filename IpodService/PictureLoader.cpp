@@ -35,7 +35,7 @@ const PictureModule* PictureLoader::Module() {
         Refuse(m_path + ": of another version than the service");
         return nullptr;
     }
-    library.release();  // stays until the process ends
+    static_cast<void>(library.release());  // stays until the process ends
     m_module = module;
     return m_module;
 }

@@ -53,5 +53,5 @@ struct PictureModule {
 };
 
 /// The name under which a module has its PictureModule.
-inline constexpr const char* kPictureModuleSymbol = "ipodPictureModule";
-extern "C" const PictureModule ipodPictureModule;
+inline constexpr const char* kPictureModuleSymbol = "kIpodPictureModule";
+extern "C" const PictureModule kIpodPictureModule;

@@ -153,4 +153,4 @@ void Close(OpenPicture* picture) noexcept {
 }  // namespace
 
 extern "C" __attribute__((visibility("default")))
-const PictureModule ipodPictureModule{.open = Open, .shrink = Shrink, .close = Close};
+const PictureModule kIpodPictureModule{.open = Open, .shrink = Shrink, .close = Close};

@@ -49,9 +49,11 @@ Bytes ShrinkPlainly(const Bytes& jpeg, int scale) {
     VipsBlob* const blob = vips_blob_new(nullptr, jpeg.data(), jpeg.size());
     const VImage image = VImage::jpegload_buffer(blob, VImage::option()->set("shrink", scale));
     vips_area_unref(VIPS_AREA(blob));
-    return Save(image.shrink(across / scale, down / scale)
-                    .extract_area(0, 0, whole.width() / across, whole.height() / down),
-                ".jpg");
+    const int restAcross = across / scale;
+    const int restDown = down / scale;
+    return Save(
+        image.shrink(restAcross, restDown).extract_area(0, 0, whole.width() / across, whole.height() / down),
+        ".jpg");
 }
 
 DeliveredPicture Delivered(const Bytes& bytes, u32 width, u32 height) {
