@@ -54,4 +54,4 @@ struct PictureModule {
 
 /// The name under which a module has its PictureModule.
 inline constexpr const char* kPictureModuleSymbol = "kIpodPictureModule";
-extern "C" const PictureModule kIpodPictureModule;
+extern "C" __attribute__((visibility("default"))) const PictureModule kIpodPictureModule;

@@ -152,5 +152,4 @@ void Close(OpenPicture* picture) noexcept {
 
 }  // namespace
 
-extern "C" __attribute__((visibility("default")))
-const PictureModule kIpodPictureModule{.open = Open, .shrink = Shrink, .close = Close};
+extern "C" const PictureModule kIpodPictureModule{.open = Open, .shrink = Shrink, .close = Close};

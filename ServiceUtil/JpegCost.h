@@ -10,7 +10,7 @@
 struct JpegLimits {
     /// 8192 x 8192, line by line.
     std::uint64_t pixels = std::uint64_t{1} << 26;
-    /// Pixels. Shrinking holds a strip of lines, which takes 1.8 kB for each of them.
+    /// Pixels. Shrinking holds some lines.
     std::uint32_t width = 1 << 14;
     /// 48 MB. That is 16 million pixels with halved colours and 8 million with whole ones.
     std::uint64_t heldCoefficients = std::uint64_t{24} << 20;
