@@ -29,11 +29,11 @@ std::string ToText(const Json::Value& value) {
 #pragma GCC diagnostic pop
 
 Json::Value FromText(std::string_view text) {
-    thread_local const std::unique_ptr<Json::CharReader> t_reader = MakeReader();
+    thread_local const std::unique_ptr<Json::CharReader> reader = MakeReader();
     std::string readable(text);
     MakeReadable(readable);
     Json::Value value;
-    if (!t_reader->parse(readable.data(), readable.data() + readable.size(), &value, nullptr)) {
+    if (!reader->parse(readable.data(), readable.data() + readable.size(), &value, nullptr)) {
         throw std::logic_error("text of which the grammar has not been checked");
     }
     return value;
