@@ -66,7 +66,12 @@ class Ear {
         if (size < m_read) {  // it has become too long, and starts over
             m_read = kHeaderBytes;
             m_period.clear();
+            m_frames = kPeriod - 1;
+            m_break = 0;
             m_ahead = -HUGE_VAL;
+        }
+        if (size < m_read) {
+            return;  // not yet as far as its header
         }
         const double ahead = static_cast<double>(size) / sizeof(Frame) / kRate - now;
         m_ahead = std::max(m_ahead, ahead);
