@@ -4,15 +4,13 @@
 #include <cstring>
 #include <utility>
 
+#include "JsonRpc/JsonSpan.h"
+
 namespace Json::Rpc {
 
 namespace {
 
 constexpr std::size_t kKeptBrackets = 4096;
-
-bool IsWhitespace(char c) {
-    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
-}
 
 bool IsDigit(char c) {
     return c >= '0' && c <= '9';

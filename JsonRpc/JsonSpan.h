@@ -1,10 +1,14 @@
-// Where the parts of a JSON text end.
+// The parts of a JSON text, and where they end.
 #pragma once
 
 #include <cstddef>
 #include <string_view>
 
 namespace Json::Rpc {
+
+inline bool IsWhitespace(char c) {
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
 
 /// The texts are good JSON, as JsonGrammar has found; they are not looked at again. Any thread.
 
@@ -30,8 +34,7 @@ inline std::size_t EndOfValue(std::string_view text, std::size_t at) {
 
 /// The first byte from `at` on that is neither whitespace nor a separator between values.
 inline std::size_t SkipSeparators(std::string_view text, std::size_t at) {
-    while (text[at] == ' ' || text[at] == ',' || text[at] == ':' || text[at] == '\t' || text[at] == '\r' ||
-           text[at] == '\n') {
+    while (IsWhitespace(text[at]) || text[at] == ',' || text[at] == ':') {
         ++at;
     }
     return at;

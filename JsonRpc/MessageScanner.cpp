@@ -1,5 +1,7 @@
 #include "JsonRpc/MessageScanner.h"
 
+#include "JsonRpc/JsonSpan.h"
+
 namespace Json::Rpc {
 
 namespace {
@@ -102,7 +104,7 @@ bool MessageScanner::IsSkipped(char c) {
         m_markBytes = (m_markBytes + 1) % kByteOrderMark.size();
         return true;
     }
-    return m_markBytes == 0 && (c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\0');
+    return m_markBytes == 0 && (IsWhitespace(c) || c == '\0');
 }
 
 /// Capital letters and a space, as the first thing on the connection.

@@ -12,7 +12,7 @@ bool IsString(std::string_view value) {
 }
 
 std::string_view WithoutTrailingSpace(std::string_view value) {
-    while (value.back() == ' ' || value.back() == '\t' || value.back() == '\r' || value.back() == '\n') {
+    while (IsWhitespace(value.back())) {
         value.remove_suffix(1);
     }
     return value;

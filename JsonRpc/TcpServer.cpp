@@ -25,6 +25,12 @@ std::chrono::nanoseconds ThreadTime() {
     return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
+/// Rounded up, and an hour at most: for the system's waits, which look again.
+int MillisecondsUntil(std::chrono::steady_clock::time_point then) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(then - std::chrono::steady_clock::now());
+    return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, 3600000));
+}
+
 }  // namespace
 
 TcpServer::TcpServer(std::string address, std::uint16_t port, const Limits& limits)
@@ -118,8 +124,7 @@ int TcpServer::TimeToWait(int milliseconds) const {
     if (m_nextCheck == Clock::time_point::max()) {
         return milliseconds;
     }
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(m_nextCheck - Clock::now()).count();
-    const int wait = static_cast<int>(std::clamp<std::int64_t>(left, 0, 3600000));
+    const int wait = MillisecondsUntil(m_nextCheck);
     return milliseconds < 0 ? wait : std::min(milliseconds, wait);
 }
 
@@ -361,7 +366,7 @@ void TcpServer::Close() {
 
 void TcpServer::Flush() {
     const Clock::time_point end = Clock::now() + m_limits.flushTime;
-    for (Clock::time_point now = Clock::now(); now < end; now = Clock::now()) {
+    while (Clock::now() < end) {
         std::vector<pollfd> owed;
         for (const auto& client : m_clients) {
             if (client->GetConnection().Owes()) {
@@ -372,8 +377,7 @@ void TcpServer::Flush() {
         if (owed.empty()) {
             return;
         }
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - now).count();
-        ::poll(owed.data(), static_cast<nfds_t>(owed.size()), static_cast<int>(left));
+        ::poll(owed.data(), static_cast<nfds_t>(owed.size()), MillisecondsUntil(end));
     }
 }
 
